@@ -1,0 +1,9 @@
+#include "Yield.h"
+
+#include <QCoreApplication>
+
+namespace lxm {
+
+void DoEvents() { QCoreApplication::processEvents(QEventLoop::AllEvents); }
+
+}  // namespace lxm

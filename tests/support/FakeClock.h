@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+
+#include "core/Seams.h"
+
+namespace lxm::test {
+
+// A clock that moves only when a test advances it or the program sleeps.
+class FakeClock final : public Clock {
+public:
+    std::uint32_t timeGetTime() override { return std::uint32_t(us_ / 1000); }
+    std::int64_t Micros() override { return us_; }
+    void Sleep(std::uint32_t ms) override {
+        us_ += std::int64_t(ms) * 1000;
+        slept_ += ms;
+    }
+    void AdvanceMs(double ms) { us_ += std::int64_t(ms * 1000); }
+    void AdvanceUs(std::int64_t us) { us_ += us; }
+    std::uint64_t sleptMs() const { return slept_; }
+
+private:
+    std::int64_t us_ = 1'000'000;
+    std::uint64_t slept_ = 0;
+};
+
+}  // namespace lxm::test
