@@ -98,6 +98,9 @@ public:
     std::uint32_t BulkIn(std::uint8_t endpoint, std::uint8_t* data, std::size_t len, std::size_t* actual);
     // True when an IN on that endpoint would be answered now.
     bool ReplyPending(std::uint8_t endpoint) const;
+    // Power-on state: no replies pending, every port line an input at level 0. Fault
+    // injection settings are left as they are.
+    void Reset();
 
     // Port lines: B enables/levels, C enables/levels as last written.
     std::uint8_t portBEnables() const { return pbEn_; }

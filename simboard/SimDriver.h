@@ -27,8 +27,9 @@ public:
     std::uint32_t ResetPipe(DeviceHandle dev, std::uint32_t pipe) override;
     std::uint32_t ResetDevice(DeviceHandle dev, std::uint32_t options) override;
 
-    // The cable. Unplug makes every transfer on the old handle fail at once and posts the
-    // detach notification; Plug gives the board a new handle and posts the attach.
+    // The cable. Unplug makes every transfer on the old handle fail at once, powers the board
+    // down (sensor registers and queued replies are lost) and posts the detach notification;
+    // Plug gives the board a new handle and posts the attach.
     void Plug();
     void Unplug();
     bool IsPlugged() const { return plugged_; }
