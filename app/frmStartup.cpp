@@ -1,0 +1,210 @@
+#include "frmStartup.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "core/Shape.h"
+#include "core/Yield.h"
+#include "device/frmLXM410.h"
+#include "transport/Session.h"
+#include "transport/USB_Comm.h"
+#include "transport/frmGPIO.h"
+#include "transport/generic_usb_lib.h"
+
+namespace lxm {
+
+namespace {
+const char* const kTypes[] = {"ALS Type Selections", "LXM410 Adr 88", "LXM430 Adr 88", "LXM450 Adr 88",
+                              "LXM470 Adr 88"};
+const char* const kTypeNames[] = {"", "LXM410", "LXM430", "LXM450", "LXM470"};
+}  // namespace
+
+frmStartup::frmStartup(Session& session, QString commandLine, QWidget* parent)
+    : QWidget(parent), s_(session), commandLine_(std::move(commandLine)) {
+    setWindowTitle(QStringLiteral("Velmarin ALS / Proximity Evaluation Software"));
+    BuildLayout();
+    s_.startupLamps = this;
+}
+
+frmStartup::~frmStartup() {
+    lxm410_.reset();
+    s_.FormGone(this);
+    if (s_.startupLamps == this) s_.startupLamps = nullptr;
+}
+
+void frmStartup::BuildLayout() {
+    auto* root = new QVBoxLayout(this);
+    menuBar = new QMenuBar(this);
+    mnuAbout = menuBar->addAction(QStringLiteral("About"));
+    root->setMenuBar(menuBar);
+
+    auto* sel = new QGroupBox(this);
+    auto* sg = new QGridLayout(sel);
+    Label1 = new QLabel(QStringLiteral("Select DCP Type"), sel);
+    cboTypeSelect = new QComboBox(sel);
+    cboTypeSelect->setMinimumWidth(200);
+    CboVCC = new QComboBox(sel);
+    CboVCC->addItems({"3.3 V", "2.5 V", "1.8 V"});
+    CboVCC->setToolTip(QStringLiteral("Supply voltage of the evaluation board"));
+    sg->addWidget(Label1, 0, 0);
+    sg->addWidget(cboTypeSelect, 0, 1);
+    sg->addWidget(new QLabel(QStringLiteral("VCC"), sel), 1, 0);
+    sg->addWidget(CboVCC, 1, 1);
+    root->addWidget(sel);
+
+    auto* usb = new QGroupBox(this);
+    auto* ug = new QGridLayout(usb);
+    Label2[0] = new QLabel(QStringLiteral("USB Init              Attach"), usb);
+    Label2[1] = new QLabel(QStringLiteral(" Info        Comm"), usb);
+    Shp_USB_Init_ = new Shape(usb);
+    ShpAttach_ = new Shape(usb);
+    Shp_USB_Info_ = new Shape(usb);
+    Shp_USB_Transfer_ = new Shape(usb);
+    for (Shape* s : {Shp_USB_Init_, ShpAttach_, Shp_USB_Info_, Shp_USB_Transfer_}) s->setFixedSize(28, 16);
+    ug->addWidget(Label2[0], 0, 0, 1, 2);
+    ug->addWidget(Label2[1], 0, 2, 1, 2);
+    ug->addWidget(Shp_USB_Init_, 1, 0, Qt::AlignCenter);
+    ug->addWidget(ShpAttach_, 1, 1, Qt::AlignCenter);
+    ug->addWidget(Shp_USB_Info_, 1, 2, Qt::AlignCenter);
+    ug->addWidget(Shp_USB_Transfer_, 1, 3, Qt::AlignCenter);
+    root->addWidget(usb);
+
+    auto* buttons = new QHBoxLayout;
+    Command1 = new QPushButton(QStringLiteral("Open USB"), this);
+    Command2 = new QPushButton(QStringLiteral("Close USB"), this);
+    Command3 = new QPushButton(QStringLiteral("Init Table"), this);
+    Command3->hide();
+    buttons->addWidget(Command1);
+    buttons->addWidget(Command2);
+    buttons->addWidget(Command3);
+    root->addLayout(buttons);
+
+    connect(Command1, &QPushButton::clicked, this, [this] { Command1_Click(); });
+    connect(Command2, &QPushButton::clicked, this, [this] { Command2_Click(); });
+    connect(Command3, &QPushButton::clicked, this, [this] { Command3_Click(); });
+    connect(mnuAbout, &QAction::triggered, this, [this] { mnuAbout_Click(); });
+    // Any change of the selection is a click, whether the user or the program made it.
+    connect(cboTypeSelect, &QComboBox::currentIndexChanged, this, [this](int) { cboTypeSelect_Click(); });
+}
+
+void frmStartup::Form_Load() {
+    s_.activeForm = this;
+    InitColours(s_.colours);
+    s_.UsbConnected = false;
+    s_.UsbDetached = false;
+    s_.Collecting = false;
+
+    s_.usb().InitDriver();
+    s_.clock.Sleep(20);
+
+    s_.SessionOpen = false;
+    s_.usb().OpenDevice();
+    DoEvents();
+
+    s_.SelectedType.clear();
+    cboTypeSelect->clear();
+    for (const char* t : kTypes) cboTypeSelect->addItem(QString::fromLatin1(t));
+    cboTypeSelect->setCurrentIndex(0);
+    DoEvents();
+}
+
+void frmStartup::Form_Activate() {
+    s_.activeForm = this;
+    cboTypeSelect->setCurrentIndex(0);
+}
+
+void frmStartup::changeEvent(QEvent* e) {
+    if (e->type() == QEvent::ActivationChange && isActiveWindow()) Form_Activate();
+    QWidget::changeEvent(e);
+}
+
+void frmStartup::cboTypeSelect_Click() {
+    const int index = cboTypeSelect->currentIndex();
+    if (index < 0) return;  // the list is being refilled
+    s_.activeForm = this;
+    s_.Collecting = false;
+    if (index != 0 && !s_.UsbConnected) {
+        s_.messages.MsgBox(QStringLiteral("Evaluation Board is not connected, or another application is using it."));
+        cboTypeSelect->setCurrentIndex(0);
+        DoEvents();
+        return;
+    }
+    if (!s_.UsbConnected) return;
+
+    s_.usb().OpenDevice();
+    s_.SessionOpen = true;
+    s_.GpioForm().hide();
+    s_.activeForm = this;
+    DoEvents();
+
+    if (index >= 1 && index <= 4) {
+        s_.SelectedType = kTypeNames[index];
+        // The form is loaded (and programs the chip) before its address entry is set.
+        if (!lxm410_) {
+            lxm410_ = std::make_unique<frmLXM410>(s_);
+            lxm410_->onClosed = [this] { ExitProgram(); };
+            lxm410_->Form_Load();
+        }
+        lxm410_->txtI2CADR->setText(QStringLiteral("88"));
+        s_.I2cWriteAddr = std::uint8_t(USB_Comm::HexValue(QStringLiteral("88")));
+        s_.I2cReadAddr = std::uint8_t(s_.I2cWriteAddr + 1);
+        lxm410_->show();
+        hide();
+    }
+    if (commandLine_.trimmed() != QStringLiteral("/d") && s_.UsbConnected) s_.GpioForm().hide();
+    DoEvents();
+}
+
+void frmStartup::Command1_Click() { s_.usb().OpenDevice(); }
+
+void frmStartup::Command2_Click() {
+    s_.usb().CloseDevice();
+    Command3->show();
+}
+
+void frmStartup::Command3_Click() { s_.usb().InitDriver(); }
+
+void frmStartup::mnuAbout_Click() {
+    s_.messages.MsgBox(QStringLiteral("Velmarin ALS / Proximity Evaluation Software\nVersion %1\n\n"
+                                      "This software is provided for the evaluation of the sensors only, "
+                                      "without warranty of any kind.")
+                           .arg(QStringLiteral(LXMEVAL_VERSION)),
+                       QStringLiteral("About"));
+}
+
+void frmStartup::Form_QueryUnload() {
+    s_.activeForm = this;
+    s_.usb().ShutdownUsb();
+}
+
+void frmStartup::closeEvent(QCloseEvent* e) {
+    Form_QueryUnload();
+    e->accept();
+    if (lxm410_) lxm410_->hide();
+    s_.UnloadGpioForm();
+    if (onExit)
+        onExit();
+    else
+        QApplication::quit();
+}
+
+void frmStartup::ExitProgram() {
+    s_.usb().ShutdownUsb();
+    s_.clock.Sleep(100);
+    if (onExit)
+        onExit();
+    else
+        QApplication::quit();
+}
+
+}  // namespace lxm

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QWidget>
+#include <functional>
+#include <memory>
+
+#include "core/ActiveForm.h"
+
+class QComboBox;
+class QLabel;
+class QMenuBar;
+class QPushButton;
+class QAction;
+
+namespace lxm {
+
+class Session;
+class frmLXM410;
+
+// The start-up window: initialises the driver, waits for the board, shows the four USB
+// lamps and lets the user pick the sensor type.
+class frmStartup : public QWidget, public ActiveForm, public StartupLamps {
+public:
+    // commandLine: the program's arguments after its own options ("/d" is the only one read).
+    frmStartup(Session& session, QString commandLine, QWidget* parent = nullptr);
+    ~frmStartup() override;
+
+    void Form_Load();
+    void Form_Activate();
+    void cboTypeSelect_Click();
+    void Command1_Click();  // "Open USB"
+    void Command2_Click();  // "Close USB"
+    void Command3_Click();  // "Init Table"
+    void mnuAbout_Click();
+    void Form_QueryUnload();
+    // Shutdown of the board, a short pause, then the program ends.
+    void ExitProgram();
+
+    frmLXM410* DeviceForm() { return lxm410_.get(); }
+    // Where ExitProgram ends the program; the application quits by default.
+    std::function<void()> onExit;
+
+    // ActiveForm
+    Shape* ShpAttach() override { return ShpAttach_; }
+    Shape* Shp_USB_Transfer() override { return Shp_USB_Transfer_; }
+    ColorLabel* LblCommTest() override { return nullptr; }
+    QRadioButton* OptMode(int) override { return nullptr; }
+    QLineEdit* txtRegRd(int) override { return nullptr; }
+    QLineEdit* txtRegHex(int) override { return nullptr; }
+    Shape* ShpIndrd(int) override { return nullptr; }
+    Shape* ShpIndwr(int) override { return nullptr; }
+    // StartupLamps
+    Shape* Shp_USB_Init() override { return Shp_USB_Init_; }
+    Shape* Shp_USB_Info() override { return Shp_USB_Info_; }
+
+    QPushButton* Command1 = nullptr;
+    QPushButton* Command2 = nullptr;
+    QPushButton* Command3 = nullptr;
+    QComboBox* CboVCC = nullptr;
+    QComboBox* cboTypeSelect = nullptr;
+    QLabel* Label1 = nullptr;
+    QLabel* Label2[2] = {nullptr, nullptr};
+    QMenuBar* menuBar = nullptr;
+    QAction* mnuAbout = nullptr;
+    Shape* Shp_USB_Init_ = nullptr;
+    Shape* ShpAttach_ = nullptr;
+    Shape* Shp_USB_Info_ = nullptr;
+    Shape* Shp_USB_Transfer_ = nullptr;
+
+protected:
+    void changeEvent(QEvent* e) override;
+    void closeEvent(QCloseEvent* e) override;
+
+private:
+    void BuildLayout();
+
+    Session& s_;
+    QString commandLine_;
+    std::unique_ptr<frmLXM410> lxm410_;
+    bool selecting_ = false;
+};
+
+}  // namespace lxm

@@ -1,0 +1,233 @@
+// The option controls of the family form: each array is one bit field of register 0
+// (command I) or register 1 (command II). A click changes the field in the register image,
+// shows the byte, writes it, and updates what measurement and plotting derive from it.
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include "core/VbText.h"
+#include "core/Yield.h"
+#include "device/frmLXM410.h"
+#include "transport/Session.h"
+#include "transport/frmGPIO.h"
+
+namespace lxm {
+
+namespace {
+
+void SetField(std::uint8_t& reg, std::uint8_t mask, std::uint8_t value) {
+    reg = std::uint8_t((reg & ~mask) | (value & mask));
+}
+
+struct Resolution {
+    int bits;
+    const char* caption;
+    std::int32_t halfScale, countMax, fullScale;
+    std::int32_t unsignedMax, signedMax, signedMin;
+    double intervalMs;
+};
+
+// Deliberate values: 4 bits has a full scale of 16 (not 15) and a half scale of 16; the
+// 16-bit count mask is all ones, which as a signed number is -1.
+constexpr Resolution kResolutions[4] = {
+    {16, "16 Bits", 32768, -1, 65535, 65535, 32768, -100, 118},
+    {12, "12 Bits", 2048, 4095, 4095, 4095, 2048, -100, 8},
+    {8, "8 Bits", 128, 255, 255, 255, 128, -10, 0},
+    {4, "4 Bits", 16, 15, 16, 15, 8, -2, 0},
+};
+
+}  // namespace
+
+void frmLXM410::OptGain_Click(int Index) {
+    static constexpr int kKLux[4] = {1, 4, 16, 64};
+    SetField(s_.RegWriteMirror[1], 0x03, std::uint8_t(Index));
+    RangeKLux = kKLux[Index];
+    GainIndex = Index;
+    RangeIndex = Index;
+    DoEvents();
+    ShowRegister(1);
+    cmdWrtReg_Click(1);
+    cmdWrtReg_Click(0);
+    if (!ShowLux) {
+        txtScale2->setText(Trim(IntLimitMax));
+        txtScale->setText(Trim(IntLimitMax));
+        txtScaleMin2->setText(Trim(IntLimitMin));
+        txtScaleMin->setText(Trim(IntLimitMin));
+    } else {
+        txtScale->setText(Trim(RangeTable[RangeIndex]));
+        txtScale2->setText(Trim(IntLimitMax));
+        txtScaleMin2->setText(Trim(IntLimitMin));
+    }
+    cmdScale_Click();
+}
+
+void frmLXM410::OptITime_Click(int Index) {
+    SampleDelayMs = 100;
+    const Resolution& r = kResolutions[Index];
+    SetField(s_.RegWriteMirror[1], 0x0C, std::uint8_t(Index << 2));
+    AdcBits = r.bits;
+    lblIlimitsformat.at(1)->setText(QString::fromLatin1(r.caption));
+    AdcHalfScale = r.halfScale;
+    AdcCountMax = r.countMax;
+    FullScaleCounts = r.fullScale;
+    if (SinglePolarity) {
+        IntLimitMax = r.unsignedMax;
+        IntLimitMin = 0;
+        lblIlimitsformat.at(0)->setText(QStringLiteral("Single Polarity"));
+    } else {
+        IntLimitMax = (1 << r.bits) / 2;
+        // Minus half the full scale would be the natural floor; the narrow fixed window is
+        // what the limit check is meant to accept.
+        IntLimitMin = -IntLimitMax;
+        IntLimitMin = r.signedMin;
+        lblIlimitsformat.at(0)->setText(QStringLiteral("2s Complement"));
+    }
+    SampleDelayMs = r.intervalMs;
+    if (Index == 0 || Index == 1) AdcModeSelected = true;
+    if (Index == 0 && !s_.Collecting) {
+        MeasModeAdc = true;
+        MeasModeTimer = false;
+        cmdCollectData->setEnabled(true);
+    }
+
+    if (ProxScheme == 1) plot.ScaleLabels2 = plot.ScaleLabels;
+    DoEvents();
+    ShowRegister(1);
+    lblIlimitsformat.at(2)->setText(Trim(IntLimitMax) + QStringLiteral(" Max"));
+    lblIlimitsformat.at(3)->setText(Trim(IntLimitMin) + QStringLiteral(" Min"));
+    txtScale->setText(Trim(IntLimitMax));
+    txtScale2->setText(Trim(IntLimitMax));
+    txtScaleMin->setText(Trim(IntLimitMin));
+    txtScaleMin2->setText(Trim(IntLimitMin));
+    cmdWrtReg_Click(1);
+    cmdWrtReg_Click(0);
+    txtInterval->setText(Trim(SampleDelayMs));
+    txtSampling_Delay->setText(Trim(SampleDelayMs));
+    txtScale2->setText(Trim(FullScaleCounts));
+    if (ShowLux) txtScale->setText(Trim(double(RangeTable[RangeIndex]) * FullScaleCounts / FullScaleCounts));
+    cmdScale_Click();
+}
+
+void frmLXM410::OptIRMode_Click(int Index) {
+    auto rightLabels = [this] {
+        const std::int32_t step = plot.ScaleMax / 10;
+        plot.ScaleLabels2[0] = QStringLiteral("0");
+        for (int k = 1; k <= 10; ++k) plot.ScaleLabels2[k] = Trim(k * step);
+    };
+    if (Index == 0) {
+        SetField(s_.RegWriteMirror[1], 0x80, 0);
+        ProxScheme = 0;
+        txtScale->setText(Trim(FullScaleCounts));
+        txtScale2->setText(Trim(FullScaleCounts));
+        txtScaleMin->setText(QStringLiteral("0000"));
+        txtScaleMin2->setText(QStringLiteral("0"));
+        plot.ScaleMax = std::int32_t(Val(txtScale2->text()) + 1);
+        plot.ScaleMin = 0;
+        rightLabels();
+        lblIlimitsformat.at(0)->setText(QStringLiteral("Single Polarity"));
+        SinglePolarity = true;
+    } else {
+        SetField(s_.RegWriteMirror[1], 0x80, 0x80);
+        ProxScheme = 1;
+        SinglePolarity = false;
+        txtScale->setText(Trim(FullScaleCounts / 2));
+        txtScale2->setText(Trim(FullScaleCounts / 2));
+        txtScaleMin->setText(QStringLiteral("-100"));
+        txtScaleMin2->setText(QStringLiteral("-100"));
+        plot.ScaleMax = std::int32_t(Val(txtScale2->text()) + 1);
+        plot.ScaleMin = -100;
+        lblIlimitsformat.at(0)->setText(QStringLiteral("2s Complement"));
+    }
+    DoEvents();
+    cmdScale_Click();
+    ShowRegister(1);
+    cmdWrtReg_Click(1);
+}
+
+void frmLXM410::OptMeasMode_Click(int Index) {
+    if (Index == 0) {
+        SetField(s_.RegWriteMirror[0], 0x08, 0);
+        AdcModeSelected = true;
+        if (!s_.Collecting) {
+            MeasModeAdc = true;
+            MeasModeTimer = false;
+            cmdCollectData->setEnabled(true);
+        }
+    } else {
+        SetField(s_.RegWriteMirror[0], 0x08, 0x08);
+        AdcModeSelected = false;
+        if (auto it = OptMeasMode.find(1); it != OptMeasMode.end()) it->second->setEnabled(true);
+        if (!s_.Collecting) {
+            MeasModeAdc = false;
+            MeasModeTimer = true;
+            cmdCollectData->setEnabled(false);
+        }
+    }
+    DoEvents();
+    ShowRegister(0);
+    cmdWrtReg_Click(0);
+}
+
+void frmLXM410::OptExtTime_Click(int Index) {
+    if (Index == 0) {
+        SetField(s_.RegWriteMirror[0], 0x10, 0);
+        ExternalTiming = false;
+        if (auto it = OptMeasMode.find(1); it != OptMeasMode.end()) it->second->setEnabled(false);
+        OptMeasMode.at(0)->setChecked(true);
+        OptMeasMode_Click(0);
+        AdcModeSelected = true;
+    } else {
+        SetField(s_.RegWriteMirror[0], 0x10, 0x10);
+        AdcModeSelected = false;
+        if (auto it = OptMeasMode.find(1); it != OptMeasMode.end()) it->second->setEnabled(true);
+        ExternalTiming = true;
+    }
+    if (!s_.Collecting) {
+        MeasModeAdc = true;
+        MeasModeTimer = false;
+        cmdCollectData->setEnabled(true);
+    }
+    DoEvents();
+    ShowRegister(0);
+}
+
+void frmLXM410::optINTP_Click(int Index) {
+    SetField(s_.RegWriteMirror[0], 0x03, std::uint8_t(Index));
+    DriveIndex = Index;
+    DoEvents();
+    ShowRegister(0);
+    cmdWrtReg_Click(1);
+    cmdWrtReg_Click(0);
+}
+
+void frmLXM410::OptPSrc_Click(int Index) {
+    // 100 mA is the highest code, 12.5 mA the lowest.
+    SetField(s_.RegWriteMirror[1], 0x30, std::uint8_t((3 - Index) << 4));
+    DriveIndex = Index;
+    DoEvents();
+    ShowRegister(1);
+    cmdWrtReg_Click(1);
+    cmdWrtReg_Click(0);
+}
+
+void frmLXM410::OptMFreq_Click(int Index) {
+    SetField(s_.RegWriteMirror[1], 0x40, Index == 3 ? 0x40 : 0);
+    DoEvents();
+    ShowRegister(1);
+    cmdWrtReg_Click(1);
+    cmdWrtReg_Click(0);
+}
+
+void frmLXM410::OptProxE_Click(int /*Index*/) {
+    for (int i = 0; i < 3; ++i) lblIR1.at(i)->setText(QStringLiteral("------"));
+}
+
+void frmLXM410::ChKLed_Click() {
+    s_.GpioImage[2] = ChKLed->isChecked() ? 0x40 : 0;
+    s_.GpioImage[0] = 0x40;
+    s_.GpioForm().cmdGPIO_Write_Click();
+}
+
+}  // namespace lxm
