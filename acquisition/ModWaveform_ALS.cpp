@@ -1,0 +1,172 @@
+#include "ModWaveform_ALS.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+#include "core/VbText.h"
+
+namespace lxm::ModWaveform_ALS {
+
+namespace {
+
+// Direct pixel access for the trace step, which writes a few thousand single pixels per
+// reading: rows are looked up once, and the changed area is collected and repainted once.
+class PixelWriter {
+  public:
+    PixelWriter(PictureBox& picture, const QImage& background)
+        : picture_(picture),
+          image_(picture.image()),
+          width_(image_.width()),
+          height_(image_.height()),
+          bits_(image_.bits()),
+          stride_(image_.bytesPerLine()),
+          back_(picture.BackColor().rgb()) {
+        if (background.format() == QImage::Format_RGB32) {
+            bg_ = background.constBits();
+            bgStride_ = background.bytesPerLine();
+            bgWidth_ = background.width();
+            bgHeight_ = background.height();
+        }
+    }
+
+    ~PixelWriter() {
+        if (top_ <= bottom_) picture_.MarkDirty(QRect(QPoint(left_, top_), QPoint(right_, bottom_)));
+    }
+
+    bool HasColumn(int x) const { return x >= 0 && x < width_; }
+
+    // Rows from..to of column x (clipped to the picture) in one colour.
+    void Fill(int x, int from, int to, QRgb colour) {
+        if (!Clip(from, to)) return;
+        uchar* p = bits_ + from * stride_ + x * qsizetype(sizeof(QRgb));
+        for (int y = from; y <= to; ++y, p += stride_) *reinterpret_cast<QRgb*>(p) = colour;
+        Touch(x, from, to);
+    }
+
+    // Rows from..to of column x back from the saved background.
+    void Restore(int x, int from, int to) {
+        if (!Clip(from, to)) return;
+        const qsizetype column = x * qsizetype(sizeof(QRgb));
+        uchar* p = bits_ + from * stride_ + column;
+        int y = from;
+        if (x < bgWidth_) {
+            const int saved = std::min(to, bgHeight_ - 1);
+            const uchar* b = bg_ + from * bgStride_ + column;
+            for (; y <= saved; ++y, p += stride_, b += bgStride_)
+                *reinterpret_cast<QRgb*>(p) = *reinterpret_cast<const QRgb*>(b);
+        }
+        // Rows the background does not reach.
+        for (; y <= to; ++y, p += stride_) *reinterpret_cast<QRgb*>(p) = back_;
+        Touch(x, from, to);
+    }
+
+  private:
+    bool Clip(int& from, int& to) const {
+        from = std::max(from, 0);
+        to = std::min(to, height_ - 1);
+        return from <= to;
+    }
+
+    void Touch(int x, int from, int to) {
+        left_ = std::min(left_, x);
+        right_ = std::max(right_, x);
+        top_ = std::min(top_, from);
+        bottom_ = std::max(bottom_, to);
+    }
+
+    PictureBox& picture_;
+    QImage& image_;
+    const int width_;
+    const int height_;
+    uchar* bits_;
+    const qsizetype stride_;
+    const QRgb back_;
+    const uchar* bg_ = nullptr;
+    qsizetype bgStride_ = 0;
+    int bgWidth_ = 0;
+    int bgHeight_ = 0;
+    int left_ = INT_MAX, right_ = -1, top_ = INT_MAX, bottom_ = -1;
+};
+
+void TraceStep(PictureBox& picture, const QImage& background, TraceRows& rows, const QColor& traceColour,
+               int start) {
+    if (start < 404) {
+        const QRgb colour = traceColour.rgb();
+        PixelWriter pixels(picture, background);
+        for (int k = std::max(start - 1, 0); k <= kTraceLastColumn; ++k) {
+            const int x = k;
+            const std::int32_t old = rows[k];
+            const std::int32_t incoming = rows[k + 1];
+            const std::int32_t p = incoming == 0 ? 1 : incoming;
+            if (pixels.HasColumn(x)) {
+                // Erase what this column showed: its old dot and the stroke that joined it
+                // to the point now moving in.
+                if (old != incoming) {
+                    if (incoming > old)
+                        pixels.Restore(x, old - 1, incoming + 1);
+                    else
+                        pixels.Restore(x, incoming - 1, old + 1);
+                }
+                pixels.Fill(x, p - 1, p + 1, colour);
+                // Entries 404.. stay 1, so column 402 is also joined up to row 1.
+                const std::int32_t next = rows[k + 2];
+                pixels.Fill(x, std::min(incoming, next), std::max(incoming, next), colour);
+            }
+            rows[k] = p;
+        }
+    }
+    picture.Refresh();
+}
+
+}  // namespace
+
+void SaveGraphBackground(const PictureBox& picture, PlotState& state) {
+    // A deep copy, so that later drawing never has to detach a shared image mid-trace.
+    state.GraphBackground = picture.image().convertToFormat(QImage::Format_RGB32).copy();
+}
+
+void RestoreGraphBackground(PictureBox& picture, const PlotState& state) {
+    QImage& image = picture.image();
+    const QImage background = state.GraphBackground.convertToFormat(QImage::Format_RGB32);
+    image.fill(picture.BackColor());
+    const int width = std::min(image.width(), background.width());
+    const int height = std::min(image.height(), background.height());
+    for (int y = 0; y < height; ++y)
+        std::memcpy(image.scanLine(y), background.constScanLine(y), std::size_t(width) * sizeof(QRgb));
+    picture.MarkDirty(image.rect());
+    picture.Refresh();
+}
+
+void ScrollTrace(PictureBox& picture, PlotState& state, int start) {
+    TraceStep(picture, state.GraphBackground, state.TracePixels, state.TraceColour, start);
+}
+
+void ScrollTrace2(PictureBox& picture, PlotState& state, int start) {
+    TraceStep(picture, state.GraphBackground, state.TracePixels2, state.TraceColour, start);
+}
+
+void PlotDots(PictureBox& picture, const TraceRows& rows) {
+    const QColor red(255, 0, 0);
+    const int last = std::min(picture.ScaleWidth(), kTracePoints) - 1;
+    for (int x = last; x >= 0; --x) {
+        picture.SetPixel(x, rows[x] - 1, red);
+        picture.SetPixel(x, rows[x], red);
+        picture.SetPixel(x, rows[x] + 1, red);
+        if (x % 25 == 0) picture.Refresh();
+    }
+    picture.Refresh();
+}
+
+TraceRows StaircaseRows() {
+    TraceRows rows = PlotState::FilledRows();
+    for (int i = 1; i <= 8; ++i) {
+        const double level = 100.0 * i;
+        auto row = std::int32_t(RoundEven(304 - level * (304.0 / 1000)));
+        if (row == 0) row = 1;
+        std::fill_n(rows.begin() + 50 * (i - 1), 50, row);
+    }
+    return rows;
+}
+
+}  // namespace lxm::ModWaveform_ALS
