@@ -149,15 +149,16 @@ void frmStartup::cboTypeSelect_Click() {
 
     if (index >= 1 && index <= 4) {
         s_.SelectedType = kTypeNames[index];
-        // The form is loaded (and programs the chip) before its address entry is set.
+        // The address is set before the form loads: loading programs the chip, and it must
+        // reach the sensor at its default address, not whatever was entered before.
+        s_.I2cWriteAddr = std::uint8_t(USB_Comm::HexValue(QStringLiteral("88")));
+        s_.I2cReadAddr = std::uint8_t(s_.I2cWriteAddr + 1);
         if (!lxm410_) {
             lxm410_ = std::make_unique<frmLXM410>(s_);
             lxm410_->onClosed = [this] { ExitProgram(); };
             lxm410_->Form_Load();
         }
         lxm410_->txtI2CADR->setText(QStringLiteral("88"));
-        s_.I2cWriteAddr = std::uint8_t(USB_Comm::HexValue(QStringLiteral("88")));
-        s_.I2cReadAddr = std::uint8_t(s_.I2cWriteAddr + 1);
         lxm410_->show();
         hide();
     }

@@ -12,6 +12,7 @@
 #include "acquisition/PictureBox.h"
 #include "core/ColorLabel.h"
 #include "core/Colours.h"
+#include "core/Options.h"
 #include "core/Shape.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
@@ -207,7 +208,7 @@ void frmLXM410::OptMode_Click(int Index) {
     };
     if (!s_.UsbDetached && !s_.UsbConnected) {
         fail();
-        OptMode_.at(2)->setChecked(false);
+        SetOptionValue(OptMode_.at(2), false);
         s_.messages.MsgBox(QStringLiteral("USB is not Connected"));
         return;
     }
@@ -229,7 +230,7 @@ void frmLXM410::OptMode_Click(int Index) {
     LblCommTest_->setText(QStringLiteral("Good"));
     if (s_.ReadStatusByte != 1) fail();
     LblCommTest_->show();
-    OptMode_.at(2)->setChecked(false);
+    SetOptionValue(OptMode_.at(2), false);
     DoEvents();
     DoEvents();
 }

@@ -58,13 +58,15 @@ void frmLXM410::cmdRDReg_Click(int Index) {
         s_.comm().ReadRegister(Index);
         return;
     }
-    s_.comm().ReadRegister(Index);
     Shape* ind = ShpIndrd_[Index];
+    const bool wasLightGreen = ind->hasFillIndex(kLightGreen);
+    s_.comm().ReadRegister(Index);
     if (Index != 2 && Index != 3) {
         if (txtRegHex_[Index]->text() != txtRegRd_[Index]->text()) ind->setFillIndex(kLightRed);
     } else {
-        // The data registers change with every conversion; show activity rather than mismatch.
-        ind->setFillIndex(ind->hasFillIndex(kLightGreen) ? kGreen : kLightGreen);
+        // The data registers change with every conversion: their lamp shows activity, never a
+        // mismatch with the entry box, and flips once per read.
+        ind->setFillIndex(wasLightGreen ? kGreen : kLightGreen);
     }
     if (Index == 0) ShpIntFlag->setFillIndex((s_.RegReadMirror[0] & 4) ? kLightRed : kBlack);
     s_.PendingRead[Index] = false;

@@ -6,6 +6,7 @@
 #include "core/ActiveForm.h"
 #include "core/ColorLabel.h"
 #include "core/Colours.h"
+#include "core/Options.h"
 #include "core/Shape.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
@@ -99,7 +100,7 @@ void Comm::NotConnected() {
             l->setForeColor(kRgbWhite);
             l->setText(QStringLiteral("Fail"));
         }
-        if (QRadioButton* b = s_.activeForm->OptMode(2)) b->setChecked(false);
+        SetOptionValue(s_.activeForm->OptMode(2), false);
     }
     s_.messages.MsgBox(QStringLiteral("USB is not Connected"));
     s_.Collecting = false;

@@ -1,0 +1,262 @@
+// The board attach/open/close steps and the register transfer packets, on the simulated board.
+#include <gtest/gtest.h>
+
+#include "core/Colours.h"
+#include "support/DeviceFixture.h"
+#include "support/TestForm.h"
+#include "transport/USB_Comm.h"
+#include "transport/generic_usb_lib.h"
+
+namespace lxm {
+namespace {
+
+using test::BoardFixture;
+using test::TestForm;
+using USB_Comm::HexValue;
+
+constexpr int kBlack = 0, kGreen = 2, kLightGreen = 10, kLightRed = 12;
+const QString kDisconnected = "Device has been disconnected, reconnect and re-initialize all registers";
+
+std::vector<std::uint8_t> Bytes(std::initializer_list<int> v) { return {v.begin(), v.end()}; }
+
+TEST(HexValue, ReadsLeadingHexDigitsLikeTheEntryBoxesNeed) {
+    EXPECT_EQ(HexValue("88"), 136);
+    EXPECT_EQ(HexValue(""), 0);
+    EXPECT_EQ(HexValue("a"), 10);
+    EXPECT_EQ(HexValue("1FF"), 511);
+    EXPECT_EQ(HexValue("1G"), 1);
+    EXPECT_EQ(HexValue("zz"), 0);
+    EXPECT_EQ(HexValue(" 5"), 0) << "a blank is not a digit";
+    // Four digits are a 16-bit integer, so the top half reads negative...
+    EXPECT_EQ(HexValue("FFFF"), -1);
+    EXPECT_EQ(HexValue("8000"), -32768);
+    // ...while five or more are a long.
+    EXPECT_EQ(HexValue("10000"), 65536);
+    EXPECT_EQ(HexValue("123456789"), 0x12345678) << "digits past 32 bits are dropped, not a crash";
+}
+
+class Transport : public ::testing::Test, protected BoardFixture {
+protected:
+    void SetUp() override {
+        session.activeForm = &form;
+        session.startupLamps = &form;
+    }
+    USB_Comm::Comm& comm() { return session.comm(); }
+    std::vector<sim::WirePacket> Packets() {
+        auto log = wire();
+        wire().clear();
+        return log;
+    }
+    TestForm form;
+};
+
+TEST_F(Transport, BoardPresentAtStartAttachesDuringInitAndLightsTheLamps) {
+    session.usb().InitDriver();
+    EXPECT_TRUE(session.DriverInitOK);
+    EXPECT_TRUE(session.UsbConnected) << "attach must arrive inside the initialisation";
+    EXPECT_TRUE(form.init.hasFillIndex(kLightGreen));
+    EXPECT_TRUE(form.attach.hasFillIndex(kLightGreen));
+    session.usb().OpenDevice();
+    EXPECT_TRUE(session.DeviceOpen);
+    EXPECT_TRUE(form.info.hasFillIndex(kLightGreen));
+    EXPECT_TRUE(form.transfer.hasFillIndex(kBlack));
+}
+
+TEST_F(Transport, NoBoardLeavesInfoRedAndALaterPlugArrivesWhileTheOpenStepYields) {
+    driver.Unplug();
+    Pump();
+    messages.clear();
+    session.usb().InitDriver();
+    EXPECT_FALSE(session.UsbConnected);
+    session.usb().OpenDevice();
+    EXPECT_FALSE(session.DeviceOpen);
+    EXPECT_TRUE(form.attach.hasFillIndex(kLightRed));
+    EXPECT_TRUE(form.info.hasFillIndex(kLightRed));
+    EXPECT_TRUE(messages.texts.isEmpty()) << "no message for a missing board";
+
+    driver.Plug();  // queued: delivered by the open step's yields
+    session.usb().OpenDevice();
+    EXPECT_TRUE(session.UsbConnected);
+    EXPECT_TRUE(session.DeviceOpen);
+    EXPECT_TRUE(form.attach.hasFillIndex(kLightGreen));
+    EXPECT_TRUE(form.info.hasFillIndex(kLightGreen));
+}
+
+TEST_F(Transport, RefusedInterfaceKeepsTheBoardAway) {
+    driver.FailSetInterface(true);
+    session.usb().InitDriver();
+    EXPECT_FALSE(session.UsbConnected);
+    EXPECT_EQ(session.usb().attachContext.deviceHandle, 0u);
+    EXPECT_TRUE(form.attach.hasFillIndex(kLightRed));
+}
+
+TEST_F(Transport, ReadRegisterSendsTheReadPacketAndAsksForSixBytes) {
+    OpenSession();
+    board.sensor().Write(8, 0x0A);
+    form.hex[8]->setText("0A");
+    wire().clear();
+    comm().ReadRegister(8);
+    auto log = Packets();
+    ASSERT_EQ(log.size(), 2u);
+    EXPECT_EQ(log[0].endpoint, 0x02);
+    EXPECT_EQ(log[0].bytes, Bytes({1, 0x89, 8}));
+    EXPECT_EQ(log[1].endpoint, 0x82);
+    EXPECT_EQ(log[1].bytes.size(), 6u);
+    EXPECT_EQ(form.rd[8]->text(), "0A");
+    EXPECT_EQ(session.RegReadMirror[8], 0x0A);
+    EXPECT_EQ(session.ReadStatusByte, 1);
+    EXPECT_TRUE(form.indRd[8]->hasFillIndex(kLightGreen));
+    EXPECT_TRUE(form.attach.hasFillIndex(kLightGreen)) << "the outgoing transfer reports on Attach";
+    EXPECT_TRUE(form.transfer.hasFillIndex(kLightGreen));
+    EXPECT_FALSE(session.TransferBusy);
+
+    comm().ReadRegister(8);
+    EXPECT_TRUE(form.indRd[8]->hasFillIndex(kGreen)) << "each read flips the activity lamp";
+    comm().ReadRegister(8);
+    EXPECT_TRUE(form.indRd[8]->hasFillIndex(kLightGreen));
+
+    form.hex[8]->setText("A");  // plain text comparison: "0A" and "A" differ
+    comm().ReadRegister(8);
+    EXPECT_TRUE(form.indRd[8]->hasFillIndex(kLightRed));
+}
+
+TEST_F(Transport, WriteRegisterSendsFourBytesAndKeepsTheMirror) {
+    OpenSession();
+    form.hex[4]->setText("5A");
+    wire().clear();
+    comm().WriteRegister(4);
+    auto log = Packets();
+    ASSERT_EQ(log.size(), 1u) << "a write is never read back";
+    EXPECT_EQ(log[0].endpoint, 0x02);
+    EXPECT_EQ(log[0].bytes, Bytes({0, 0x88, 4, 0x5A}));
+    EXPECT_EQ(chip(4), 0x5A);
+    EXPECT_EQ(session.RegWriteMirror[4], 0x5A);
+    EXPECT_TRUE(form.indWr[4]->hasFillIndex(kLightGreen));
+    comm().WriteRegister(4);
+    EXPECT_TRUE(form.indWr[4]->hasFillIndex(kGreen));
+}
+
+TEST_F(Transport, ARequestWhileBusyIsMarkedNotSent) {
+    OpenSession();
+    wire().clear();
+    session.TransferBusy = true;
+    comm().ReadRegister(5);
+    comm().WriteRegister(6);
+    EXPECT_TRUE(wire().empty());
+    EXPECT_TRUE(session.TransferDeferred);
+    EXPECT_TRUE(session.PendingRead[5]);
+    EXPECT_TRUE(session.PendingWrite[6]);
+    session.TransferBusy = false;
+    comm().ReadRegister(5);
+    EXPECT_FALSE(session.PendingRead[5]) << "a read that goes out clears its pending mark";
+}
+
+TEST_F(Transport, NotConnectedShowsFailAndTheMessageAndSendsNothing) {
+    session.Collecting = true;
+    form.testComm.setChecked(true);
+    comm().ReadRegister(0);
+    EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+    EXPECT_EQ(form.commTest.text(), "Fail");
+    EXPECT_EQ(form.commTest.BackColor(), 255);
+    EXPECT_EQ(form.commTest.ForeColor(), 0xFFFFFF);
+    EXPECT_FALSE(form.testComm.isChecked());
+    EXPECT_FALSE(session.Collecting);
+    comm().WriteRegister(0);
+    EXPECT_EQ(messages.count("USB is not Connected"), 2);
+    EXPECT_TRUE(wire().empty());
+}
+
+TEST_F(Transport, WithoutASessionEachAccessOpensAndClosesAndNeedsInitTableAfterwards) {
+    session.usb().InitDriver();
+    session.I2cWriteAddr = 0x88;
+    session.I2cReadAddr = 0x89;
+    session.SessionOpen = false;
+    form.hex[8]->setText("33");
+    comm().WriteRegister(8);
+    EXPECT_EQ(chip(8), 0x33);
+    EXPECT_EQ(session.usb().driverHandle, 0u) << "closing releases the whole registration";
+    EXPECT_EQ(driver.registrations(), 0);
+    EXPECT_TRUE(session.UsbConnected) << "close leaves the connection flag as it was";
+    // The device handed over earlier still answers; a fresh attach would need "Init Table".
+    comm().ReadRegister(8);
+    EXPECT_EQ(form.rd[8]->text(), "33");
+    EXPECT_EQ(clock.sleptMs(), 100u) << "only the first close finds a registration to release";
+}
+
+TEST_F(Transport, UnplugShowsTheMessageOnceAndReplugWithInitTableRecovers) {
+    OpenSession();
+    driver.Unplug();
+    Pump();
+    EXPECT_EQ(messages.texts, QStringList{kDisconnected});
+    EXPECT_FALSE(session.UsbConnected);
+    EXPECT_TRUE(session.UsbDetached);
+    EXPECT_FALSE(session.DeviceOpen);
+    EXPECT_TRUE(form.attach.hasFillIndex(kLightRed));
+    EXPECT_TRUE(form.info.hasFillIndex(kBlack));
+    EXPECT_TRUE(form.transfer.hasFillIndex(kBlack));
+
+    comm().ReadRegister(0);
+    EXPECT_EQ(messages.count("USB is not Connected"), 1);
+
+    driver.Plug();
+    Pump();
+    EXPECT_TRUE(session.UsbConnected) << "the registration is still there, so the attach arrives";
+    session.usb().InitDriver();  // "Init Table": one registration, not two
+    EXPECT_EQ(driver.registrations(), 1);
+    session.usb().OpenDevice();
+    form.hex[8]->setText("44");
+    comm().WriteRegister(8);
+    comm().ReadRegister(8);
+    EXPECT_EQ(form.rd[8]->text(), "44");
+    driver.Unplug();
+    Pump();
+    EXPECT_EQ(messages.count(kDisconnected), 2) << "once per detach";
+}
+
+TEST_F(Transport, AnAbsentChipReadsZeroWithStatusZero) {
+    OpenSession();
+    session.I2cReadAddr = 0x8B;
+    comm().ReadRegister(1);
+    EXPECT_EQ(session.ReadStatusByte, 0);
+    EXPECT_EQ(form.rd[1]->text(), "00");
+}
+
+TEST_F(Transport, TimeOutShowsRedAndALateReplyDoesNotShiftLaterReadings) {
+    OpenSession();
+    board.sensor().Write(8, 0x11);
+    board.sensor().Write(4, 0x22);
+    board.controller().DelayNextReply(1);
+    comm().ReadRegister(8);
+    EXPECT_FALSE(session.TransferOK);
+    EXPECT_TRUE(form.transfer.hasFillIndex(kLightRed));
+    EXPECT_EQ(form.rd[8]->text(), "00") << "a failed read leaves zeros";
+    comm().ReadRegister(4);
+    EXPECT_EQ(form.rd[4]->text(), "22") << "the late reply to register 8 must not be taken for register 4";
+    comm().ReadRegister(8);
+    EXPECT_EQ(form.rd[8]->text(), "11");
+}
+
+TEST_F(Transport, DriverTimeOutOnTheWayOutShowsOnTheAttachLamp) {
+    OpenSession();
+    driver.TimeOutNext(1);
+    comm().ReadRegister(0);
+    EXPECT_TRUE(form.attach.hasFillIndex(kLightRed));
+    EXPECT_EQ(session.ReadStatusByte, 0);
+}
+
+TEST_F(Transport, ShutdownReleasesWithADeviceAndNothingWithout) {
+    OpenSession();
+    session.usb().ShutdownUsb();
+    EXPECT_EQ(session.usb().driverHandle, 0u);
+    EXPECT_EQ(driver.infosOutstanding(), 0);
+
+    BoardFixture empty;
+    empty.driver.Unplug();
+    BoardFixture::Pump();
+    empty.session.usb().InitDriver();
+    empty.session.usb().ShutdownUsb();
+    EXPECT_GT(empty.session.usb().driverHandle, 0u) << "pipe resets fail without a device: nothing released";
+}
+
+}  // namespace
+}  // namespace lxm
