@@ -1,0 +1,51 @@
+#!/usr/bin/env bash
+# Installs what the program needs from Debian, builds it, and then either starts it on the
+# simulated board (./dev.sh run) or runs the whole test suite (./dev.sh test).
+set -euo pipefail
+cd "$(dirname "$0")"
+
+packages=(cmake ninja-build g++ pkg-config qt6-base-dev libusb-1.0-0-dev libgtest-dev libgmock-dev
+          libbenchmark-dev libumockdev-dev umockdev libglib2.0-dev)
+
+install_packages() {
+    local missing=()
+    for p in "${packages[@]}"; do
+        dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    local sudo=()
+    [ "$(id -u)" -ne 0 ] && sudo=(sudo)
+    echo "Installing: ${missing[*]}"
+    "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+    "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" </dev/null
+}
+
+configure() { cmake -S . -B "$1" -G Ninja "${@:2}" >/dev/null; }
+
+case "${1:-}" in
+run)
+    install_packages
+    configure build
+    cmake --build build --target lxmeval
+    exec ./build/lxmeval --simulate "${@:2}"
+    ;;
+test)
+    install_packages
+    configure build
+    cmake --build build
+    # The USB path and the simulated board once more under AddressSanitizer and UBSan.
+    configure build-asan -DLXM_SANITIZE=ON -DLXM_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug
+    asan_tests=(simboard_test transport_test)
+    if grep -q usb_e2e_driver_test build-asan/build.ninja; then asan_tests+=(usb_e2e_driver_test); fi
+    cmake --build build-asan --target "${asan_tests[@]}"
+    for t in "${asan_tests[@]}"; do
+        echo "== $t (AddressSanitizer, UndefinedBehaviorSanitizer)"
+        QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=verify_asan_link_order=0 "./build-asan/tests/$t" --gtest_brief=1
+    done
+    ctest --test-dir build --output-on-failure -j2
+    ;;
+*)
+    echo "usage: $0 run|test" >&2
+    exit 2
+    ;;
+esac
