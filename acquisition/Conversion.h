@@ -77,7 +77,7 @@ QString FormatLabel(const QString& text);
 // The maximum/minimum panel beside the live reading: texts 0/1 hold the largest raw count and
 // its bytes, 2/3 the smallest, 4/5 a periodically refreshed snapshot of the current one.
 class MaxMinPanel {
-  public:
+public:
     // The snapshot is taken when the pass counter exceeds this, and the counter restarts:
     // every 26th pass, so the snapshot box stays readable while readings change fast.
     static constexpr int kSnapshotPasses = 25;
@@ -97,7 +97,7 @@ class MaxMinPanel {
     // The bytes box: low then high byte, two hex digits each, separated by a blank.
     static QString BytesText(std::uint8_t lowByte, std::uint8_t highByte);
 
-  private:
+private:
     std::int32_t countMax_ = -9999999;
     std::int32_t countMin_ = 9999999;
     int counter_ = 0;

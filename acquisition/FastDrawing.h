@@ -12,12 +12,12 @@ namespace lxm {
 // once and showing them with a single blit. Arrays hold 24-bit pixels as blue, green, red
 // bytes with rows bottom-up (row 0 is the picture's bottom row) and no row padding.
 class FastDrawing {
-  public:
+public:
     // Pixels indexed (channel, column, row): channel 0 blue, 1 green, 2 red. There is one
     // row more than the picture has (0..height); reads leave it zero, and drawing that runs
     // to row "height" inclusive lands there harmlessly.
     class Pixels3D {
-      public:
+    public:
         void Resize(int width, int height);
         int width() const { return width_; }
         int rows() const { return rows_; }
@@ -26,7 +26,7 @@ class FastDrawing {
         const std::vector<std::uint8_t>& bytes() const { return bytes_; }
         std::uint8_t* data() { return bytes_.data(); }
 
-      private:
+    private:
         std::size_t Index(int channel, int x, int y) const {
             return (std::size_t(y) * width_ + x) * 3 + channel;
         }
@@ -52,7 +52,7 @@ class FastDrawing {
     void ReadPixels1D(const PictureBox& picture, std::vector<std::uint8_t>& bytes);
     void WritePixels1D(PictureBox& picture, const std::vector<std::uint8_t>& bytes);
 
-  private:
+private:
     void Describe(const PictureBox& picture);
     void Read(const PictureBox& picture, std::uint8_t* out);
     void Write(PictureBox& picture, const std::uint8_t* in, std::size_t size);

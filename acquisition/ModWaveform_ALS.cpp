@@ -13,7 +13,7 @@ namespace {
 // Direct pixel access for the trace step, which writes a few thousand single pixels per
 // reading: rows are looked up once, and the changed area is collected and repainted once.
 class PixelWriter {
-  public:
+public:
     PixelWriter(PictureBox& picture, const QImage& background)
         : picture_(picture),
           image_(picture.image()),
@@ -61,7 +61,7 @@ class PixelWriter {
         Touch(x, from, to);
     }
 
-  private:
+private:
     bool Clip(int& from, int& to) const {
         from = std::max(from, 0);
         to = std::min(to, height_ - 1);

@@ -13,7 +13,7 @@ namespace lxm {
 class PictureBox : public QWidget {
     Q_OBJECT
 
-  public:
+public:
     explicit PictureBox(QSize size, QWidget* parent = nullptr);
 
     // Direct access for block drawing; whoever writes through it marks what changed.
@@ -53,10 +53,10 @@ class PictureBox : public QWidget {
     int TextWidth(const QString& text) const;
     int TextHeight(const QString& text) const;
 
-  protected:
+protected:
     void paintEvent(QPaintEvent* event) override;
 
-  private:
+private:
     QImage image_;
     QRect dirty_;
     QColor backColor_{Qt::white};

@@ -134,7 +134,8 @@ void frmStartup::cboTypeSelect_Click() {
     s_.activeForm = this;
     s_.Collecting = false;
     if (index != 0 && !s_.UsbConnected) {
-        s_.messages.MsgBox(QStringLiteral("Evaluation Board is not connected, or another application is using it."));
+        s_.messages.MsgBox(
+            QStringLiteral("Evaluation Board is not connected, or another application is using it."));
         cboTypeSelect->setCurrentIndex(0);
         DoEvents();
         return;
@@ -166,14 +167,18 @@ void frmStartup::cboTypeSelect_Click() {
     DoEvents();
 }
 
-void frmStartup::Command1_Click() { s_.usb().OpenDevice(); }
+void frmStartup::Command1_Click() {
+    s_.usb().OpenDevice();
+}
 
 void frmStartup::Command2_Click() {
     s_.usb().CloseDevice();
     Command3->show();
 }
 
-void frmStartup::Command3_Click() { s_.usb().InitDriver(); }
+void frmStartup::Command3_Click() {
+    s_.usb().InitDriver();
+}
 
 void frmStartup::mnuAbout_Click() {
     s_.messages.MsgBox(QStringLiteral("Velmarin ALS / Proximity Evaluation Software\nVersion %1\n\n"

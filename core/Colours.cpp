@@ -6,10 +6,10 @@ namespace lxm {
 
 QColor QBColor(int index) {
     static const QRgb kPalette[16] = {
-        qRgb(0, 0, 0),       qRgb(0, 0, 128),     qRgb(0, 128, 0),     qRgb(0, 128, 128),
-        qRgb(128, 0, 0),     qRgb(128, 0, 128),   qRgb(128, 128, 0),   qRgb(192, 192, 192),
-        qRgb(128, 128, 128), qRgb(0, 0, 255),     qRgb(0, 255, 0),     qRgb(0, 255, 255),
-        qRgb(255, 0, 0),     qRgb(255, 0, 255),   qRgb(255, 255, 0),   qRgb(255, 255, 255),
+        qRgb(0, 0, 0),       qRgb(0, 0, 128),   qRgb(0, 128, 0),   qRgb(0, 128, 128),
+        qRgb(128, 0, 0),     qRgb(128, 0, 128), qRgb(128, 128, 0), qRgb(192, 192, 192),
+        qRgb(128, 128, 128), qRgb(0, 0, 255),   qRgb(0, 255, 0),   qRgb(0, 255, 255),
+        qRgb(255, 0, 0),     qRgb(255, 0, 255), qRgb(255, 255, 0), qRgb(255, 255, 255),
     };
     return QColor(kPalette[index & 15]);
 }
@@ -31,6 +31,8 @@ void InitColours(ColourTable& t) {
     t.ColGrey = 8;
 }
 
-int PaletteIndex(double colour) { return int(std::nearbyint(colour)); }
+int PaletteIndex(double colour) {
+    return int(std::nearbyint(colour));
+}
 
 }  // namespace lxm

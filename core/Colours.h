@@ -28,7 +28,7 @@ void InitColours(ColourTable& t);
 // Palette index of a table entry (rounded the way an implicit numeric conversion rounds).
 int PaletteIndex(double colour);
 
-constexpr long kRgbRed = 255;        // pure red background of the "Fail" label
+constexpr long kRgbRed = 255;         // pure red background of the "Fail" label
 constexpr long kRgbWhite = 0xFFFFFF;  // its text
 constexpr long kRgbGreen = 32768;     // background of "Good"
 

@@ -16,11 +16,17 @@ std::int64_t NowMicros() {
 
 SteadyClock::SteadyClock() : start_(NowMicros()) {}
 
-std::uint32_t SteadyClock::timeGetTime() { return std::uint32_t((NowMicros() - start_) / 1000); }
+std::uint32_t SteadyClock::timeGetTime() {
+    return std::uint32_t((NowMicros() - start_) / 1000);
+}
 
-std::int64_t SteadyClock::Micros() { return NowMicros() - start_; }
+std::int64_t SteadyClock::Micros() {
+    return NowMicros() - start_;
+}
 
-void SteadyClock::Sleep(std::uint32_t ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
+void SteadyClock::Sleep(std::uint32_t ms) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+}
 
 void QtMessages::MsgBox(const QString& text, const QString& title) {
     QMessageBox::information(parent_, title.isEmpty() ? QString::fromLatin1(kAppTitle) : title, text);
@@ -31,13 +37,15 @@ bool QtMessages::Ask(const QString& text, const QString& title) {
            QMessageBox::Yes;
 }
 
-std::optional<QString> QtFileDialogs::OpenFile(const QString& title, const QString& dir, const QString& filter) {
+std::optional<QString> QtFileDialogs::OpenFile(const QString& title, const QString& dir,
+                                               const QString& filter) {
     QString f = QFileDialog::getOpenFileName(nullptr, title, dir, filter);
     if (f.isEmpty()) return std::nullopt;
     return f;
 }
 
-std::optional<QString> QtFileDialogs::SaveFile(const QString& title, const QString& dir, const QString& filter) {
+std::optional<QString> QtFileDialogs::SaveFile(const QString& title, const QString& dir,
+                                               const QString& filter) {
     QString f = QFileDialog::getSaveFileName(nullptr, title, dir, filter);
     if (f.isEmpty()) return std::nullopt;
     return f;

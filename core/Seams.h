@@ -23,8 +23,10 @@ public:
 class FileDialogs {
 public:
     virtual ~FileDialogs() = default;
-    virtual std::optional<QString> OpenFile(const QString& title, const QString& dir, const QString& filter) = 0;
-    virtual std::optional<QString> SaveFile(const QString& title, const QString& dir, const QString& filter) = 0;
+    virtual std::optional<QString> OpenFile(const QString& title, const QString& dir,
+                                            const QString& filter) = 0;
+    virtual std::optional<QString> SaveFile(const QString& title, const QString& dir,
+                                            const QString& filter) = 0;
 };
 
 // The millisecond clock and the short pauses of the program. Tests substitute a clock

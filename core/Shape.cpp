@@ -17,9 +17,13 @@ void Shape::setFillColor(const QColor& c) {
     update();
 }
 
-void Shape::setFillIndex(int paletteIndex) { setFillColor(QBColor(paletteIndex)); }
+void Shape::setFillIndex(int paletteIndex) {
+    setFillColor(QBColor(paletteIndex));
+}
 
-bool Shape::hasFillIndex(int paletteIndex) const { return fill_ == QBColor(paletteIndex); }
+bool Shape::hasFillIndex(int paletteIndex) const {
+    return fill_ == QBColor(paletteIndex);
+}
 
 void Shape::paintEvent(QPaintEvent*) {
     QPainter p(this);

@@ -12,9 +12,13 @@ QString Number(double v) {
 }
 }  // namespace
 
-QString Str(double v) { return v < 0 ? Number(v) : QStringLiteral(" ") + Number(v); }
+QString Str(double v) {
+    return v < 0 ? Number(v) : QStringLiteral(" ") + Number(v);
+}
 
-QString Trim(double v) { return Number(v); }
+QString Trim(double v) {
+    return Number(v);
+}
 
 double Val(const QString& text) {
     // Leading blanks are skipped; the number ends at the first character that cannot continue it.
@@ -46,8 +50,12 @@ QString Hex2(int value) {
     return t.size() == 1 ? QStringLiteral("0") + t : t;
 }
 
-QString Hex(long value) { return QString::number(std::uint32_t(value), 16).toUpper(); }
+QString Hex(long value) {
+    return QString::number(std::uint32_t(value), 16).toUpper();
+}
 
-std::int64_t RoundEven(double v) { return std::int64_t(std::nearbyint(v)); }
+std::int64_t RoundEven(double v) {
+    return std::int64_t(std::nearbyint(v));
+}
 
 }  // namespace lxm

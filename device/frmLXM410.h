@@ -8,6 +8,7 @@
 #include <map>
 #include <vector>
 
+#include "acquisition/Conversion.h"
 #include "acquisition/PlotState.h"
 #include "core/ActiveForm.h"
 
@@ -118,6 +119,11 @@ public:
     // Placeholders for the interrupt-threshold controls the loop calls.
     void cmdReadILimits_Click() {}
     void cmdSampleInterrupt_Click() {}
+    // Runs at the end of every collection pass while the pass still holds the transport, the
+    // way a click arriving during the pass would; tests and benchmarks stop the loop from here.
+    std::function<void()> onPass;
+    // The strip chart's signed case: proximity readings in the two's-complement scheme.
+    bool SignedPlotCase() const { return MeasureProx && ProxScheme == 1; }
 
     // ---- strip chart (frmLXM410_plot.cpp)
     void cmdScale_Click();
@@ -319,6 +325,14 @@ public:
     std::int32_t CountMax = -9999999;
     std::int32_t CountMin = 9999999;
     int MaxMinCounter = 0;
+    MaxMinPanel maxMinPanel;  // CountMax, CountMin and MaxMinCounter mirror it
+    // Pacing, in clock microseconds: the deadline of the next pass, the end of the previous
+    // pass (for the measured loop time), and for the pass under way the deadline it was
+    // paced against and the moment the pacing let it go.
+    std::int64_t DeadlineUs = 0;
+    std::int64_t PassStartUs = 0;
+    std::int64_t PacedDeadlineUs = 0;
+    std::int64_t PassReleasedUs = 0;
 
     // plot state
     PlotState plot;
@@ -336,9 +350,19 @@ private:
     void ShowRegister(int reg);
     // Read the light colour into the swatch (-1 means the "True" colour of the original).
     void SetSwatch(int red);
+    // Collection (frmLXM410_collect.cpp).
+    void StartCollection();
+    void CollectionPass();
+    void PaceToDeadline();
+    void EndCollection();
+    void ShowMaxMin();
 
     Session& s_;
     frmScriptOps* script_ = nullptr;
+    // Collection: loops on the stack, a restart asked for from inside one, the swatch level.
+    int collectDepth_ = 0;
+    bool restartPending_ = false;
+    int swatchRed_ = -2;
 };
 
 }  // namespace lxm

@@ -31,7 +31,9 @@ QLineEdit* Box(QWidget* parent, const QString& text = {}, int width = 44) {
     return e;
 }
 
-QGroupBox* Group(QWidget* parent, const QString& caption) { return new QGroupBox(caption, parent); }
+QGroupBox* Group(QWidget* parent, const QString& caption) {
+    return new QGroupBox(caption, parent);
+}
 
 }  // namespace
 
@@ -95,9 +97,15 @@ void frmLXM410::BuildLayout() {
     rg->addWidget(new QLabel(QStringLiteral("Write"), frmRegisters), 0, 1, 1, 2, Qt::AlignCenter);
     rg->addWidget(new QLabel(QStringLiteral("Read"), frmRegisters), 0, 4, 1, 2, Qt::AlignCenter);
     static const char* kReadTips[kRegisterRows] = {
-        "Hex Read back of control register", "Hex Read back of control register", "ADC Readback LSB (7:0)",
-        "ADC Readback MSB (15:8)",           "Integration Counter LSB Value",     "Integration Counter MSB Value",
-        "Hex Read back of control register", "Hex Read back of control register", "Hex Read back of control register",
+        "Hex Read back of control register",
+        "Hex Read back of control register",
+        "ADC Readback LSB (7:0)",
+        "ADC Readback MSB (15:8)",
+        "Integration Counter LSB Value",
+        "Integration Counter MSB Value",
+        "Hex Read back of control register",
+        "Hex Read back of control register",
+        "Hex Read back of control register",
     };
     for (int i = 0; i < kRegisterRows; ++i) {
         const int row = i + 1;
@@ -170,8 +178,8 @@ void frmLXM410::BuildLayout() {
 
     // ---- column 2: configuration of registers 0 and 1
     auto* col2 = new QVBoxLayout;
-    auto optionRow = [](QGroupBox* box, CtlArray<QRadioButton>& arr, const std::vector<std::pair<int, QString>>& items,
-                        int perRow) {
+    auto optionRow = [](QGroupBox* box, CtlArray<QRadioButton>& arr,
+                        const std::vector<std::pair<int, QString>>& items, int perRow) {
         auto* g = new QGridLayout(box);
         g->setVerticalSpacing(1);
         int n = 0;
@@ -267,7 +275,8 @@ void frmLXM410::BuildLayout() {
     col3->addWidget(Frame3);
 
     FrmProxExternal = Group(this, QStringLiteral("Prox External Options"));
-    auto* xg = optionRow(FrmProxExternal, OptProxE, {{0, "IR Before"}, {1, "IR After"}, {2, "IR Both / Avg"}}, 1);
+    auto* xg =
+        optionRow(FrmProxExternal, OptProxE, {{0, "IR Before"}, {1, "IR After"}, {2, "IR Both / Avg"}}, 1);
     for (int i = 0; i < 3; ++i) {
         lblIR1[i] = new QLabel(QStringLiteral("------"), FrmProxExternal);
         xg->addWidget(lblIR1[i], i, 1);
@@ -293,8 +302,9 @@ void frmLXM410::BuildLayout() {
     lblLoop_Count = new QLabel(frmCollect);
     Label18 = new QLabel(frmCollect);
     cmdCollectData = new QPushButton(QStringLiteral("Start"), frmCollect);
-    cmdCollectData->setToolTip(QStringLiteral(
-        "Begins a continuous timer controller trigger, reading and display of the LXM20x Ambient Light Reading."));
+    cmdCollectData->setToolTip(
+        QStringLiteral("Begins a continuous timer controller trigger, reading and display of the LXM20x "
+                       "Ambient Light Reading."));
     cmdStopData = new QPushButton(QStringLiteral("Stop"), frmCollect);
     cmdStopData->setEnabled(false);
     cmdRead_ADC = new QPushButton(QStringLiteral("Read ADC"), frmCollect);
@@ -422,6 +432,11 @@ void frmLXM410::BuildLayout() {
     col4->addStretch(1);
     columns->addLayout(col4);
     columns->addStretch(1);
+
+    // The dual-mode panels show only while that measurement is selected.
+    FrmProxExternal->hide();
+    Frame9->hide();
+    Frame10->hide();
 }
 
 void frmLXM410::WireHandlers() {
@@ -487,7 +502,8 @@ bool frmLXM410::eventFilter(QObject* watched, QEvent* event) {
     if (watched == LstDeviceSel->viewport() && type == QEvent::MouseButtonRelease) {
         // Let the list take the click first, then act on its new selection.
         QWidget::eventFilter(watched, event);
-        QMetaObject::invokeMethod(this, [this] { LstDeviceSel_MouseUp(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { LstDeviceSel_MouseUp(); }, Qt::QueuedConnection);
         return false;
     }
     return QWidget::eventFilter(watched, event);

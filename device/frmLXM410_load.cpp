@@ -1,4 +1,5 @@
 // The family form's set-up, its two views, "Test Comm" and the small lifecycle handlers.
+#include <QCheckBox>
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QGroupBox>
@@ -7,7 +8,6 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QCheckBox>
 
 #include "acquisition/PictureBox.h"
 #include "core/ColorLabel.h"
@@ -38,12 +38,22 @@ QRadioButton* frmLXM410::OptMode(int index) {
     auto it = OptMode_.find(index);
     return it == OptMode_.end() ? nullptr : it->second;
 }
-QLineEdit* frmLXM410::txtRegRd(int reg) { return reg >= 0 && reg < kRegisterRows ? txtRegRd_[reg] : nullptr; }
-QLineEdit* frmLXM410::txtRegHex(int reg) { return reg >= 0 && reg < kRegisterRows ? txtRegHex_[reg] : nullptr; }
-Shape* frmLXM410::ShpIndrd(int reg) { return reg >= 0 && reg < kRegisterRows ? ShpIndrd_[reg] : nullptr; }
-Shape* frmLXM410::ShpIndwr(int reg) { return reg >= 0 && reg < kRegisterRows ? ShpIndwr_[reg] : nullptr; }
+QLineEdit* frmLXM410::txtRegRd(int reg) {
+    return reg >= 0 && reg < kRegisterRows ? txtRegRd_[reg] : nullptr;
+}
+QLineEdit* frmLXM410::txtRegHex(int reg) {
+    return reg >= 0 && reg < kRegisterRows ? txtRegHex_[reg] : nullptr;
+}
+Shape* frmLXM410::ShpIndrd(int reg) {
+    return reg >= 0 && reg < kRegisterRows ? ShpIndrd_[reg] : nullptr;
+}
+Shape* frmLXM410::ShpIndwr(int reg) {
+    return reg >= 0 && reg < kRegisterRows ? ShpIndwr_[reg] : nullptr;
+}
 
-void frmLXM410::ShowRegister(int reg) { txtRegHex_[reg]->setText(Hex2(s_.RegWriteMirror[reg])); }
+void frmLXM410::ShowRegister(int reg) {
+    txtRegHex_[reg]->setText(Hex2(s_.RegWriteMirror[reg]));
+}
 
 void frmLXM410::Form_Load() {
     // 1. This form is the one the transfer layer reports on.
@@ -62,7 +72,8 @@ void frmLXM410::Form_Load() {
 
     // 3. Row tool tips; the number follows with its sign blank, so two blanks stand before it.
     for (int i = 0; i < kRegisterRows; ++i) {
-        txtRegHex_[i]->setToolTip(QStringLiteral("Enter Hex value, click Wr Button below to write to register"));
+        txtRegHex_[i]->setToolTip(
+            QStringLiteral("Enter Hex value, click Wr Button below to write to register"));
         txtRegRd_[i]->setToolTip(QStringLiteral("Rd Hex Value, click RD Button below to read from register"));
         cmdWrtReg[i]->setToolTip(QStringLiteral("Click to Write to Register ") + Str(i));
         cmdRDReg[i]->setToolTip(QStringLiteral("Click to Read from Register ") + Str(i));
@@ -167,17 +178,17 @@ void frmLXM410::Label13_DblClick() {
     if (!CompactView) {
         CompactView = true;
         Picture3->setFixedSize(28, 28);
-        for (QWidget* w : std::initializer_list<QWidget*>{Frame12, FrmDevice, Frame4, Frame5, Frame10, Frame11, Frame2,
-                                                          Frame3, frmDataRecord, OptITime.at(2), OptITime.at(3),
-                                                          OptMeasure.at(1), OptMeasure.at(2), OptMeasure.at(3),
-                                                          cmdRead_ADC, cmdProx_IR})
+        for (QWidget* w : std::initializer_list<QWidget*>{
+                 Frame12, FrmDevice, Frame4, Frame5, Frame10, Frame11, Frame2, Frame3, frmDataRecord,
+                 OptITime.at(2), OptITime.at(3), OptMeasure.at(1), OptMeasure.at(2), OptMeasure.at(3),
+                 cmdRead_ADC, cmdProx_IR})
             w->hide();
     } else {
         CompactView = false;
         Picture3->setFixedSize(40, 40);
-        for (QWidget* w : std::initializer_list<QWidget*>{Frame11, Frame4, Frame5, Frame2, Frame3, frmDataRecord,
-                                                          OptITime.at(2), OptITime.at(3), OptMeasure.at(1),
-                                                          OptMeasure.at(2), OptMeasure.at(3), cmdRead_ADC, cmdProx_IR})
+        for (QWidget* w : std::initializer_list<QWidget*>{
+                 Frame11, Frame4, Frame5, Frame2, Frame3, frmDataRecord, OptITime.at(2), OptITime.at(3),
+                 OptMeasure.at(1), OptMeasure.at(2), OptMeasure.at(3), cmdRead_ADC, cmdProx_IR})
             w->show();
         Frame10->hide();
         FrmDevice->hide();
@@ -190,8 +201,8 @@ void frmLXM410::ApplyPartHiding() {
     const std::string& t = s_.SelectedType;
     if (t == "LXM470") {
         for (QWidget* w : std::initializer_list<QWidget*>{Frame6, Frame7, Frame11, FraScheme, frmProxControl,
-                                                          OptMeasure.at(3), OptMeasure.at(4), OptMeasure.at(7),
-                                                          cmdProx_IR})
+                                                          OptMeasure.at(3), OptMeasure.at(4),
+                                                          OptMeasure.at(7), cmdProx_IR})
             w->hide();
     } else if (t == "LXM450") {
         OptMeasure.at(5)->hide();
@@ -235,14 +246,18 @@ void frmLXM410::OptMode_Click(int Index) {
     DoEvents();
 }
 
-void frmLXM410::Form_Activate() { DoEvents(); }
+void frmLXM410::Form_Activate() {
+    DoEvents();
+}
 
 void frmLXM410::Form_GotFocus() {
     s_.activeForm = this;
     DoEvents();
 }
 
-void frmLXM410::Form_QueryUnload() { DoEvents(); }
+void frmLXM410::Form_QueryUnload() {
+    DoEvents();
+}
 
 void frmLXM410::Form_Unload() {
     s_.UnloadGpioForm();
@@ -279,7 +294,9 @@ void frmLXM410::mnuGPIO_Click() {
     g.raise();
 }
 
-void frmLXM410::SetReadCount() { s_.ReadCount = AdcModeSelected ? 2 : 4; }
+void frmLXM410::SetReadCount() {
+    s_.ReadCount = AdcModeSelected ? 2 : 4;
+}
 
 void frmLXM410::UpdateAdStats() {
     auto hex = [](std::int32_t v) {

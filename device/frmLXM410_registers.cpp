@@ -49,7 +49,9 @@ void frmLXM410::txtRegHex_LostFocus(int Index) {
     box->setText(box->text().toUpper().left(2));
 }
 
-void frmLXM410::cmdWrtReg_Click(int Index) { s_.comm().WriteRegister(Index); }
+void frmLXM410::cmdWrtReg_Click(int Index) {
+    s_.comm().WriteRegister(Index);
+}
 
 void frmLXM410::cmdRDReg_Click(int Index) {
     // Without a board, or while another transfer holds the bus, nothing was read: the

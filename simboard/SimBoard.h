@@ -116,7 +116,9 @@ public:
     void SetSensorPresent(bool present) { sensorPresent_ = present; }  // false: every address NACKs
     void NackNext(int count) { nackNext_ = count; }                    // next I2C transactions NACK
     void DropNextReplies(int count) { dropReplies_ = count; }          // board stays silent on IN
-    void DelayNextReply(int count) { delayReplies_ = count; }          // reply withheld until the next IN after a time-out
+    void DelayNextReply(int count) {
+        delayReplies_ = count;
+    }  // reply withheld until the next IN after a time-out
 
     std::vector<WirePacket>& wireLog() { return log_; }
     FamilySensor& sensor() { return sensor_; }

@@ -22,8 +22,8 @@ public:
     std::uint32_t SetInterface(DeviceHandle dev, int interfaceNumber, int alternateSetting) override;
     std::uint32_t GetDeviceInfo(DeviceHandle dev, const UsbDeviceInfo** info) override;
     void PutDeviceInfo(const UsbDeviceInfo* info) override;
-    std::uint32_t Transfer(DeviceHandle dev, std::uint32_t pipe, UsbDir dir, std::uint8_t* buf, std::uint32_t size,
-                           std::uint32_t* done, std::uint32_t timeoutMs) override;
+    std::uint32_t Transfer(DeviceHandle dev, std::uint32_t pipe, UsbDir dir, std::uint8_t* buf,
+                           std::uint32_t size, std::uint32_t* done, std::uint32_t timeoutMs) override;
     std::uint32_t ResetPipe(DeviceHandle dev, std::uint32_t pipe) override;
     std::uint32_t ResetDevice(DeviceHandle dev, std::uint32_t options) override;
 

@@ -111,7 +111,7 @@ TEST(DrawGraphLabels, TextStaysBesideAndBelowTheGraph) {
 }
 
 class TraceTest : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override {
         graph.reset(MakeGraphPicture(nullptr));
         DrawGrid(*graph);

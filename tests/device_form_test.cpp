@@ -1,5 +1,6 @@
 // The family device form driven as a user drives it, checked on the chip, the wire and the
 // controls.
+#include <gtest/gtest.h>
 #include <QCheckBox>
 #include <QGroupBox>
 #include <QLabel>
@@ -8,7 +9,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
-#include <gtest/gtest.h>
 
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
@@ -117,8 +117,8 @@ TEST_F(FamilyForm, OpensCompactAndTheUsbCommLabelTogglesTheView) {
     Load();
     EXPECT_TRUE(form->CompactView);
     for (QWidget* w : {(QWidget*)form->Frame4, (QWidget*)form->Frame3, (QWidget*)form->FrmDevice,
-                       (QWidget*)form->OptITime.at(2), (QWidget*)form->OptITime.at(3), (QWidget*)form->cmdRead_ADC,
-                       (QWidget*)form->OptMeasure.at(1)})
+                       (QWidget*)form->OptITime.at(2), (QWidget*)form->OptITime.at(3),
+                       (QWidget*)form->cmdRead_ADC, (QWidget*)form->OptMeasure.at(1)})
         EXPECT_FALSE(Shown(w)) << "compact view hides " << w->objectName().toStdString();
     EXPECT_TRUE(Shown(form->frGain));
     EXPECT_TRUE(Shown(form->frmMeasure));
@@ -375,7 +375,8 @@ TEST_F(FamilyForm, TestCommReportsGoodFailAndTheTwoMessages) {
     EXPECT_FALSE(form->LblCommTest()->isHidden());
     EXPECT_FALSE(form->OptMode(2)->isChecked());
     EXPECT_TRUE(session.HasGpioForm());
-    EXPECT_EQ(board.controller().portBEnables() & 0x03, 0x03) << "the first two enables were inverted and sent";
+    EXPECT_EQ(board.controller().portBEnables() & 0x03, 0x03)
+        << "the first two enables were inverted and sent";
 
     board.controller().SetSensorPresent(false);
     form->OptMode(2)->click();

@@ -19,7 +19,7 @@ constexpr std::uint8_t kBits16 = 0x00, kBits12 = 0x04, kBits4 = 0x0C, kRange4000
 constexpr std::uint8_t kDrive100 = 0x30, kDrive50 = 0x20, kScheme1 = 0x80;
 
 class BoardTest : public ::testing::Test {
-  protected:
+protected:
     std::uint32_t Out(std::uint8_t ep, const Bytes& b) { return ctl().BulkOut(ep, b.data(), b.size()); }
     void Write(std::uint8_t reg, Bytes data, std::uint8_t addr = kWr) {
         data.insert(data.begin(), {0, addr, reg});
@@ -271,7 +271,7 @@ TEST(LightSceneTest, VariationsAreDeterministicFunctionsOfTime) {
 }
 
 class DriverTest : public ::testing::Test {
-  protected:
+protected:
     DriverHandle Register(bool accept = true, UsbMatch match = {kBoardVendorId, kBoardProductId}) {
         UsbEvents ev;
         ev.attach = [this, accept](DeviceHandle dev, const UsbDeviceInfo& info, void*) {

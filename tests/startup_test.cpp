@@ -1,9 +1,9 @@
 // The start-up window: driver initialisation, the four lamps and the sensor-type selection.
+#include <gtest/gtest.h>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <gtest/gtest.h>
 
 #include "app/frmStartup.h"
 #include "core/Shape.h"

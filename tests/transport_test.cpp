@@ -17,7 +17,9 @@ using USB_Comm::HexValue;
 constexpr int kBlack = 0, kGreen = 2, kLightGreen = 10, kLightRed = 12;
 const QString kDisconnected = "Device has been disconnected, reconnect and re-initialize all registers";
 
-std::vector<std::uint8_t> Bytes(std::initializer_list<int> v) { return {v.begin(), v.end()}; }
+std::vector<std::uint8_t> Bytes(std::initializer_list<int> v) {
+    return {v.begin(), v.end()};
+}
 
 TEST(HexValue, ReadsLeadingHexDigitsLikeTheEntryBoxesNeed) {
     EXPECT_EQ(HexValue("88"), 136);

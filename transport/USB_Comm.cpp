@@ -86,7 +86,9 @@ void Comm::TransferOut() {
     Transfer(false);
 }
 
-void Comm::TransferIn() { Transfer(true); }
+void Comm::TransferIn() {
+    Transfer(true);
+}
 
 void Comm::FlipActivity(Shape* shape) {
     if (!shape) return;

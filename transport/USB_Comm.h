@@ -8,7 +8,7 @@
 namespace lxm {
 class Session;
 class Shape;
-}
+}  // namespace lxm
 
 // The register transfer packets: the only place that knows the board's wire format.
 namespace lxm::USB_Comm {

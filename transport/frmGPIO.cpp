@@ -42,7 +42,9 @@ frmGPIO::frmGPIO(Session& session, QWidget* parent) : QWidget(parent), s_(sessio
     BuildLayout();
 }
 
-frmGPIO::~frmGPIO() { s_.FormGone(this); }
+frmGPIO::~frmGPIO() {
+    s_.FormGone(this);
+}
 
 void frmGPIO::BuildLayout() {
     auto* root = new QVBoxLayout(this);
@@ -56,8 +58,8 @@ void frmGPIO::BuildLayout() {
     auto* dataGrid = new QGridLayout(frameGPIO_Data);
     auto* useGrid = new QGridLayout(Frame1);
 
-    auto addRow = [&](int row, const QString& name, std::map<int, QCheckBox*>& en, std::map<int, QCheckBox*>& data,
-                      int bit, const QString& usage) {
+    auto addRow = [&](int row, const QString& name, std::map<int, QCheckBox*>& en,
+                      std::map<int, QCheckBox*>& data, int bit, const QString& usage) {
         en[bit] = new QCheckBox(name, FrOutEn);
         data[bit] = new QCheckBox(name, frameGPIO_Data);
         enGrid->addWidget(en[bit], row, 0);
@@ -173,12 +175,24 @@ void frmGPIO::ToggleBit(QCheckBox* box, int n, int imageByte, QLineEdit* column)
     column->setText(Hex2(b));
 }
 
-void frmGPIO::chkOutEn_Click(int Index) { ToggleBit(chkOutEn.at(Index), Index, 0, txtPCHex[0]); }
-void frmGPIO::chkOutEnc_Click(int Index) { ToggleBit(chkOutEnc.at(Index), Index, 1, txtPCHex[2]); }
-void frmGPIO::ChLed1_Click(int Index) { ToggleBit(ChLed1.at(Index), Index, 1, txtPCHex[2]); }
-void frmGPIO::ChkBData_Click(int Index) { ToggleBit(ChkBData.at(Index), Index, 2, txtPCHexData[0]); }
-void frmGPIO::ChkCData_Click(int Index) { ToggleBit(ChkCData.at(Index), Index, 3, txtPCHexData[2]); }
-void frmGPIO::ChKLedData_Click(int Index) { ToggleBit(ChKLedData.at(Index), Index, 3, txtPCHexData[2]); }
+void frmGPIO::chkOutEn_Click(int Index) {
+    ToggleBit(chkOutEn.at(Index), Index, 0, txtPCHex[0]);
+}
+void frmGPIO::chkOutEnc_Click(int Index) {
+    ToggleBit(chkOutEnc.at(Index), Index, 1, txtPCHex[2]);
+}
+void frmGPIO::ChLed1_Click(int Index) {
+    ToggleBit(ChLed1.at(Index), Index, 1, txtPCHex[2]);
+}
+void frmGPIO::ChkBData_Click(int Index) {
+    ToggleBit(ChkBData.at(Index), Index, 2, txtPCHexData[0]);
+}
+void frmGPIO::ChkCData_Click(int Index) {
+    ToggleBit(ChkCData.at(Index), Index, 3, txtPCHexData[2]);
+}
+void frmGPIO::ChKLedData_Click(int Index) {
+    ToggleBit(ChKLedData.at(Index), Index, 3, txtPCHexData[2]);
+}
 
 void frmGPIO::ShowImage() {
     const auto& img = s_.GpioImage;
@@ -205,7 +219,9 @@ void frmGPIO::Form_Load() {
     ShowImage();
 }
 
-void frmGPIO::Form_GotFocus() { s_.activeForm = this; }
+void frmGPIO::Form_GotFocus() {
+    s_.activeForm = this;
+}
 
 void frmGPIO::changeEvent(QEvent* e) {
     if (e->type() == QEvent::ActivationChange && isActiveWindow()) Form_GotFocus();

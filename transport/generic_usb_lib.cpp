@@ -23,15 +23,18 @@ void UsbLib::AttachLamp(int colour) {
 }
 
 void UsbLib::TransferLamp(int colour) {
-    if (s_.activeForm && s_.activeForm->Shp_USB_Transfer()) s_.activeForm->Shp_USB_Transfer()->setFillIndex(colour);
+    if (s_.activeForm && s_.activeForm->Shp_USB_Transfer())
+        s_.activeForm->Shp_USB_Transfer()->setFillIndex(colour);
 }
 
 void UsbLib::InfoLamp(int colour) {
-    if (s_.startupLamps && s_.startupLamps->Shp_USB_Info()) s_.startupLamps->Shp_USB_Info()->setFillIndex(colour);
+    if (s_.startupLamps && s_.startupLamps->Shp_USB_Info())
+        s_.startupLamps->Shp_USB_Info()->setFillIndex(colour);
 }
 
 void UsbLib::InitLamp(int colour) {
-    if (s_.startupLamps && s_.startupLamps->Shp_USB_Init()) s_.startupLamps->Shp_USB_Init()->setFillIndex(colour);
+    if (s_.startupLamps && s_.startupLamps->Shp_USB_Init())
+        s_.startupLamps->Shp_USB_Init()->setFillIndex(colour);
 }
 
 void UsbLib::InitDriver() {
@@ -69,7 +72,8 @@ bool UsbLib::OnDeviceAttach(DeviceHandle device, const UsbDeviceInfo& info, void
     InfoLamp(kBlack);
     if (info.interfaceNumber == ctx->interfaceNumber) {
         ctx->deviceHandle = device;
-        ctx->status = std::int32_t(s_.driver.SetInterface(device, ctx->interfaceNumber, ctx->alternateSetting));
+        ctx->status =
+            std::int32_t(s_.driver.SetInterface(device, ctx->interfaceNumber, ctx->alternateSetting));
         if (ctx->status == 0) {
             s_.UsbDetached = false;
             accept = true;
@@ -102,7 +106,8 @@ void UsbLib::OnDeviceDetach(DeviceHandle /*device*/, void* userData) {
     InfoLamp(kBlack);
     ctx.deviceHandle = 0;
     std::memcpy(userData, &ctx, sizeof ctx);
-    s_.messages.MsgBox(QStringLiteral("Device has been disconnected, reconnect and re-initialize all registers"));
+    s_.messages.MsgBox(
+        QStringLiteral("Device has been disconnected, reconnect and re-initialize all registers"));
 }
 
 void UsbLib::OpenDevice() {
