@@ -108,22 +108,31 @@ void Comm::NotConnected() {
     s_.Collecting = false;
 }
 
-void Comm::ReadRegister(int r) {
+// What a register read and a register write have in common before their packets: nothing
+// without a board, only a mark while another transfer holds the bus (a timer tick or a second
+// click arriving in a yield must never interleave on the wire), and the board opened around the
+// access when the session does not hold it open.
+bool Comm::Begin(int r, std::array<bool, kMaxRegisters>& pending) {
     if (!s_.UsbConnected) {
         NotConnected();
-        return;
+        return false;
     }
     if (s_.TransferBusy) {
         s_.TransferDeferred = true;
-        s_.PendingRead[r] = true;
-        return;
+        pending[r] = true;
+        return false;
     }
-    s_.PendingRead[r] = false;
+    pending[r] = false;
     s_.TransferBusy = true;
     if (!s_.SessionOpen) {
         s_.usb().OpenDevice();
         DoEvents();
     }
+    return true;
+}
+
+void Comm::ReadRegister(int r) {
+    if (!Begin(r, s_.PendingRead)) return;
     s_.ReadCount = 1;
     XferPipe = std::uint32_t(s_.CmdPipe);
     XferSize = 3;
@@ -158,21 +167,7 @@ void Comm::ReadRegister(int r) {
 }
 
 void Comm::WriteRegister(int r) {
-    if (!s_.UsbConnected) {
-        NotConnected();
-        return;
-    }
-    if (s_.TransferBusy) {
-        s_.TransferDeferred = true;
-        s_.PendingWrite[r] = true;
-        return;
-    }
-    s_.PendingWrite[r] = false;
-    s_.TransferBusy = true;
-    if (!s_.SessionOpen) {
-        s_.usb().OpenDevice();
-        DoEvents();
-    }
+    if (!Begin(r, s_.PendingWrite)) return;
     ActiveForm* f = s_.activeForm;
     QLineEdit* hex = f ? f->txtRegHex(r) : nullptr;
     const QString entry = hex ? hex->text() : QString();

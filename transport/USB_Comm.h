@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "core/SessionState.h"
+
 namespace lxm {
 class Session;
 class Shape;
@@ -54,6 +56,7 @@ public:
     std::uint32_t timeoutMs = 1000;
 
 private:
+    bool Begin(int r, std::array<bool, kMaxRegisters>& pending);
     void Transfer(bool in);
     void DrainStaleReplies(std::uint32_t inPipe);
     void FlipActivity(Shape* shape);
