@@ -1,15 +1,339 @@
 // Measurement selection, single reads and conversion on the family form.
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include "acquisition/Conversion.h"
+#include "core/ColorLabel.h"
+#include "core/Colours.h"
+#include "core/Shape.h"
+#include "core/VbText.h"
+#include "core/Yield.h"
 #include "device/frmLXM410.h"
+#include "transport/Session.h"
+#include "transport/USB_Comm.h"
+#include "transport/generic_usb_lib.h"
 
 namespace lxm {
 
-void frmLXM410::OptMeasure_Click(int /*Index*/) {}
-void frmLXM410::OptMeasure_GotFocus(int /*Index*/) {}
-void frmLXM410::cmdRead_ADC_Click() {}
-void frmLXM410::cmdProx_IR_Click() {}
-void frmLXM410::cmdProx_IR_GotFocus() {}
-std::int32_t frmLXM410::ReadDataRegisters() { return 0; }
-double frmLXM410::ConvertToLux(double /*counts*/) const { return 0; }
-void frmLXM410::SetSwatch(int /*red*/) {}
+namespace {
+
+struct MeasureType {
+    std::uint8_t operation;  // register 0 bits 7..5
+    const char* frameCaption;
+    const char* readingCaption;  // nullptr: Label16 keeps its caption
+    const char* axis;            // nullptr: both unit words stay
+    const char* axis2;
+};
+
+// "Read ALS Once " keeps its trailing blank: it is the caption the users know.
+constexpr MeasureType kMeasureTypes[8] = {
+    {0, "No Measurement:Power Down", nullptr, nullptr, nullptr},
+    {1, "Read ALS Once ", "Lux Reading", "Lux", "AD Cnt"},
+    {2, "Read IR Once", "ADC Reading", "IR Cnt", "IR Cnt"},
+    {3, "Read Prox. Once", "ADC Reading", "Prox-IR Cnt", "Prox-IR Cnt"},
+    {3, "Read Prox-IR Dual Mode", "Prox-IR", "Prox-IR", "Prox-IR"},
+    {5, "ALS Continuous", "Lux Reading", "Lux", "AD Cnt"},
+    {6, "IR Continuous", "ADC Reading", "IR Cnt", "IR Cnt"},
+    {7, "Prox Continuous", "ADC Reading", "Prox-IR Cnt", "Prox-IR Cnt"},
+};
+
+constexpr std::uint8_t kDataLow = 2;
+
+void FailLabel(ColorLabel* label) {
+    label->show();
+    label->setBackColor(kRgbRed);
+    label->setForeColor(kRgbWhite);
+    label->setText(QStringLiteral("Fail"));
+}
+
+// Delays typed as fractions of a millisecond are rounded the way the pause call takes them;
+// zero or less means no pause.
+void PauseMs(Clock& clock, double ms) {
+    if (ms > 0) clock.Sleep(std::uint32_t(RoundEven(ms)));
+}
+
+}  // namespace
+
+void frmLXM410::OptMeasure_Click(int Index) {
+    if (Index < 0 || Index > 7) return;
+    MeasureIndex = Index;
+    const MeasureType& type = kMeasureTypes[Index];
+
+    // 1.
+    FrmMeasureDetails->show();
+    cmdProx_IR->hide();
+    MeasureSingleShot = true;
+    MeasureProx = false;
+    MeasureProxIrDual = false;
+    ShowLux = false;
+    DualHold = false;
+    MeasureClicked = false;
+    DoEvents();
+
+    // 2. Every selection starts from the plain scheme.
+    OptIRMode.at(1)->setEnabled(true);
+    OptIRMode.at(0)->setChecked(true);
+    OptIRMode_Click(0);
+    FrmProxExternal->hide();
+    DoEvents();
+
+    // 3. Command byte: the operation in bits 7..5, bits 4..1 from the image, bit 0 decided below.
+    std::uint8_t command = std::uint8_t((s_.RegWriteMirror[0] & 0x1E) | (type.operation << 5));
+    MeasureProx = Index == 3 || Index == 7;
+    MeasureProxIrDual = Index == 4;
+    ShowLux = Index == 1 || Index == 5;
+
+    // 4.
+    if (type.readingCaption) Label16->setText(QString::fromLatin1(type.readingCaption));
+    if (type.axis) {
+        plot.AxisCaption = QString::fromLatin1(type.axis);
+        plot.AxisCaption2 = QString::fromLatin1(type.axis2);
+    }
+    if (ShowLux) {
+        Label36->show();
+        txtADCRaw->show();
+    } else if (Index != 0 && Index != 4) {
+        Label36->hide();
+        txtADCRaw->hide();
+    }
+
+    // 5.
+    Frame9->hide();
+    Frame10->hide();
+    fraINT->show();
+    if (MeasureProxIrDual) {
+        FrmMeasureDetails->hide();
+        fraINT->hide();
+        FrmProxExternal->show();
+        Label16->setText(QStringLiteral("Prox-IR"));
+        cmdProx_IR->show();
+        Frame10->show();
+        if (!CompactView) Frame9->show();
+    }
+
+    // 6. and 11. Power down writes the command byte and nothing else. The entry box gets the
+    // byte as decimal text, which the write then reads as hexadecimal; the board software
+    // always did so and the byte has no operation bits either way.
+    if (Index == 0) {
+        Frame3->setTitle(QString::fromLatin1(type.frameCaption));
+        txtRegHex_[0]->setText(Trim(command));
+        cmdWrtReg_Click(0);
+        return;
+    }
+
+    // 7.
+    Frame3->setTitle(QString::fromLatin1(type.frameCaption));
+    MeasureSingleShot = Index < 5;
+
+    // 8. Register 8 is cleared for every type; a proximity type then switches to the
+    // two's-complement scheme.
+    OptIRMode.at(0)->setEnabled(true);
+    OptIRMode.at(0)->setChecked(true);
+    OptIRMode.at(1)->show();
+    OptIRMode_Click(0);
+    if (!MeasureProx) {
+        txtRegHex_[8]->setText(QStringLiteral("00"));
+        cmdWrtReg_Click(8);
+    } else {
+        if (DeviceVariant == QLatin1String("A"))
+            txtRegHex_[8]->setText(QStringLiteral("01"));
+        else if (DeviceVariant == QLatin1String("B"))
+            txtRegHex_[8]->setText(QStringLiteral("00"));
+        // Both variants run with the test register cleared; the per-variant value above only
+        // survives in the entry box until here.
+        txtRegHex_[8]->setText(QStringLiteral("00"));
+        cmdWrtReg_Click(8);
+        OptIRMode.at(1)->setChecked(true);
+        OptIRMode_Click(1);
+    }
+
+    // 9.
+    if ((MeasureProx || MeasureProxIrDual) && ProxScheme == 1) command |= 0x01;
+
+    // 10.
+    if (ShowLux) {
+        OptIRMode.at(0)->setChecked(true);
+        OptIRMode_Click(0);
+        txtScale->setText(Trim(double(RangeTable[RangeIndex]) * (500000.0 / RangeScaleDivisor) *
+                               FullScaleCounts / FullScaleCounts));
+        plot.ScaleMin = 0;
+    }
+    plot.ScaleMax = std::int32_t(Val(txtScale2->text()) + 1);
+    const std::int32_t step = plot.ScaleMax / 10;
+    plot.ScaleLabels2[0] = QStringLiteral("0");
+    for (int k = 1; k <= 10; ++k) plot.ScaleLabels2[k] = Trim(double(k) * step);
+    // The handlers below write register 0 from this box, so the new operation reaches the
+    // chip with them.
+    txtRegHex_[0]->setText(Hex2(command));
+    Label9->setText(MeasureSingleShot ? QStringLiteral("Delay Command to Sample")
+                                      : QStringLiteral("Delay Between Samples"));
+    for (int i = 0; i < 4; ++i)
+        if (OptITime.at(i)->isChecked()) OptITime_Click(i);
+    for (int i = 0; i < 4; ++i)
+        if (OptGain.at(i)->isChecked()) OptGain_Click(i);
+    cmdWrtReg_Click(1);
+    cmdWrtReg_Click(0);
+    cmdScale_Click();
+}
+
+void frmLXM410::OptMeasure_GotFocus(int /*Index*/) {
+    MeasureClicked = true;
+    DoEvents();
+}
+
+std::int32_t frmLXM410::ReadDataRegisters() {
+    const std::vector<std::uint8_t> reply = s_.comm().ReadBlock(kDataLow, 2, 3);
+    LastLow = reply.size() > 1 ? reply[1] : 0;
+    LastHigh = reply.size() > 2 ? reply[2] : 0;
+    LastNegative = 1;
+
+    const SignedReading r = InterpretData(LastLow, LastHigh, MeasureProx, ProxScheme, AdcBits, AdcCountMax);
+    if (r.signedBranch) {
+        SignThreshold = r.signThreshold;
+        SignMax = r.signMax;
+        LastNegative = r.lastNegative;
+    }
+    SetSwatch(SwatchRed(r.value, r.signedBranch, FullScaleCounts));
+
+    LblCommTest_->hide();
+    if (s_.ReadStatusByte != 2) FailLabel(LblCommTest_);
+    return r.value;
+}
+
+void frmLXM410::SetSwatch(int red) {
+    if (red == swatchRed_) return;
+    swatchRed_ = red;
+    // Below one count the swatch gets the colour value -1, whose low three bytes are white.
+    const QColor colour = red < 0 ? QColor(255, 255, 255) : QColor(red, 0, 0);
+    QPalette p = Picture3->palette();
+    p.setColor(QPalette::Window, colour);
+    Picture3->setPalette(p);
+}
+
+double frmLXM410::ConvertToLux(double counts) const {
+    return lxm::ConvertToLux(counts, RangeTable[RangeIndex], RangeScaleDivisor, FullScaleCounts);
+}
+
+void frmLXM410::cmdRead_ADC_Click() {
+    // A read asked for while another transfer holds the bus is left to the collection loop's
+    // register refresh, which reads both data registers into the same boxes.
+    if (s_.TransferBusy) {
+        s_.TransferDeferred = true;
+        s_.PendingRead[kDataLow] = true;
+        s_.PendingRead[kDataLow + 1] = true;
+        return;
+    }
+    s_.TransferBusy = true;
+    if (!s_.SessionOpen) {
+        s_.usb().OpenDevice();
+        DoEvents();
+    }
+    const std::vector<std::uint8_t> reply = s_.comm().ReadBlock(kDataLow, 2, 3);
+    const std::uint8_t low = reply.size() > 1 ? reply[1] : 0;
+    const std::uint8_t high = reply.size() > 2 ? reply[2] : 0;
+    txtRegRd_[2]->setText(Hex2(low));
+    txtRegRd_[3]->setText(Hex2(high));
+    s_.RegReadMirror[2] = low;
+    s_.RegReadMirror[3] = high;
+    const int ok = PaletteIndex(s_.colours.ColOK);
+    const int alt = PaletteIndex(s_.colours.ColAlt);
+    for (int reg : {2, 3}) {
+        Shape* lamp = ShpIndrd_[reg];
+        lamp->setFillIndex(lamp->hasFillIndex(ok) ? alt : ok);
+    }
+    if (!s_.SessionOpen) s_.usb().CloseDevice();
+    s_.TransferBusy = false;
+    DoEvents();
+}
+
+void frmLXM410::cmdProx_IR_Click() {
+    // 1.
+    IntervalDisplayMs = Val(txtSampling_Delay->text());
+    LoopDelayMs = Val(txtPLoopDelay->text());
+    const std::uint8_t base = s_.RegWriteMirror[0] & 0x1E;
+    const std::uint8_t irCommand = base | 0x40;
+    const std::uint8_t proxCommand = std::uint8_t(base | 0x60 | (ProxScheme == 1 ? 0x01 : 0x00));
+    int mode = 0;
+    for (int i = 0; i < 3; ++i)
+        if (OptProxE.at(i)->isChecked()) mode = i;
+    const bool irBefore = mode == int(AmbientIrMode::Before) || mode == int(AmbientIrMode::Average);
+    const bool irAfter = mode == int(AmbientIrMode::After) || mode == int(AmbientIrMode::Average);
+
+    // 2.
+    s_.TransferBusy = true;
+    if (!s_.SessionOpen) {
+        s_.usb().OpenDevice();
+        DoEvents();
+    }
+
+    // 3.
+    if (irBefore) {
+        IrMsb = IrLsb = 0;
+        s_.comm().WriteBlock(0, {irCommand});
+        PauseMs(s_.clock, IntervalDisplayMs);
+        ReadDataRegisters();
+        IrMsb = LastHigh;
+        IrLsb = LastLow;
+        IrBefore = Signed16(IrMsb, IrLsb);
+        lblIR1.at(0)->setText(Trim(IrBefore));
+    }
+
+    // 4.
+    ProxMsb = ProxLsb = 0;
+    s_.comm().WriteBlock(0, {proxCommand});
+    PauseMs(s_.clock, IntervalDisplayMs);
+    ReadDataRegisters();
+    ProxMsb = LastHigh;
+    ProxLsb = LastLow;
+    ProxCountSigned = Signed16(ProxMsb, ProxLsb);
+
+    // 5. The first read after switching back to IR can still return the proximity result,
+    // so it is read twice and the second one kept.
+    if (irAfter) {
+        s_.comm().WriteBlock(0, {irCommand});
+        PauseMs(s_.clock, IntervalDisplayMs);
+        ReadDataRegisters();
+        ReadDataRegisters();
+        IrMsb = LastHigh;
+        IrLsb = LastLow;
+        IrAfter = Signed16(IrMsb, IrLsb);
+        lblIR1.at(1)->setText(Trim(IrAfter));
+    }
+
+    // 6.
+    txtProx_IR.at(0)->setText(Hex2(IrMsb));
+    txtProx_IR.at(1)->setText(Hex2(IrLsb));
+    txtProx_IR.at(2)->setText(Hex2(ProxMsb));
+    txtProx_IR.at(3)->setText(Hex2(ProxLsb));
+
+    // 7.
+    AmbientIr = lxm::AmbientIr(mode, IrBefore, IrAfter);
+    lblIR1.at(2)->setText(Trim(AmbientIr));
+
+    // 8. and 9.
+    ProxCount = ProxMsb * 256 + ProxLsb;
+    const ProxMinusIrResult result = lxm::ProxMinusIr(ProxCount, AmbientIr, FullScaleCounts);
+    ProxMinusIr = result.proxMinusIr;
+    txtProx_IR.at(4)->setText(Trim(ProxCount));
+    txtProx_IR.at(5)->setText(Trim(AmbientIr));
+    txtProx_IR.at(6)->setText(result.text());
+    const int ok = PaletteIndex(s_.colours.ColOK);
+    const int fail = PaletteIndex(s_.colours.ColFail);
+    ShpOVRange.at(0)->setFillIndex(result.proxSaturated ? fail : ok);
+    ShpOVRange.at(1)->setFillIndex(result.irSaturated ? fail : ok);
+    ShpOVRange.at(2)->setFillIndex(result.nonNegative() ? ok : PaletteIndex(s_.colours.ColOff));
+
+    // 10.
+    if (!s_.SessionOpen) s_.usb().CloseDevice();
+    s_.TransferBusy = false;
+    PauseMs(s_.clock, LoopDelayMs);
+}
+
+void frmLXM410::cmdProx_IR_GotFocus() {
+    Frame10->show();
+}
 
 }  // namespace lxm
