@@ -28,6 +28,10 @@ void SteadyClock::Sleep(std::uint32_t ms) {
     std::this_thread::sleep_for(std::chrono::milliseconds(ms));
 }
 
+void SteadyClock::SleepMicros(std::int64_t us) {
+    if (us > 0) std::this_thread::sleep_for(std::chrono::microseconds(us));
+}
+
 void QtMessages::MsgBox(const QString& text, const QString& title) {
     QMessageBox::information(parent_, title.isEmpty() ? QString::fromLatin1(kAppTitle) : title, text);
 }

@@ -39,6 +39,11 @@ public:
     // Microseconds since the same start; finer time for the simulated sensor.
     virtual std::int64_t Micros() = 0;
     virtual void Sleep(std::uint32_t ms) = 0;
+    // A pause as fine as the system's timer allows, for pacing that has to land within a
+    // millisecond; a clock without finer pauses takes the nearest whole millisecond.
+    virtual void SleepMicros(std::int64_t us) {
+        if (us > 0) Sleep(std::uint32_t((us + 500) / 1000));
+    }
 };
 
 class SteadyClock final : public Clock {
@@ -47,6 +52,7 @@ public:
     std::uint32_t timeGetTime() override;
     std::int64_t Micros() override;
     void Sleep(std::uint32_t ms) override;
+    void SleepMicros(std::int64_t us) override;
 
 private:
     std::int64_t start_;
