@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <memory>
 
+#include "app/SimulatorPanel.h"
 #include "app/frmStartup.h"
 #include "core/Seams.h"
 #include "simboard/SimBoard.h"
@@ -33,11 +34,18 @@ int main(int argc, char** argv) {
 
     std::unique_ptr<lxm::sim::SimBoard> board;
     std::unique_ptr<lxm::UsbDriver> driver;
+    std::unique_ptr<lxm::SimulatorPanel> simPanel;
+    std::unique_ptr<lxm::SimulatorMenu> simMenu;
     if (parser.isSet(simulate)) {
         board = std::make_unique<lxm::sim::SimBoard>(clock);
         // A full-speed USB frame per transfer, as a real board has.
         auto sim = std::make_unique<lxm::sim::SimDriver>(*board);
         sim->SetLatencyMicros(1000);
+        // The panel that sets the simulated light and cable, and the menu item that brings
+        // it back once closed.
+        simPanel = std::make_unique<lxm::SimulatorPanel>(*sim);
+        simMenu = std::make_unique<lxm::SimulatorMenu>(*simPanel);
+        app.installEventFilter(simMenu.get());
         driver = std::move(sim);
     } else {
         driver = std::make_unique<lxm::usb::LibusbDriver>();
@@ -46,6 +54,10 @@ int main(int argc, char** argv) {
     lxm::Session session(*driver, messages, files, clock);
     lxm::frmStartup startup(session, parser.positionalArguments().join(QLatin1Char(' ')));
     startup.show();
+    if (simPanel) {
+        simPanel->move(startup.frameGeometry().topRight() + QPoint(16, 0));
+        simPanel->show();
+    }
     QTimer::singleShot(0, &startup, [&startup] { startup.Form_Load(); });
     const int rc = app.exec();
     return rc;

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <QObject>
+#include <QWidget>
+
+class QComboBox;
+class QDoubleSpinBox;
+class QLabel;
+class QPushButton;
+class QSlider;
+class QTimer;
+
+namespace lxm {
+
+class Shape;
+
+namespace sim {
+class SimDriver;
+}
+
+// A small control window for the simulated board: the light the sensor sees (ambient lux,
+// infrared, a reflecting object and how it varies over time), the USB cable, and the board's
+// three LEDs as lamps.
+class SimulatorPanel : public QWidget {
+public:
+    explicit SimulatorPanel(sim::SimDriver& driver, QWidget* parent = nullptr);
+
+    // Brings the panel to the front, opening it again after it was closed.
+    void Reopen();
+    // Lamps, cable state and the light seen right now, from the board.
+    void RefreshFromBoard();
+
+    // Scene: each value has a spin box for typing and a slider for sweeping.
+    QDoubleSpinBox* spnLux = nullptr;
+    QSlider* sldLux = nullptr;
+    QDoubleSpinBox* spnIr = nullptr;
+    QSlider* sldIr = nullptr;
+    QDoubleSpinBox* spnDistance = nullptr;  // 0: nothing in front of the sensor
+    QSlider* sldDistance = nullptr;
+    QDoubleSpinBox* spnReflectance = nullptr;
+    QSlider* sldReflectance = nullptr;
+    QComboBox* cboScene = nullptr;  // steady, sine, steps, noise
+    QDoubleSpinBox* spnPeriod = nullptr;
+    QDoubleSpinBox* spnDepth = nullptr;
+    QLabel* lblNow = nullptr;
+    // Cable
+    QPushButton* cmdUnplug = nullptr;
+    QPushButton* cmdPlug = nullptr;
+    QLabel* lblCable = nullptr;
+    // Board LEDs
+    Shape* lampExternal = nullptr;
+    Shape* lampGreen = nullptr;
+    Shape* lampRed = nullptr;
+
+    static constexpr int kRefreshMs = 100;
+
+private:
+    void Build();
+    void Wire();
+    void ApplyScene();
+    void LoadScene();
+
+    sim::SimDriver& driver_;
+    QTimer* refresh_ = nullptr;
+    bool loading_ = false;
+};
+
+// Adds a "Simulator" menu with "Simulated Board..." to each window that has a menu bar, as it
+// is first shown, so the panel can be brought back from the start-up window and the device
+// forms alike. Install on the application.
+class SimulatorMenu : public QObject {
+public:
+    SimulatorMenu(SimulatorPanel& panel, QObject* parent = nullptr) : QObject(parent), panel_(panel) {}
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    SimulatorPanel& panel_;
+};
+
+}  // namespace lxm
