@@ -14,9 +14,13 @@
 
 namespace lxm {
 
-void frmLXM410::DrawGrid() { lxm::DrawGrid(*Picture1); }
+void frmLXM410::DrawGrid() {
+    lxm::DrawGrid(*Picture1);
+}
 
-void frmLXM410::DrawGraphLabels() { lxm::DrawGraphLabels(*Picture2, *Picture1, plot); }
+void frmLXM410::DrawGraphLabels() {
+    lxm::DrawGraphLabels(*Picture2, *Picture1, plot);
+}
 
 void frmLXM410::PreparePlot() {
     plot.AxisCaption = QStringLiteral("AD Cnt");
@@ -38,9 +42,9 @@ void frmLXM410::cmdScale_Click() {
 }
 
 void frmLXM410::cmdAutoScale_Click() {
-    // The signed case of the row rule: ALS once selected with the two's-complement scheme.
-    const bool signedCase = OptMeasure.at(1)->isChecked() && OptIRMode.at(1)->isChecked();
-    auto result = AutoRescale(SampleValues, SampleCount, signedCase);
+    // The same signed case as the rows of the trace, so that negative proximity readings
+    // keep room below zero.
+    auto result = AutoRescale(SampleValues, SampleCount, SignedPlotCase());
     if (!result) {
         DoEvents();
         return;
