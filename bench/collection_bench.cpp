@@ -1,0 +1,149 @@
+// The collection loop of the family form on the simulated board: the cost of one pass, how
+// closely passes keep their time, and the sample rate against bare register reads.
+#include <benchmark/benchmark.h>
+
+#include <QLineEdit>
+#include <QRadioButton>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <vector>
+
+#include "core/Seams.h"
+#include "device/frmLXM410.h"
+#include "simboard/SimBoard.h"
+#include "simboard/SimDriver.h"
+#include "transport/Session.h"
+#include "transport/USB_Comm.h"
+#include "transport/generic_usb_lib.h"
+
+namespace {
+
+using namespace lxm;
+
+class SilentMessages final : public Messages {
+public:
+    void MsgBox(const QString&, const QString&) override {}
+    bool Ask(const QString&, const QString&) override { return true; }
+};
+
+class NoFiles final : public FileDialogs {
+public:
+    std::optional<QString> OpenFile(const QString&, const QString&, const QString&) override { return {}; }
+    std::optional<QString> SaveFile(const QString&, const QString&, const QString&) override { return {}; }
+};
+
+// The program as the user has it after choosing LXM410: real clock, simulated board, the
+// family form shown (on the offscreen platform unless a display is given), continuous IR
+// under a sine-varying light so that the trace moves.
+struct Bench {
+    SteadyClock clock;
+    SilentMessages messages;
+    NoFiles files;
+    sim::SimBoard board{clock};
+    sim::SimDriver driver{board};
+    Session session{driver, messages, files, clock};
+    std::unique_ptr<frmLXM410> form;
+
+    explicit Bench(std::int64_t latencyUs, const char* intervalMs) {
+        session.usb().openWaitYields = 50;
+        session.usb().InitDriver();
+        session.usb().OpenDevice();
+        session.SessionOpen = true;
+        session.SelectedType = "LXM410";
+        session.I2cWriteAddr = 0x88;
+        session.I2cReadAddr = 0x89;
+        form = std::make_unique<frmLXM410>(session);
+        form->Form_Load();
+        form->show();
+        form->OptMeasure.at(6)->setChecked(true);
+        form->OptMeasure_Click(6);
+        form->txtScale->setText(QStringLiteral("999"));
+        form->cmdScale_Click();
+        board.scene().kind = sim::LightScene::Kind::Sine;
+        board.scene().periodS = 1.0;
+        driver.SetLatencyMicros(latencyUs);
+        form->txtInterval->setText(QString::fromLatin1(intervalMs));
+    }
+
+    // Runs one collection of the given number of passes and returns the clock at the end of
+    // each pass, plus what the pacing recorded for it.
+    struct Pass {
+        std::int64_t endUs, deadlineUs, releasedUs;
+    };
+    std::vector<Pass> Run(int passes) {
+        std::vector<Pass> log;
+        log.reserve(passes);
+        form->onPass = [&] {
+            log.push_back({clock.Micros(), form->PacedDeadlineUs, form->PassReleasedUs});
+            if (int(log.size()) >= passes) form->cmdStopData_Click();
+        };
+        form->cmdCollectData_Click();
+        form->onPass = nullptr;
+        return log;
+    }
+};
+
+// Passes before the trace spans the whole width redraw only part of it; measure after.
+constexpr int kFullWidthFrom = 420;
+
+// One pass with the board answering at once: yields, the read, the texts, the max/min panel
+// and a full-width trace step. Interval 0, so no pacing wait.
+void BM_CollectionPass(benchmark::State& state) {
+    Bench b(0, "0");
+    for (auto _ : state) {
+        const auto log = b.Run(kFullWidthFrom + 500);
+        const double perPass =
+            double(log.back().endUs - log[kFullWidthFrom].endUs) / double(log.size() - 1 - kFullWidthFrom);
+        state.SetIterationTime(perPass / 1e6);
+    }
+}
+BENCHMARK(BM_CollectionPass)->UseManualTime()->Iterations(5)->Unit(benchmark::kMicrosecond);
+
+// Interval 8 ms, 500 passes, board latency of one USB frame per transfer. The margins let a
+// continuous pass go 3 ms before its deadline (its transfers then end near the deadline), so
+// the error is taken against that instant.
+void BM_PacingAtEightMs(benchmark::State& state) {
+    Bench b(1000, "8");
+    std::vector<double> errors;
+    for (auto _ : state) {
+        const auto log = b.Run(500);
+        errors.clear();
+        // The first pass waits for the deadline set at start rather than by a pass.
+        for (std::size_t i = 1; i < log.size(); ++i)
+            errors.push_back(std::fabs(double(log[i].releasedUs - (log[i].deadlineUs - 3000))));
+    }
+    std::sort(errors.begin(), errors.end());
+    double sum = 0;
+    for (double e : errors) sum += e;
+    state.counters["mean_err_us"] = sum / double(errors.size());
+    state.counters["p99_err_us"] = errors[std::size_t(double(errors.size()) * 0.99)];
+    state.counters["max_err_us"] = errors.back();
+}
+BENCHMARK(BM_PacingAtEightMs)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+// Interval 0 and 1 ms per transfer: samples per second of the loop against a bare loop of the
+// same two-byte data reads through the same driver interface.
+void BM_SampleRateVersusBareReads(benchmark::State& state) {
+    Bench b(1000, "0");
+    constexpr int kPasses = kFullWidthFrom + 300;
+    double loopSamples = 0, loopSeconds = 0, bareReads = 0, bareSeconds = 0;
+    for (auto _ : state) {
+        const auto log = b.Run(kPasses);
+        loopSamples += double(log.size() - 1 - kFullWidthFrom);
+        loopSeconds += double(log.back().endUs - log[kFullWidthFrom].endUs) / 1e6;
+
+        const int reads = kPasses - kFullWidthFrom;
+        const std::int64_t start = b.clock.Micros();
+        for (int i = 0; i < reads; ++i) benchmark::DoNotOptimize(b.session.comm().ReadBlock(2, 2, 3));
+        bareReads += reads;
+        bareSeconds += double(b.clock.Micros() - start) / 1e6;
+    }
+    state.counters["loop_per_s"] = loopSamples / loopSeconds;
+    state.counters["bare_per_s"] = bareReads / bareSeconds;
+    state.counters["ratio"] = (loopSamples / loopSeconds) / (bareReads / bareSeconds);
+}
+BENCHMARK(BM_SampleRateVersusBareReads)->Iterations(3)->Unit(benchmark::kMillisecond);
+
+}  // namespace
