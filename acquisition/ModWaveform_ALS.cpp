@@ -100,18 +100,21 @@ void TraceStep(PictureBox& picture, const QImage& background, TraceRows& rows, c
             const std::int32_t incoming = rows[k + 1];
             const std::int32_t p = incoming == 0 ? 1 : incoming;
             if (pixels.HasColumn(x)) {
-                // Erase what this column showed: its old dot and the stroke that joined it
-                // to the point now moving in.
-                if (old != incoming) {
-                    if (incoming > old)
-                        pixels.Restore(x, old - 1, incoming + 1);
-                    else
-                        pixels.Restore(x, incoming - 1, old + 1);
-                }
-                pixels.Fill(x, p - 1, p + 1, colour);
+                // The dot and the stroke joining the next point form one run of rows.
                 // Entries 404.. stay 1, so column 402 is also joined up to row 1.
                 const std::int32_t next = rows[k + 2];
-                pixels.Fill(x, std::min(incoming, next), std::max(incoming, next), colour);
+                const std::int32_t paintFrom = std::min({p - 1, incoming, next});
+                const std::int32_t paintTo = std::max({p + 1, incoming, next});
+                // Erase what this column showed (its old dot and the stroke that joined it to
+                // the point now moving in) where the new run does not cover it, so that each
+                // pixel is written once.
+                if (old != incoming) {
+                    const std::int32_t eraseFrom = std::min(old, incoming) - 1;
+                    const std::int32_t eraseTo = std::max(old, incoming) + 1;
+                    pixels.Restore(x, eraseFrom, std::min(eraseTo, paintFrom - 1));
+                    pixels.Restore(x, std::max(eraseFrom, paintTo + 1), eraseTo);
+                }
+                pixels.Fill(x, paintFrom, paintTo, colour);
             }
             rows[k] = p;
         }
