@@ -48,9 +48,11 @@ public:
 
 private:
     std::optional<QString> Next() {
-        if (answers.empty()) return std::nullopt;
-        auto a = answers.front();
-        answers.pop_front();
+        std::optional<QString> a;
+        if (!answers.empty()) {
+            a.swap(answers.front());
+            answers.pop_front();
+        }
         return a;
     }
 };
