@@ -367,6 +367,19 @@ TEST_F(CollectTest, DetachInsideATransferOfASingleShotPass) {
     EXPECT_EQ(messages.texts.size(), 1);
 }
 
+TEST_F(CollectTest, ClosingTheWindowDuringARunEndsTheRunAndTheProgram) {
+    int closed = 0;
+    form->onClosed = [&] { ++closed; };
+    const int passes = Collect([&](int n) {
+        if (n == 4) QMetaObject::invokeMethod(form.get(), "close", Qt::QueuedConnection);
+        return n < 50;
+    });
+    EXPECT_EQ(passes, 4) << "the run ends at the pass in which the window closed";
+    EXPECT_EQ(closed, 1);
+    EXPECT_FALSE(session.Collecting);
+    EXPECT_FALSE(session.TransferBusy);
+}
+
 // ---- the simulated board's panel
 
 struct PanelTest : FormFixture {
