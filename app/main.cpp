@@ -22,9 +22,11 @@ int main(int argc, char** argv) {
     parser.setApplicationDescription(QStringLiteral("Velmarin ALS / Proximity Evaluation Software"));
     parser.addHelpOption();
     parser.addVersionOption();
-    QCommandLineOption simulate(QStringLiteral("simulate"), QStringLiteral("Run on the simulated evaluation board."));
+    QCommandLineOption simulate(QStringLiteral("simulate"),
+                                QStringLiteral("Run on the simulated evaluation board."));
     parser.addOption(simulate);
-    parser.addPositionalArgument(QStringLiteral("/d"), QStringLiteral("Keep the GPIO panel loaded after type selection."),
+    parser.addPositionalArgument(QStringLiteral("/d"),
+                                 QStringLiteral("Keep the GPIO panel loaded after type selection."),
                                  QStringLiteral("[/d]"));
     parser.process(app);
 

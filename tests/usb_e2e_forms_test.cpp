@@ -1,10 +1,10 @@
 // The whole program above the driver — start-up window, type selection, the family form and its
 // collection loop — on the real libusb backend with the emulated board on an emulated USB bus.
+#include <gtest/gtest.h>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <gtest/gtest.h>
 
 #include <memory>
 
