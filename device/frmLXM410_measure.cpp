@@ -185,7 +185,7 @@ void frmLXM410::OptMeasure_GotFocus(int /*Index*/) {
 }
 
 std::int32_t frmLXM410::ReadDataRegisters() {
-    const std::vector<std::uint8_t> reply = s_.comm().ReadBlock(kDataLow, 2, 3);
+    const std::vector<std::uint8_t>& reply = s_.comm().ReadBlock(kDataLow, 2, 3);
     LastLow = reply.size() > 1 ? reply[1] : 0;
     LastHigh = reply.size() > 2 ? reply[2] : 0;
     LastNegative = 1;
@@ -231,7 +231,7 @@ void frmLXM410::cmdRead_ADC_Click() {
         s_.usb().OpenDevice();
         DoEvents();
     }
-    const std::vector<std::uint8_t> reply = s_.comm().ReadBlock(kDataLow, 2, 3);
+    const std::vector<std::uint8_t>& reply = s_.comm().ReadBlock(kDataLow, 2, 3);
     const std::uint8_t low = reply.size() > 1 ? reply[1] : 0;
     const std::uint8_t high = reply.size() > 2 ? reply[2] : 0;
     txtRegRd_[2]->setText(Hex2(low));

@@ -188,7 +188,7 @@ void Comm::WriteRegister(int r) {
     if (!s_.SessionOpen) s_.usb().CloseDevice();
 }
 
-std::vector<std::uint8_t> Comm::ReadBlock(std::uint8_t reg, int count, int replyLen) {
+const std::vector<std::uint8_t>& Comm::ReadBlock(std::uint8_t reg, int count, int replyLen) {
     s_.ReadCount = count;
     XferPipe = std::uint32_t(s_.CmdPipe);
     XferSize = 3;

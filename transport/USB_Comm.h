@@ -35,8 +35,10 @@ public:
 
     // Packet building blocks for the measurement, port-line and script code. They neither
     // open the board nor touch the busy flag: their callers do, around a whole sequence.
-    // Reads count bytes from register reg; the reply is replyLen bytes (status first).
-    std::vector<std::uint8_t> ReadBlock(std::uint8_t reg, int count, int replyLen);
+    // Reads count bytes from register reg; the reply is replyLen bytes (status first). The
+    // reply is the transfer buffer itself, valid until the next transfer: the collection loop
+    // reads on every pass and has no use for a copy.
+    const std::vector<std::uint8_t>& ReadBlock(std::uint8_t reg, int count, int replyLen);
     // Writes bytes to consecutive registers from reg.
     void WriteBlock(std::uint8_t reg, const std::vector<std::uint8_t>& bytes);
     // Sends a raw packet on a pipe and, when replyLen > 0, asks for a reply on pipe + 128.
