@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev libusb-1.0-0-dev libgtest-dev libgmock-dev
-          libbenchmark-dev libumockdev-dev umockdev libglib2.0-dev)
+          libbenchmark-dev libumockdev-dev umockdev libglib2.0-dev ccache)
 
 install_packages() {
     local missing=()
