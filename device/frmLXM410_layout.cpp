@@ -233,19 +233,47 @@ void frmLXM410::BuildLayout() {
     fraINT = Group(this, QStringLiteral("Interrupt Persistance"));
     auto* ng = optionRow(fraINT, optINTP, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 4);
     for (auto& [i, b] : optINTP) b->setToolTip(QStringLiteral("Sets the Clock Cycle Integration Time"));
+    Label39 = new QLabel(QStringLiteral("Interrupt Limits Dec     Hex"), fraINT);
     Label38[0] = new QLabel(QStringLiteral("Lower"), fraINT);
     Label38[1] = new QLabel(QStringLiteral("Upper"), fraINT);
+    // Index 0 takes the decimal entry, index 1 shows the bytes written.
     txtILow[0] = Box(fraINT, QString(), 56);
     txtIHigh[0] = Box(fraINT, QString(), 56);
+    txtILow[1] = Box(fraINT, QString(), 48);
+    txtIHigh[1] = Box(fraINT, QString(), 48);
+    txtILow[1]->setReadOnly(true);
+    txtIHigh[1]->setReadOnly(true);
     for (int i = 0; i < 4; ++i) lblIlimitsformat[i] = new QLabel(fraINT);
-    ng->addWidget(Label38[0], 1, 0);
-    ng->addWidget(txtILow[0], 1, 1);
-    ng->addWidget(Label38[1], 1, 2);
-    ng->addWidget(txtIHigh[0], 1, 3);
-    ng->addWidget(lblIlimitsformat[0], 2, 0, 1, 2);
-    ng->addWidget(lblIlimitsformat[1], 2, 2, 1, 2);
-    ng->addWidget(lblIlimitsformat[3], 3, 0, 1, 2);
-    ng->addWidget(lblIlimitsformat[2], 3, 2, 1, 2);
+    cmdWrtILimits = new QPushButton(QStringLiteral("Write Limits"), fraINT);
+    cmdReadILimits = new QPushButton(QStringLiteral("Read Limits"), fraINT);
+    cmdSampleInterrupt = new QPushButton(QStringLiteral("INT Line"), fraINT);
+    cmdSampleInterrupt->setToolTip(QStringLiteral("Samples the interrupt line of the board (red: asserted)"));
+    cmdSampleIIIntr = new QPushButton(QStringLiteral("INT Flag"), fraINT);
+    cmdSampleIIIntr->setToolTip(
+        QStringLiteral("Reads register 0, which carries the sensor's interrupt flag"));
+    ShpINTexternal = new Shape(fraINT);
+    ShpINTexternal->setToolTip(QStringLiteral("Interrupt line (red: asserted)"));
+    ShpINt = new Shape(fraINT);
+    ShpINt->setToolTip(QStringLiteral("Changes colour with every sample of the interrupt line"));
+    auto* lamps = new QHBoxLayout;
+    lamps->addWidget(cmdSampleInterrupt);
+    lamps->addWidget(ShpINTexternal);
+    lamps->addWidget(ShpINt);
+    lamps->addWidget(cmdSampleIIIntr);
+    ng->addWidget(Label39, 1, 0, 1, 4);
+    ng->addWidget(Label38[0], 2, 0);
+    ng->addWidget(txtILow[0], 2, 1);
+    ng->addWidget(txtILow[1], 2, 2);
+    ng->addWidget(cmdWrtILimits, 2, 3);
+    ng->addWidget(Label38[1], 3, 0);
+    ng->addWidget(txtIHigh[0], 3, 1);
+    ng->addWidget(txtIHigh[1], 3, 2);
+    ng->addWidget(cmdReadILimits, 3, 3);
+    ng->addWidget(lblIlimitsformat[0], 4, 0, 1, 2);
+    ng->addWidget(lblIlimitsformat[1], 4, 2, 1, 2);
+    ng->addWidget(lblIlimitsformat[3], 5, 0, 1, 2);
+    ng->addWidget(lblIlimitsformat[2], 5, 2, 1, 2);
+    ng->addLayout(lamps, 6, 0, 1, 4);
     col2->addWidget(fraINT);
     col2->addStretch(1);
     columns->addLayout(col2);
@@ -480,6 +508,10 @@ void frmLXM410::WireHandlers() {
     connect(cmdRestoreScreen, &QPushButton::clicked, this, [this] { cmdRestoreScreen_Click(); });
     connect(mnuScript, &QAction::triggered, this, [this] { mnuScript_Click(); });
     connect(mnuGPIO, &QAction::triggered, this, [this] { mnuGPIO_Click(); });
+    connect(cmdWrtILimits, &QPushButton::clicked, this, [this] { cmdWrtILimits_Click(); });
+    connect(cmdReadILimits, &QPushButton::clicked, this, [this] { cmdReadILimits_Click(); });
+    connect(cmdSampleInterrupt, &QPushButton::clicked, this, [this] { cmdSampleInterrupt_Click(); });
+    connect(cmdSampleIIIntr, &QPushButton::clicked, this, [this] { cmdSampleIIIntr_Click(); });
 }
 
 bool frmLXM410::eventFilter(QObject* watched, QEvent* event) {
