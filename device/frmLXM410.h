@@ -31,7 +31,9 @@ class PictureBox;
 class ColorLabel;
 class Shape;
 class frmScriptOps;
+class Doco;
 class InterruptSampler;
+class RecordFrame;
 class ThresholdPanel;
 
 // A control array: the index is the one the handlers receive; arrays may have gaps.
@@ -135,6 +137,12 @@ public:
     bool LimitsReadPending() const;
     bool IntLineActive() const;
     InterruptSampler& interruptSampler() { return *interrupts_; }
+
+    // ---- recording (frmLXM410_interrupt.cpp)
+    void cmdBrowse_Click();
+    void cmdStartRec_Click();
+    void mnuDoco_Click();
+    Doco* DocoForm() { return doco_; }
 
     // ---- strip chart (frmLXM410_plot.cpp)
     void cmdScale_Click();
@@ -254,8 +262,11 @@ public:
     QPushButton* cmdIDemo = nullptr;
     QGroupBox* Frame12 = nullptr;
     CtlArray<QRadioButton> OptVariant;
-    QGroupBox* frmDataRecord = nullptr;
-    QLineEdit* txtFilePath = nullptr;
+    RecordFrame* frmDataRecord = nullptr;  // "Save Measurements to File"
+    QLineEdit* txtFilePath = nullptr;      // the frame's own controls, by their names
+    QPushButton* cmdBrowse = nullptr;
+    QCheckBox* chkAppend = nullptr;
+    QPushButton* cmdStartRec = nullptr;
     // the strip chart
     QGroupBox* frmGraph = nullptr;
     PictureBox* Picture1 = nullptr;
@@ -280,6 +291,7 @@ public:
     QMenuBar* menuBar = nullptr;
     QAction* mnuScript = nullptr;
     QAction* mnuGPIO = nullptr;
+    QAction* mnuDoco = nullptr;
 
     // ======== state owned by the form while it is open ========
     // conversion state
@@ -380,6 +392,7 @@ private:
     frmScriptOps* script_ = nullptr;
     std::unique_ptr<ThresholdPanel> thresholds_;
     std::unique_ptr<InterruptSampler> interrupts_;
+    Doco* doco_ = nullptr;
     // Collection: loops on the stack, a restart asked for from inside one, the swatch level.
     int collectDepth_ = 0;
     bool restartPending_ = false;

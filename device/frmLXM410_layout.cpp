@@ -19,6 +19,7 @@
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
 #include "device/frmLXM410.h"
+#include "device/parts/RecordFrame.h"
 
 namespace lxm {
 
@@ -47,6 +48,7 @@ void frmLXM410::BuildLayout() {
     QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
+    mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));
     root->setMenuBar(menuBar);
 
     // ---- status strip: link lamps, "Test Comm", the external LED, close
@@ -167,11 +169,15 @@ void frmLXM410::BuildLayout() {
     vg->addWidget(OptVariant[1]);
     col1->addWidget(Frame12);
 
-    frmDataRecord = Group(this, QStringLiteral("Data Record"));
-    auto* drg = new QHBoxLayout(frmDataRecord);
-    txtFilePath = new QLineEdit(frmDataRecord);
-    drg->addWidget(new QLabel(QStringLiteral("File"), frmDataRecord));
-    drg->addWidget(txtFilePath, 1);
+    RecordCaptions record;
+    record.frameTitle = QStringLiteral("Save Measurements to File");
+    record.filter = QStringLiteral("All Files (*.*)|*.*|LXM20x Data Files(*.txt)|*.txt");
+    record.defaultFile = QStringLiteral("Data.txt");
+    frmDataRecord = new RecordFrame(s_, record, this);
+    txtFilePath = frmDataRecord->txtFilePath;
+    cmdBrowse = frmDataRecord->cmdBrowse;
+    chkAppend = frmDataRecord->chkAppend;
+    cmdStartRec = frmDataRecord->cmdStartRec;
     col1->addWidget(frmDataRecord);
     col1->addStretch(1);
     columns->addLayout(col1);
@@ -512,6 +518,8 @@ void frmLXM410::WireHandlers() {
     connect(cmdReadILimits, &QPushButton::clicked, this, [this] { cmdReadILimits_Click(); });
     connect(cmdSampleInterrupt, &QPushButton::clicked, this, [this] { cmdSampleInterrupt_Click(); });
     connect(cmdSampleIIIntr, &QPushButton::clicked, this, [this] { cmdSampleIIIntr_Click(); });
+    connect(cmdStartRec, &QPushButton::clicked, this, [this] { cmdStartRec_Click(); });
+    connect(mnuDoco, &QAction::triggered, this, [this] { mnuDoco_Click(); });
 }
 
 bool frmLXM410::eventFilter(QObject* watched, QEvent* event) {

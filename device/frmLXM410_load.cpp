@@ -18,6 +18,7 @@
 #include "core/Yield.h"
 #include "device/frmLXM410.h"
 #include "device/parts/InterruptSampler.h"
+#include "device/parts/RecordFrame.h"
 #include "device/parts/ThresholdPanel.h"
 #include "scripts/frmScriptOps.h"
 #include "transport/Session.h"

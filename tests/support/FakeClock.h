@@ -18,6 +18,9 @@ public:
     void AdvanceMs(double ms) { us_ += std::int64_t(ms * 1000); }
     void AdvanceUs(std::int64_t us) { us_ += us; }
     std::uint64_t sleptMs() const { return slept_; }
+    // A fixed wall-clock time, so that what the program records is exact.
+    QDateTime Now() override { return now; }
+    QDateTime now{QDate(2009, 11, 15), QTime(14, 30, 0)};
 
 private:
     std::int64_t us_ = 1'000'000;
