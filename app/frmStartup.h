@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "core/ActiveForm.h"
 
@@ -39,6 +40,9 @@ public:
     frmLXM410* DeviceForm() { return lxm410_.get(); }
     // Where ExitProgram ends the program; the application quits by default.
     std::function<void()> onExit;
+    // Told the name of a chosen sensor type ("LXM410" ...) before its device form loads and
+    // programs the chip; how the program is put together decides what listens.
+    std::function<void(const std::string& type)> onTypeSelected;
 
     // ActiveForm
     Shape* ShpAttach() override { return ShpAttach_; }
