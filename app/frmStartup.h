@@ -38,11 +38,10 @@ public:
     void ExitProgram();
 
     frmLXM410* DeviceForm() { return lxm410_.get(); }
+    // Told the selected type before its form loads (the simulated board fits its chip).
+    std::function<void(const std::string&)> onTypeSelected;
     // Where ExitProgram ends the program; the application quits by default.
     std::function<void()> onExit;
-    // Told the name of a chosen sensor type ("LXM410" ...) before its device form loads and
-    // programs the chip; how the program is put together decides what listens.
-    std::function<void(const std::string& type)> onTypeSelected;
 
     // ActiveForm
     Shape* ShpAttach() override { return ShpAttach_; }

@@ -123,6 +123,9 @@ public:
         delayReplies_ = count;
     }  // reply withheld until the next IN after a time-out
 
+    // Every transfer, oldest first; holds at most kWireLogLimit, dropping the oldest half
+    // when full.
+    static constexpr std::size_t kWireLogLimit = 100'000;
     std::vector<WirePacket>& wireLog() { return log_; }
     Sensor& sensor() { return *sensor_; }
     // The chip on the I2C bus from now on.

@@ -114,6 +114,15 @@ TEST_F(BoardTest, InWithoutReplyTimesOutAndLateRepliesComeOneInLater) {
     EXPECT_EQ(log.back().status, kUsbTimeout);
 }
 
+TEST_F(BoardTest, WireLogStaysBoundedAndKeepsTheNewest) {
+    const std::size_t limit = BoardController::kWireLogLimit;
+    for (std::size_t i = 0; i < limit + 10; ++i) Write(8, {std::uint8_t(i)});
+    const auto& log = ctl().wireLog();
+    EXPECT_LE(log.size(), limit);
+    EXPECT_GE(log.size(), limit / 2);
+    EXPECT_EQ(log.back().bytes, (Bytes{0, kWr, 8, std::uint8_t(limit + 9)}));
+}
+
 TEST_F(BoardTest, PortLinesEchoAndPb7ReadsTheInterruptLine) {
     // PB6 driven high, PC4 low (green on), PC5 high (red off), PB7 an input.
     const Bytes lines{0x40, 0x20, 0x40, 0x30};
