@@ -34,7 +34,17 @@ TEST(HexValue, ReadsLeadingHexDigitsLikeTheEntryBoxesNeed) {
     EXPECT_EQ(HexValue("8000"), -32768);
     // ...while five or more are a long.
     EXPECT_EQ(HexValue("10000"), 65536);
-    EXPECT_EQ(HexValue("123456789"), 0x12345678) << "digits past 32 bits are dropped, not a crash";
+    EXPECT_EQ(HexValue("FFFFFFFF"), -1);
+}
+
+TEST(HexValue, AValueBeyond32BitsIsTooLargeHoweverItIsWritten) {
+    EXPECT_EQ(HexValue("123456789"), USB_Comm::kHexTooLarge);
+    EXPECT_EQ(HexValue("1FFFFFFFF"), USB_Comm::kHexTooLarge);
+    EXPECT_EQ(HexValue(QString(40, QLatin1Char('F'))), USB_Comm::kHexTooLarge);
+    // Leading zeros are digits without value: the number is what the other digits say.
+    EXPECT_EQ(HexValue("00000081F"), 0x81F);
+    EXPECT_EQ(HexValue("000000100"), 0x100);
+    EXPECT_EQ(HexValue(QString(30, QLatin1Char('0')) + "7F"), 0x7F);
 }
 
 class Transport : public ::testing::Test, protected BoardFixture {

@@ -25,7 +25,8 @@ constexpr int kMaxDrain = 4;
 }  // namespace
 
 std::int32_t HexValue(const QString& text) {
-    std::uint32_t v = 0;
+    // Leading zeros add digits but no value: "00000081F" is 0x81F, however long the text.
+    std::uint64_t v = 0;
     int digits = 0;
     for (QChar c : text) {
         int d;
@@ -37,12 +38,12 @@ std::int32_t HexValue(const QString& text) {
             d = c.unicode() - 'A' + 10;
         else
             break;
-        if (digits == 8) break;  // a longer text cannot be held; keep the first 32 bits
-        v = (v << 4) | std::uint32_t(d);
+        v = (v << 4) | std::uint64_t(d);
         ++digits;
+        if (v > 0xFFFFFFFFu) return kHexTooLarge;
     }
     if (digits <= 4) return std::int32_t(std::int16_t(std::uint16_t(v)));
-    return std::int32_t(v);
+    return std::int32_t(std::uint32_t(v));
 }
 
 Comm::Comm(Session& session) : s_(session) {}

@@ -17,7 +17,9 @@ namespace lxm::USB_Comm {
 
 // Hexadecimal text to a number, as the entry boxes are read: the leading hex digits of the
 // text ("" -> 0, "88" -> 136, "1G" -> 1). Up to four digits give a 16-bit signed value
-// ("FFFF" -> -1); longer texts give their 32-bit value.
+// ("FFFF" -> -1); longer texts give their 32-bit value. A value beyond 32 bits, however many
+// leading zeros it has, gives kHexTooLarge, which every range test rejects.
+constexpr std::int32_t kHexTooLarge = 0x7FFFFFFF;
 std::int32_t HexValue(const QString& text);
 
 class Comm {
