@@ -105,7 +105,7 @@ void Comm::NotConnected() {
         }
         SetOptionValue(s_.activeForm->OptMode(2), false);
     }
-    s_.messages.MsgBox(QStringLiteral("USB is not Connected"));
+    if (s_.NotConnectedMessageDue()) s_.messages.MsgBox(QStringLiteral("USB is not Connected"));
     s_.Collecting = false;
 }
 
