@@ -94,7 +94,8 @@ void frmStartup::BuildLayout() {
     connect(Command3, &QPushButton::clicked, this, [this] { Command3_Click(); });
     connect(mnuAbout, &QAction::triggered, this, [this] { mnuAbout_Click(); });
     // Any change of the selection is a click, whether the user or the program made it.
-    connect(cboTypeSelect, &QComboBox::currentIndexChanged, this, [this](int) { cboTypeSelect_Click(); });
+    connect(cboTypeSelect, &QComboBox::currentIndexChanged, this,
+            AsUserAction(s_, [this] { cboTypeSelect_Click(); }));
 }
 
 void frmStartup::Form_Load() {
@@ -150,6 +151,7 @@ void frmStartup::cboTypeSelect_Click() {
 
     if (index >= 1 && index <= 4) {
         s_.SelectedType = kTypeNames[index];
+        if (onTypeSelected) onTypeSelected(s_.SelectedType);
         // The address is set before the form loads: loading programs the chip, and it must
         // reach the sensor at its default address, not whatever was entered before.
         s_.I2cWriteAddr = std::uint8_t(USB_Comm::HexValue(QStringLiteral("88")));
