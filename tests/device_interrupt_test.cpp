@@ -358,6 +358,14 @@ TEST_F(InterruptTest, SampleClickedDuringAPassWaitsForItsSamplingPoint) {
     });
     EXPECT_EQ(PortExchanges(mark), 1);
     EXPECT_FALSE(form->interruptSampler().samplePending());
+
+    // Another transfer under way outside a run: nothing is sent and nothing is kept for later.
+    session.TransferBusy = true;
+    mark = wire().size();
+    form->cmdSampleInterrupt_Click();
+    session.TransferBusy = false;
+    EXPECT_EQ(PortExchanges(mark), 0);
+    EXPECT_FALSE(form->interruptSampler().samplePending());
 }
 
 TEST_F(InterruptTest, UnplugDuringASampleSaysSoOnceAndLeavesTheLamp) {
