@@ -28,8 +28,8 @@ QString IllegalAddressText(int line, const std::string& value) {
     return QStringLiteral("Illegal I2C address Script Row ") + QString::number(line) +
            QStringLiteral(" Value = ") + QString::fromStdString(value) +
            QStringLiteral(
-               "\nUse an even hex write address of one or two digits (the read address is the "
-               "next one), then load the script again.");
+               "\nAn I2C write address is an even hex number of one or two digits (the read "
+               "address is the next one); correct it and run again.");
 }
 
 ScriptRunner::ScriptRunner(Session& session, RunObserver& observer) : s_(session), obs_(observer) {}

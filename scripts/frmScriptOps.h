@@ -48,10 +48,6 @@ public:
     const std::vector<scripts::ScriptRow>& Rows() const { return rows_; }
     bool Running() const { return runner_.Running(); }
 
-    // The key-press pause. By default a message box that leaves "Abort" usable while it is up;
-    // tests answer it themselves.
-    std::function<scripts::PauseAnswer(const QString& text, const std::function<bool()>& aborted)> keyPause;
-
     // ActiveForm: the lamps; this form has no register rows.
     Shape* ShpAttach() override { return ShpAttach_; }
     Shape* Shp_USB_Transfer() override { return Shp_USB_Transfer_; }
@@ -114,7 +110,6 @@ private:
     void RowDone(const scripts::ScriptRow& row, const scripts::RowResult& result) override;
     scripts::PauseAnswer KeyPause(const scripts::ScriptRow& row, const QString& text,
                                   const std::function<bool()>& aborted) override;
-    scripts::PauseAnswer PauseBox(const QString& text, const std::function<bool()>& aborted);
 
     Session& s_;
     scripts::ScriptRunner runner_;

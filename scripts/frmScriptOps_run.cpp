@@ -128,14 +128,9 @@ void frmScriptOps::ShowCounts() {
     txtRdFails->setText(QString::number(c.fail));
 }
 
+// Not modal: "Abort" on the form stays usable while the question is up, and ends the run at once.
 scripts::PauseAnswer frmScriptOps::KeyPause(const scripts::ScriptRow&, const QString& text,
                                             const std::function<bool()>& aborted) {
-    if (keyPause) return keyPause(text, aborted);
-    return PauseBox(text, aborted);
-}
-
-// Not modal: "Abort" on the form stays usable while the question is up, and ends the run at once.
-scripts::PauseAnswer frmScriptOps::PauseBox(const QString& text, const std::function<bool()>& aborted) {
     QMessageBox box(QMessageBox::Question, QString::fromLatin1(kAppTitle), text,
                     QMessageBox::Ok | QMessageBox::Cancel, this);
     box.setWindowModality(Qt::NonModal);
