@@ -111,13 +111,14 @@ void frmScriptOps::BuildLayout() {
     exec->addWidget(cmdAbort, 0, 5);
     exec->addWidget(cmdReload2, 0, 6);
     exec->addWidget(txtScriptLine1, 1, 0, 1, 7);
-    auto* counts = new QHBoxLayout;
-    counts->addWidget(Label3);
-    counts->addWidget(txttotReads);
-    counts->addWidget(txtRdPass);
-    counts->addWidget(txtRdFails);
-    counts->addWidget(Label2);
-    counts->addStretch(1);
+    // The column captions sit over the three count boxes.
+    auto* counts = new QGridLayout;
+    counts->addWidget(Label2, 0, 1, 1, 3);
+    counts->addWidget(Label3, 1, 0);
+    counts->addWidget(txttotReads, 1, 1);
+    counts->addWidget(txtRdPass, 1, 2);
+    counts->addWidget(txtRdFails, 1, 3);
+    counts->setColumnStretch(4, 1);
     exec->addLayout(counts, 2, 0, 1, 7);
     root->addWidget(frmScriptExec);
 
