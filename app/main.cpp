@@ -30,6 +30,8 @@ int RunHeadless(int argc, char** argv, const lxm::CommandLine& cl) {
     std::unique_ptr<lxm::UsbDriver> driver;
     if (cl.simulate) {
         board = std::make_unique<lxm::sim::SimBoard>(clock);
+        // The chip of the type the script is meant for, as a type selection would fit it.
+        board->CarryForType(cl.sensor.value_or("LXM410"));
         auto sim = std::make_unique<lxm::sim::SimDriver>(*board);
         sim->SetLatencyMicros(1000);
         driver = std::move(sim);
@@ -88,6 +90,12 @@ int main(int argc, char** argv) {
 
     lxm::Session session(*driver, messages, files, clock);
     lxm::frmStartup startup(session, QString::fromStdString(cl.StartupArguments()));
+    // The simulated board carries the chip of the type the user picks, so the form finds the
+    // chip it expects; a real board carries whatever is soldered on it.
+    if (simPanel)
+        startup.onTypeSelected = [panel = simPanel.get()](const std::string& type) {
+            panel->CarryForType(type);
+        };
     startup.show();
     if (simPanel) {
         simPanel->move(startup.frameGeometry().topRight() + QPoint(16, 0));
