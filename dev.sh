@@ -35,7 +35,7 @@ test)
     cmake --build build
     # The USB path and the simulated board once more under AddressSanitizer and UBSan.
     configure build-asan -DLXM_SANITIZE=ON -DLXM_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug
-    asan_tests=(simboard_test transport_test)
+    asan_tests=(simboard_test transport_test scripts_syntax_test scripts_run_test)
     if grep -q usb_e2e_driver_test build-asan/build.ninja; then asan_tests+=(usb_e2e_driver_test usb_e2e_session_test usb_e2e_forms_test); fi
     cmake --build build-asan --target "${asan_tests[@]}"
     for t in "${asan_tests[@]}"; do

@@ -255,7 +255,9 @@ LoadResult LoadScript(std::string_view bytes) {
         result.problem = LoadProblem::Binary;
         return result;
     }
-    std::size_t start = 0;
+    // Editors on some systems put a byte-order mark in front of a text file; it is no part of
+    // the first line.
+    std::size_t start = bytes.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
     while (start < bytes.size()) {
         std::size_t end = bytes.find('\n', start);
         if (end == std::string_view::npos) end = bytes.size();

@@ -117,10 +117,12 @@ TEST(ScriptLoad, FilesSplitIntoRowsWhateverTheirLineEnds) {
     const LoadResult lf = LoadScript("# a\n02,1F\n`w250\n");
     const LoadResult crlf = LoadScript("# a\r\n02,1F\r\n`w250\r\n");
     const LoadResult noEnd = LoadScript("# a\r\n02,1F\n`w250");
-    for (const LoadResult* r : {&lf, &crlf, &noEnd}) {
+    const LoadResult bom = LoadScript("\xEF\xBB\xBF# a\r\n02,1F\r\n`w250\r\n");
+    for (const LoadResult* r : {&lf, &crlf, &noEnd, &bom}) {
         ASSERT_EQ(r->problem, LoadProblem::None);
         ASSERT_EQ(r->rows.size(), 3u);
         EXPECT_FALSE(r->blankLine);
+        EXPECT_EQ(r->rows[0].kind, RowKind::Nop);
         EXPECT_EQ(r->rows[1].dataWr, "1F");
         EXPECT_EQ(r->rows[2].delayMs, 250u);
         EXPECT_EQ(r->rows[2].line, 3);
