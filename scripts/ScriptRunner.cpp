@@ -11,6 +11,12 @@
 namespace lxm::scripts {
 
 namespace {
+QString BusyText() {
+    return QStringLiteral(
+        "Another register transfer is under way, so the script did not go on. Run it again "
+        "when that transfer has finished.");
+}
+
 // Delays are slept in slices this long, so that Abort and the window are served throughout.
 constexpr std::int64_t kDelaySliceUs = 10'000;
 }  // namespace
@@ -72,6 +78,17 @@ RunEnd ScriptRunner::Run(std::vector<ScriptRow>& rows, const std::string& defaul
     if (!s_.UsbConnected) {
         s_.comm().NotConnected();
         return RunEnd::NotConnected;
+    }
+    if (s_.Collecting) {
+        s_.messages.MsgBox(
+            QStringLiteral("A collection is running on the device form. Press \"Stop\" there, "
+                           "then run the script again."));
+        return RunEnd::Refused;
+    }
+    if (s_.TransferBusy) {
+        s_.TransferDeferred = true;
+        s_.messages.MsgBox(BusyText());
+        return RunEnd::Refused;
     }
     running_ = true;
     // Like every other transfer sequence: without a session holding the board open, it is
@@ -136,12 +153,12 @@ RunEnd ScriptRunner::RunRow(ScriptRow& row, std::uint8_t& address, bool abortOnF
 }
 
 RunEnd ScriptRunner::SendRegisterRow(ScriptRow& row, std::uint8_t address, RowResult& result) {
-    // Another sequence holds the bus (a collection pass between its yields): wait for it, never
-    // interleave on the wire.
-    while (s_.TransferBusy) {
-        obs_.Yield();
-        const RunEnd e = Interrupted();
-        if (e != RunEnd::Done) return e;
+    // Only a sequence further down the call stack can hold the bus while a row starts, and it
+    // cannot go on before the run returns: waiting for it would never end.
+    if (s_.TransferBusy) {
+        s_.TransferDeferred = true;
+        s_.messages.MsgBox(BusyText());
+        return RunEnd::Refused;
     }
     row.i2cAdr = Hex2(address).toStdString();
     s_.TransferBusy = true;

@@ -230,18 +230,16 @@ TEST_F(ScriptRun, ABoardPulledOutMidRunStopsItWithOneMessage) {
     EXPECT_EQ(runner.LastLine(), 3);
 }
 
-TEST_F(ScriptRun, ABusyTransferIsWaitedForNotInterleaved) {
+TEST_F(ScriptRun, ABusyBusOrARunningCollectionRefusesTheRun) {
     auto rows = Load("04,01\n");
     session.TransferBusy = true;
-    int yieldsWhileBusy = 0;
-    obs.onYield = [&] {
-        if (!session.TransferBusy) return;
-        EXPECT_TRUE(Sent().empty());
-        if (++yieldsWhileBusy == 3) session.TransferBusy = false;
-    };
-    EXPECT_EQ(Run(rows), RunEnd::Done);
-    EXPECT_EQ(yieldsWhileBusy, 3);
-    EXPECT_EQ(Sent().size(), 1u);
+    EXPECT_EQ(Run(rows), RunEnd::Refused);
+    EXPECT_TRUE(session.TransferDeferred);
+    session.TransferBusy = false;
+    session.Collecting = true;
+    EXPECT_EQ(Run(rows), RunEnd::Refused);
+    EXPECT_EQ(messages.texts.size(), 2);
+    EXPECT_TRUE(Sent().empty()) << "never interleaved with another sequence on the wire";
 }
 
 }  // namespace
