@@ -70,7 +70,8 @@ public:
 
     // Runs every row `loops` times; each pass starts at the default address. Before anything
     // is sent every row is checked: a row that cannot run, or an address that is not a write
-    // address, refuses the whole run with one message. Fills in the rows' read cells.
+    // address, refuses the whole run with one message; so do a running collection and a bus
+    // held by another transfer. Fills in the rows' read cells.
     RunEnd Run(std::vector<ScriptRow>& rows, const std::string& defaultAddress, int loops, bool abortOnFail);
 
     // Ends the run at the next yield: between rows, in a delay or in a pause.
