@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev libusb-1.0-0-dev libgtest-dev libgmock-dev
-          libbenchmark-dev libumockdev-dev umockdev libglib2.0-dev ccache)
+          libbenchmark-dev libumockdev-dev umockdev libglib2.0-dev ccache clang libclang-rt-dev)
 
 install_packages() {
     local missing=()
@@ -35,7 +35,7 @@ test)
     cmake --build build
     # The USB path and the simulated board once more under AddressSanitizer and UBSan.
     configure build-asan -DLXM_SANITIZE=ON -DLXM_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug
-    asan_tests=(simboard_test transport_test)
+    asan_tests=(simboard_test transport_test scripts_syntax_test scripts_run_test)
     if grep -q usb_e2e_driver_test build-asan/build.ninja; then asan_tests+=(usb_e2e_driver_test usb_e2e_session_test usb_e2e_forms_test); fi
     cmake --build build-asan --target "${asan_tests[@]}"
     for t in "${asan_tests[@]}"; do
@@ -43,6 +43,21 @@ test)
         QT_QPA_PLATFORM=offscreen "./build-asan/tests/$t" --gtest_brief=1
     done
     ctest --test-dir build --output-on-failure -j2
+    # The script loader under libFuzzer for a minute, in a clang tree of its own; new inputs it
+    # finds stay in build-fuzz, the seed corpus in fuzz/corpus.
+    if command -v clang++ >/dev/null; then
+        configure build-fuzz -DLXM_FUZZ=ON -DCMAKE_CXX_COMPILER=clang++
+        cmake --build build-fuzz --target script_loader_fuzz
+        mkdir -p build-fuzz/corpus
+        echo "== script_loader_fuzz (60 s)"
+        if ! ./build-fuzz/fuzz/script_loader_fuzz -max_total_time=60 -artifact_prefix=build-fuzz/ \
+            -dict=fuzz/script.dict build-fuzz/corpus fuzz/corpus >build-fuzz/fuzz.log 2>&1; then
+            tail -n 60 build-fuzz/fuzz.log
+            echo "script_loader_fuzz failed; the input is in build-fuzz/ (crash-*), the log in build-fuzz/fuzz.log" >&2
+            exit 1
+        fi
+        tail -n 1 build-fuzz/fuzz.log
+    fi
     ;;
 *)
     echo "usage: $0 run|test" >&2
