@@ -19,6 +19,8 @@
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
 #include "device/frmLXM410.h"
+#include "setup/SetupMenu.h"
+#include "transport/Session.h"
 
 namespace lxm {
 
@@ -47,6 +49,7 @@ void frmLXM410::BuildLayout() {
     QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
+    AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
     root->setMenuBar(menuBar);
 
     // ---- status strip: link lamps, "Test Comm", the external LED, close
