@@ -16,6 +16,7 @@ namespace lxm {
 
 class Session;
 class frmLXM410;
+class frmAbout2;
 
 // The start-up window: initialises the driver, waits for the board, shows the four USB
 // lamps and lets the user pick the sensor type.
@@ -37,6 +38,8 @@ public:
     void ExitProgram();
 
     frmLXM410* DeviceForm() { return lxm410_.get(); }
+    // The about box, once "About" has opened it.
+    frmAbout2* AboutForm() { return about_.get(); }
     // Where ExitProgram ends the program; the application quits by default.
     std::function<void()> onExit;
 
@@ -77,6 +80,7 @@ private:
     Session& s_;
     QString commandLine_;
     std::unique_ptr<frmLXM410> lxm410_;
+    std::unique_ptr<frmAbout2> about_;
     bool selecting_ = false;
 };
 
