@@ -57,7 +57,7 @@ QString LibusbVersion() {
 SystemFacts GatherSystemFacts(const SystemProbe& probe) {
     SystemFacts f;
     f.program = QStringLiteral("%1 %2").arg(QStringLiteral(LXMEVAL_NAME), QStringLiteral(LXMEVAL_VERSION));
-    f.build = QStringLiteral("%1, %2, Qt %3")
+    f.build = QStringLiteral("%1, %2, built with Qt %3")
                   .arg(QStringLiteral(LXMEVAL_BUILD_TYPE), QStringLiteral(LXMEVAL_COMPILER),
                        QStringLiteral(QT_VERSION_STR));
     f.os = QSysInfo::prettyProductName();

@@ -64,12 +64,13 @@ void frmBoardSetup::BuildLayout() {
     constexpr int kPerColumn = kSetupChannels / 2;
     for (int half = 0; half < 2; ++half) {
         const int col = half * 5;
-        grid->addWidget(new QLabel(QStringLiteral("Out"), channels), 0, col);
+        grid->addWidget(new QLabel(QStringLiteral("Out"), channels), 0, col, Qt::AlignCenter);
         grid->addWidget(new QLabel(QStringLiteral("In"), channels), 0, col + 1);
         grid->addWidget(new QLabel(QStringLiteral("Gain"), channels), 0, col + 2);
         grid->addWidget(new QLabel(QStringLiteral("Enable"), channels), 0, col + 3);
     }
     grid->setColumnMinimumWidth(4, 24);
+    grid->setColumnStretch(9, 1);  // spare width goes right of the channels
     for (int k = 0; k < kSetupChannels; ++k) {
         const int row = 1 + k % kPerColumn;
         const int col = (k / kPerColumn) * 5;
@@ -79,8 +80,13 @@ void frmBoardSetup::BuildLayout() {
         tbGain[k]->setText(QLatin1String(kGains[0]));
         tbGain[k]->setMinimumWidth(32);
         tbGain[k]->setToolTip(QStringLiteral("Click for the next gain"));
-        tbOutenable[k] = Toggle(SetupControlName("tbOutenable", k), QStringLiteral("On"), channels);
-        grid->addWidget(new QLabel(QString::number(k), channels), row, col, Qt::AlignRight);
+        tbOutenable[k] = Toggle(SetupControlName("tbOutenable", k), QStringLiteral("Off"), channels);
+        tbOutenable[k]->setMinimumWidth(36);
+        // The caption says the state: a pressed toggle is hard to tell from a released one.
+        connect(tbOutenable[k], &QToolButton::toggled, tbOutenable[k], [b = tbOutenable[k]](bool on) {
+            b->setText(on ? QStringLiteral("On") : QStringLiteral("Off"));
+        });
+        grid->addWidget(new QLabel(QString::number(k), channels), row, col, Qt::AlignCenter);
         grid->addWidget(txtIn4out[k], row, col + 1);
         grid->addWidget(tbGain[k], row, col + 2);
         grid->addWidget(tbOutenable[k], row, col + 3);
