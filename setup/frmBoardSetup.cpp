@@ -3,12 +3,12 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QIntValidator>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <QValidator>
 
 #include "setup/SetupMenu.h"
 
@@ -18,13 +18,20 @@ namespace {
 
 const char* const kGains[] = {"1", "2", "4", "8"};
 
-// A channel number 0 to 31; a box left empty goes back to 0 rather than writing a line
-// with a missing field.
-class ChannelValidator final : public QIntValidator {
+// A channel number 0 to 31, digits only. A number the board does not have is refused as it
+// is typed; a box left empty goes back to 0 rather than writing a line with a missing field.
+class ChannelValidator final : public QValidator {
 public:
-    explicit ChannelValidator(QObject* parent) : QIntValidator(0, kSetupChannels - 1, parent) {}
+    using QValidator::QValidator;
+    State validate(QString& input, int&) const override {
+        if (input.isEmpty()) return Intermediate;
+        if (input.size() > 2) return Invalid;
+        for (QChar c : input)
+            if (c < QLatin1Char('0') || c > QLatin1Char('9')) return Invalid;
+        return input.toInt() < kSetupChannels ? Acceptable : Invalid;
+    }
     void fixup(QString& input) const override {
-        if (input.trimmed().isEmpty()) input = QStringLiteral("0");
+        if (input.isEmpty()) input = QStringLiteral("0");
     }
 };
 

@@ -2,6 +2,7 @@
 // controls, the save dialog, and the failures a user sees.
 #include <gtest/gtest.h>
 #include <QAction>
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
@@ -9,6 +10,7 @@
 #include <QMenuBar>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QToolButton>
 
 #include "device/frmLXM410.h"
@@ -92,6 +94,25 @@ TEST_F(SetupFile, TheFormsSettingsAreWrittenByteForByte) {
     const QString path = Path("board.lxm");
     EXPECT_EQ(WriteSetupFile(path, form), std::nullopt);
     EXPECT_EQ(ReadAll(path), expected);
+}
+
+TEST_F(SetupFile, ChannelBoxesTakeOnlyChannelNumbersAndNeverStayEmpty) {
+    form.show();
+    QApplication::setActiveWindow(&form);
+    QLineEdit* box = form.txtIn4out[2];
+    box->setFocus();
+    box->selectAll();
+    QTest::keyClicks(box, "x-459");
+    EXPECT_EQ(box->text(), "4");  // 45 and 49 are no channel of the board
+    QTest::keyClick(box, Qt::Key_Backspace);
+    EXPECT_EQ(box->text(), "");
+    form.txtBroadcastchan->setFocus();
+    EXPECT_EQ(box->text(), "0");
+    // The toggle's caption follows its state, the file follows the state.
+    form.tbOutenable[2]->click();
+    EXPECT_EQ(form.tbOutenable[2]->text(), "On");
+    EXPECT_EQ(WriteSetupFile(Path("b.lxm"), form), std::nullopt);
+    EXPECT_TRUE(ReadAll(Path("b.lxm")).contains("\r\ni 2 0 1 1\r\n"));
 }
 
 TEST_F(SetupFile, AllReleasedAndAnExistingLongerFileReplacedWhole) {
