@@ -33,6 +33,11 @@ for lib in libc6 libstdc++6 libqt6core6 libqt6widgets6 libusb-1.0-0; do
     [[ ", $depends" == *", $lib "* || ", $depends," == *", $lib,"* ]] || fail "Depends lacks $lib: $depends"
 done
 
+# The script that applies the udev rule on installation is there and is valid shell.
+dpkg-deb -e "$deb" "$scratch/control" || fail "dpkg-deb -e"
+check "postinst is executable" test -x "$scratch/control/postinst"
+check "postinst is valid shell" sh -n "$scratch/control/postinst"
+
 # ---- the files, unpacked as dpkg would install them
 root="$scratch/root"
 dpkg-deb -x "$deb" "$root" || { echo "FAIL: dpkg -x"; exit 1; }
