@@ -95,7 +95,8 @@ void frmStartup::BuildLayout() {
     connect(Command3, &QPushButton::clicked, this, [this] { Command3_Click(); });
     connect(mnuAbout, &QAction::triggered, this, [this] { mnuAbout_Click(); });
     // Any change of the selection is a click, whether the user or the program made it.
-    connect(cboTypeSelect, &QComboBox::currentIndexChanged, this, [this](int) { cboTypeSelect_Click(); });
+    connect(cboTypeSelect, &QComboBox::currentIndexChanged, this,
+            AsUserAction(s_, [this] { cboTypeSelect_Click(); }));
 }
 
 void frmStartup::Form_Load() {

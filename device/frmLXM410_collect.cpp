@@ -12,6 +12,8 @@
 
 #include "acquisition/ModWaveform_ALS.h"
 #include "acquisition/PictureBox.h"
+#include "acquisition/Rescale.h"
+#include "core/ServedWait.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
 #include "device/frmLXM410.h"
@@ -57,6 +59,11 @@ void frmLXM410::cmdCollectData_Click() {
         if (!s_.Collecting) restartPending_ = true;
         return;
     }
+    // Without a board there is nothing to collect: say so once and leave the form as it was.
+    if (!s_.UsbConnected) {
+        s_.comm().NotConnected();
+        return;
+    }
     ++collectDepth_;
     do {
         restartPending_ = false;
@@ -69,7 +76,7 @@ void frmLXM410::cmdCollectData_Click() {
 
 void frmLXM410::StartCollection() {
     // 1. The system timer already ticks in milliseconds here; nothing to request.
-    IntervalMs = std::int32_t(Val(txtInterval->text()));
+    IntervalMs = WaitMsOf(txtInterval->text());
 
     // 2.
     lblRange->hide();
@@ -86,7 +93,7 @@ void frmLXM410::StartCollection() {
     cmdWrtReg_Click(0);
     IntervalDisplayMs = Val(txtSampling_Delay->text());
     txtInterval->setEnabled(true);
-    plot.ScaleSpan = plot.ScaleMax - plot.ScaleMin;
+    plot.ScaleSpan = ScaleSpanOf(plot.ScaleMax, plot.ScaleMin);
 
     // 4. A powered-down sensor has nothing to collect: switch to continuous ALS.
     if (s_.RegWriteMirror[0] < 32) {
@@ -125,7 +132,8 @@ void frmLXM410::StartCollection() {
     for (const auto& [i, label] : lblIR1) MakeLiveValue(label);
 
     // 7.
-    s_.Collecting = true;
+    // The board may have gone during the writes above; a run without it would only collect zeros.
+    s_.Collecting = s_.UsbConnected;
     Label6->show();
     txtTime1->show();
     PassStartUs = s_.clock.Micros();
@@ -135,18 +143,12 @@ void frmLXM410::StartCollection() {
 
 // The margins are those of a millisecond timer; the deadline is kept in microseconds and the
 // sleep is as fine as the clock allows, so that a pass starts where the margins put it and not
-// up to a millisecond later.
+// up to a millisecond later. A long interval is waited in served slices, so Stop ends it early.
 void frmLXM410::PaceToDeadline() {
     PacedDeadlineUs = DeadlineUs;
-    for (;;) {
-        const std::int64_t now = s_.clock.Micros();
-        if (now >= DeadlineUs - kReleaseMarginUs) {
-            PassReleasedUs = now;
-            return;
-        }
-        // Below the release margin the sleep target is at least a millisecond away.
-        s_.clock.SleepMicros(DeadlineUs - (now + kSleepMarginUs));
-    }
+    if (s_.clock.Micros() < DeadlineUs - kReleaseMarginUs)
+        ServedWait(s_, s_.clock, DeadlineUs - kSleepMarginUs, [this] { return s_.Collecting; });
+    PassReleasedUs = s_.clock.Micros();
 }
 
 void frmLXM410::CollectionPass() {
@@ -154,13 +156,14 @@ void frmLXM410::CollectionPass() {
     s_.TransferBusy = true;
     DoEvents();
     if (!s_.Collecting) return;
-    IntervalMs = std::int32_t(Val(txtInterval->text()));
+    IntervalMs = WaitMsOf(txtInterval->text());
 
     // 2. One-shot types are paced by their re-trigger delay instead.
     if (!MeasureSingleShot)
         PaceToDeadline();
     else
         PacedDeadlineUs = PassReleasedUs = s_.clock.Micros();
+    if (!s_.Collecting) return;
 
     // 3. Registers the user changed or asked for while the loop held the transport.
     if (s_.TransferDeferred) {
@@ -192,8 +195,9 @@ void frmLXM410::CollectionPass() {
         if (MeasureSingleShot) {
             s_.TransferBusy = false;
             cmdWrtReg_Click(0);
-            const double delay = Val(txtSampling_Delay->text());
-            if (delay > 0) s_.clock.Sleep(std::uint32_t(RoundEven(delay)));
+            if (!ServedPauseMs(s_, s_.clock, Val(txtSampling_Delay->text()),
+                               [this] { return s_.Collecting; }))
+                return;
         }
         s_.TransferBusy = true;
         const std::int32_t value = ReadDataRegisters();
@@ -212,8 +216,8 @@ void frmLXM410::CollectionPass() {
         cmdProx_IR_Click();
         // The sequence releases the transport when it ends; the pass still holds it.
         s_.TransferBusy = true;
-        AmbientIr = std::int32_t(Val(txtProx_IR.at(5)->text()));
-        ProxCount = std::int32_t(Val(txtProx_IR.at(4)->text()));
+        AmbientIr = TruncInt32(Val(txtProx_IR.at(5)->text()));
+        ProxCount = TruncInt32(Val(txtProx_IR.at(4)->text()));
         const QString difference = txtProx_IR.at(6)->text();
         bool numeric = false;
         const double value = difference.trimmed().toDouble(&numeric);

@@ -123,7 +123,7 @@ void frmLXM410::OptIRMode_Click(int Index) {
         txtScale2->setText(Trim(FullScaleCounts));
         txtScaleMin->setText(QStringLiteral("0000"));
         txtScaleMin2->setText(QStringLiteral("0"));
-        plot.ScaleMax = std::int32_t(Val(txtScale2->text()) + 1);
+        plot.ScaleMax = TruncInt32(Val(txtScale2->text()) + 1);
         plot.ScaleMin = 0;
         rightLabels();
         lblIlimitsformat.at(0)->setText(QStringLiteral("Single Polarity"));
@@ -136,7 +136,7 @@ void frmLXM410::OptIRMode_Click(int Index) {
         txtScale2->setText(Trim(FullScaleCounts / 2));
         txtScaleMin->setText(QStringLiteral("-100"));
         txtScaleMin2->setText(QStringLiteral("-100"));
-        plot.ScaleMax = std::int32_t(Val(txtScale2->text()) + 1);
+        plot.ScaleMax = TruncInt32(Val(txtScale2->text()) + 1);
         plot.ScaleMin = -100;
         lblIlimitsformat.at(0)->setText(QStringLiteral("2s Complement"));
     }

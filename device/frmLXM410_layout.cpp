@@ -442,11 +442,13 @@ void frmLXM410::BuildLayout() {
     Frame10->hide();
 }
 
+// Every handler a control starts runs as one user action, which tells of a missing board once.
 void frmLXM410::WireHandlers() {
     auto wireArray = [this](CtlArray<QRadioButton>& arr, void (frmLXM410::*handler)(int)) {
         for (auto& [index, button] : arr) {
             const int i = index;
-            connect(button, &QRadioButton::clicked, this, [this, handler, i] { (this->*handler)(i); });
+            connect(button, &QRadioButton::clicked, this,
+                    AsUserAction(s_, [this, handler, i] { (this->*handler)(i); }));
         }
     };
     wireArray(OptMode_, &frmLXM410::OptMode_Click);
@@ -461,28 +463,34 @@ void frmLXM410::WireHandlers() {
     wireArray(OptProxE, &frmLXM410::OptProxE_Click);
     wireArray(OptMeasure, &frmLXM410::OptMeasure_Click);
     for (int i = 0; i < kRegisterRows; ++i) {
-        connect(cmdRDReg[i], &QPushButton::clicked, this, [this, i] { cmdRDReg_Click(i); });
-        connect(cmdWrtReg[i], &QPushButton::clicked, this, [this, i] { cmdWrtReg_Click(i); });
-        connect(txtRegHex_[i], &QLineEdit::returnPressed, this, [this, i] { txtRegHex_KeyPress(i, 13); });
+        connect(cmdRDReg[i], &QPushButton::clicked, this, AsUserAction(s_, [this, i] { cmdRDReg_Click(i); }));
+        connect(cmdWrtReg[i], &QPushButton::clicked, this,
+                AsUserAction(s_, [this, i] { cmdWrtReg_Click(i); }));
+        connect(txtRegHex_[i], &QLineEdit::returnPressed, this,
+                AsUserAction(s_, [this, i] { txtRegHex_KeyPress(i, 13); }));
     }
-    connect(cmdReadAllRegs, &QPushButton::clicked, this, [this] { cmdReadAllRegs_Click(); });
-    connect(txtI2CADR, &QLineEdit::returnPressed, this, [this] { txtI2CADR_KeyPress(13); });
-    connect(txtInterval, &QLineEdit::returnPressed, this, [this] { txtInterval_KeyPress(13); });
-    connect(ChKLed, &QCheckBox::clicked, this, [this] { ChKLed_Click(); });
-    connect(Command4, &QPushButton::clicked, this, [this] { Command4_Click(); });
-    connect(cmdProxDemo, &QPushButton::clicked, this, [this] { cmdProxDemo_Click(); });
-    connect(cmdIDemo, &QPushButton::clicked, this, [this] { cmdIDemo_Click(); });
-    connect(cmdRead_ADC, &QPushButton::clicked, this, [this] { cmdRead_ADC_Click(); });
-    connect(cmdProx_IR, &QPushButton::clicked, this, [this] { cmdProx_IR_Click(); });
-    connect(cmdCollectData, &QPushButton::clicked, this, [this] { cmdCollectData_Click(); });
-    connect(cmdStopData, &QPushButton::clicked, this, [this] { cmdStopData_Click(); });
-    connect(cmdClearHist, &QPushButton::clicked, this, [this] { cmdClearHist_Click(); });
-    connect(cmdScale, &QPushButton::clicked, this, [this] { cmdScale_Click(); });
-    connect(cmdAutoScale, &QPushButton::clicked, this, [this] { cmdAutoScale_Click(); });
-    connect(cmdSaveScreen, &QPushButton::clicked, this, [this] { cmdSaveScreen_Click(); });
-    connect(cmdRestoreScreen, &QPushButton::clicked, this, [this] { cmdRestoreScreen_Click(); });
-    connect(mnuScript, &QAction::triggered, this, [this] { mnuScript_Click(); });
-    connect(mnuGPIO, &QAction::triggered, this, [this] { mnuGPIO_Click(); });
+    connect(cmdReadAllRegs, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdReadAllRegs_Click(); }));
+    connect(txtI2CADR, &QLineEdit::returnPressed, this, AsUserAction(s_, [this] { txtI2CADR_KeyPress(13); }));
+    connect(txtInterval, &QLineEdit::returnPressed, this,
+            AsUserAction(s_, [this] { txtInterval_KeyPress(13); }));
+    connect(ChKLed, &QCheckBox::clicked, this, AsUserAction(s_, [this] { ChKLed_Click(); }));
+    connect(Command4, &QPushButton::clicked, this, AsUserAction(s_, [this] { Command4_Click(); }));
+    connect(cmdProxDemo, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdProxDemo_Click(); }));
+    connect(cmdIDemo, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdIDemo_Click(); }));
+    connect(cmdRead_ADC, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdRead_ADC_Click(); }));
+    connect(cmdProx_IR, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdProx_IR_Click(); }));
+    connect(cmdCollectData, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdCollectData_Click(); }));
+    connect(cmdStopData, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdStopData_Click(); }));
+    connect(cmdClearHist, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdClearHist_Click(); }));
+    connect(cmdScale, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdScale_Click(); }));
+    connect(cmdAutoScale, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdAutoScale_Click(); }));
+    connect(cmdSaveScreen, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdSaveScreen_Click(); }));
+    connect(cmdRestoreScreen, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdRestoreScreen_Click(); }));
+    connect(mnuScript, &QAction::triggered, this, AsUserAction(s_, [this] { mnuScript_Click(); }));
+    connect(mnuGPIO, &QAction::triggered, this, AsUserAction(s_, [this] { mnuGPIO_Click(); }));
 }
 
 bool frmLXM410::eventFilter(QObject* watched, QEvent* event) {

@@ -101,7 +101,8 @@ void frmLXM410::txtI2CADR_KeyPress(int KeyAscii) {
 
 void frmLXM410::txtI2CADR_LostFocus() {
     txtI2CADR->setText(txtI2CADR->text().toUpper());
-    if (std::abs(HexValue(txtI2CADR->text())) >= 256) txtI2CADR->setText(QStringLiteral("88"));
+    if (std::llabs(std::int64_t(HexValue(txtI2CADR->text()))) >= 256)
+        txtI2CADR->setText(QStringLiteral("88"));
     s_.I2cWriteAddr = std::uint8_t(HexValue(txtI2CADR->text()));
     s_.I2cReadAddr = std::uint8_t(s_.I2cWriteAddr + 1);
 }
