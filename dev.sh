@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
 # Installs what the program needs from Debian, builds it, and then either starts it on the
-# simulated board (./dev.sh run) or runs the whole test suite (./dev.sh test).
+# simulated board (./dev.sh run), runs the whole test suite (./dev.sh test) or builds the
+# Debian package (./dev.sh package).
 set -euo pipefail
 cd "$(dirname "$0")"
 
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev libusb-1.0-0-dev libgtest-dev libgmock-dev
-          libbenchmark-dev libumockdev-dev umockdev libglib2.0-dev ccache clang libclang-rt-dev)
+          libbenchmark-dev libumockdev-dev umockdev libglib2.0-dev ccache clang libclang-rt-dev
+          dpkg-dev file lintian)
 
 install_packages() {
     local missing=()
@@ -59,8 +61,17 @@ test)
         tail -n 1 build-fuzz/fuzz.log
     fi
     ;;
+package)
+    install_packages
+    configure build
+    cmake --build build --target lxmeval lxm_package_docs
+    (cd build && cpack -G DEB)
+    deb=$(ls -t build/lxmeval_*.deb | head -1)
+    lintian "$deb" || true
+    echo "Built $deb; install it with: sudo apt install ./$deb"
+    ;;
 *)
-    echo "usage: $0 run|test" >&2
+    echo "usage: $0 run|test|package" >&2
     exit 2
     ;;
 esac

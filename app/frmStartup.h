@@ -17,6 +17,7 @@ namespace lxm {
 
 class Session;
 class frmLXM410;
+class frmAbout2;
 
 // The start-up window: initialises the driver, waits for the board, shows the four USB
 // lamps and lets the user pick the sensor type.
@@ -38,6 +39,8 @@ public:
     void ExitProgram();
 
     frmLXM410* DeviceForm() { return lxm410_.get(); }
+    // The about box, once "About" has opened it.
+    frmAbout2* AboutForm() { return about_.get(); }
     // Told the selected type before its form loads (the simulated board fits its chip).
     std::function<void(const std::string&)> onTypeSelected;
     // Where ExitProgram ends the program; the application quits by default.
@@ -80,6 +83,7 @@ private:
     Session& s_;
     QString commandLine_;
     std::unique_ptr<frmLXM410> lxm410_;
+    std::unique_ptr<frmAbout2> about_;
     bool selecting_ = false;
 };
 

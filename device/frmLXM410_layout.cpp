@@ -20,6 +20,7 @@
 #include "core/Shape.h"
 #include "device/frmLXM410.h"
 #include "device/parts/RecordFrame.h"
+#include "setup/SetupMenu.h"
 #include "transport/Session.h"
 
 namespace lxm {
@@ -50,6 +51,7 @@ void frmLXM410::BuildLayout() {
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
     mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));
+    AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
     root->setMenuBar(menuBar);
 
     // ---- status strip: link lamps, "Test Comm", the external LED, close
