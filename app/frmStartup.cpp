@@ -151,6 +151,7 @@ void frmStartup::cboTypeSelect_Click() {
 
     if (index >= 1 && index <= 4) {
         s_.SelectedType = kTypeNames[index];
+        if (onTypeSelected) onTypeSelected(s_.SelectedType);
         // The address is set before the form loads: loading programs the chip, and it must
         // reach the sensor at its default address, not whatever was entered before.
         s_.I2cWriteAddr = std::uint8_t(USB_Comm::HexValue(QStringLiteral("88")));

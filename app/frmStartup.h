@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "core/ActiveForm.h"
 
@@ -37,6 +38,8 @@ public:
     void ExitProgram();
 
     frmLXM410* DeviceForm() { return lxm410_.get(); }
+    // Told the selected type before its form loads (the simulated board fits its chip).
+    std::function<void(const std::string&)> onTypeSelected;
     // Where ExitProgram ends the program; the application quits by default.
     std::function<void()> onExit;
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "acquisition/Conversion.h"
@@ -30,6 +31,10 @@ class PictureBox;
 class ColorLabel;
 class Shape;
 class frmScriptOps;
+class Doco;
+class InterruptSampler;
+class RecordFrame;
+class ThresholdPanel;
 
 // A control array: the index is the one the handlers receive; arrays may have gaps.
 template <class T>
@@ -42,6 +47,7 @@ using CtlArray = std::map<int, T*>;
 //   frmLXM410_config.cpp     the option controls that program registers 0 and 1
 //   frmLXM410_measure.cpp    measurement selection, single reads, conversion
 //   frmLXM410_collect.cpp    continuous collection
+//   frmLXM410_interrupt.cpp  interrupt thresholds, the interrupt line and recording
 //   frmLXM410_plot.cpp       the strip chart's buttons and drawing
 class frmLXM410 : public QWidget, public ActiveForm {
 public:
@@ -116,14 +122,27 @@ public:
     void cmdClearHist_Click();
     void txtInterval_KeyPress(int KeyAscii);
     void txtInterval_LostFocus();
-    // Placeholders for the interrupt-threshold controls the loop calls.
-    void cmdReadILimits_Click() {}
-    void cmdSampleInterrupt_Click() {}
     // Runs at the end of every collection pass while the pass still holds the transport, the
     // way a click arriving during the pass would; tests and benchmarks stop the loop from here.
     std::function<void()> onPass;
     // The strip chart's signed case: proximity readings in the two's-complement scheme.
     bool SignedPlotCase() const { return MeasureProx && ProxScheme == 1; }
+
+    // ---- interrupt thresholds and the interrupt line (frmLXM410_interrupt.cpp)
+    void cmdWrtILimits_Click();
+    void cmdReadILimits_Click();
+    void cmdSampleInterrupt_Click();
+    void cmdSampleIIIntr_Click();
+    // The limits are to be read again at the collection's next register refresh.
+    bool LimitsReadPending() const;
+    bool IntLineActive() const;
+    InterruptSampler& interruptSampler() { return *interrupts_; }
+
+    // ---- recording (frmLXM410_interrupt.cpp)
+    void cmdBrowse_Click();
+    void cmdStartRec_Click();
+    void mnuDoco_Click();
+    Doco* DocoForm() { return doco_; }
 
     // ---- strip chart (frmLXM410_plot.cpp)
     void cmdScale_Click();
@@ -199,6 +218,13 @@ public:
     CtlArray<QLineEdit> txtILow;
     CtlArray<QLabel> lblIlimitsformat;
     CtlArray<QLabel> Label38;
+    QLabel* Label39 = nullptr;  // "Interrupt Limits Dec     Hex"
+    QPushButton* cmdWrtILimits = nullptr;
+    QPushButton* cmdReadILimits = nullptr;
+    QPushButton* cmdSampleInterrupt = nullptr;
+    QPushButton* cmdSampleIIIntr = nullptr;
+    Shape* ShpINTexternal = nullptr;  // the board's interrupt line
+    Shape* ShpINt = nullptr;          // flips on every sample of the line
     // Frame3 "Measurement Loop Timing"
     QGroupBox* Frame3 = nullptr;
     QLabel* Label9 = nullptr;
@@ -236,8 +262,11 @@ public:
     QPushButton* cmdIDemo = nullptr;
     QGroupBox* Frame12 = nullptr;
     CtlArray<QRadioButton> OptVariant;
-    QGroupBox* frmDataRecord = nullptr;
-    QLineEdit* txtFilePath = nullptr;
+    RecordFrame* frmDataRecord = nullptr;  // "Save Measurements to File"
+    QLineEdit* txtFilePath = nullptr;      // the frame's own controls, by their names
+    QPushButton* cmdBrowse = nullptr;
+    QCheckBox* chkAppend = nullptr;
+    QPushButton* cmdStartRec = nullptr;
     // the strip chart
     QGroupBox* frmGraph = nullptr;
     PictureBox* Picture1 = nullptr;
@@ -262,6 +291,7 @@ public:
     QMenuBar* menuBar = nullptr;
     QAction* mnuScript = nullptr;
     QAction* mnuGPIO = nullptr;
+    QAction* mnuDoco = nullptr;
 
     // ======== state owned by the form while it is open ========
     // conversion state
@@ -315,7 +345,6 @@ public:
     bool CollectStopRequested = false;
     bool CollectAbort = false;
     bool InterruptHold = false;
-    bool LimitsReadPending = false;
     std::int32_t IntervalMs = 8;
     std::vector<double> SampleValues = std::vector<double>(kSampleLast + 1, 1.0);
     std::vector<double> SampleValues2 = std::vector<double>(kSampleLast + 1, 1.0);
@@ -345,6 +374,8 @@ protected:
 private:
     void BuildLayout();
     void WireHandlers();
+    // The shared parts the form is composed of, given the form's values.
+    void BuildParts();
     void ApplyPartHiding();
     // Shows a register byte of the image in its entry box.
     void ShowRegister(int reg);
@@ -359,6 +390,9 @@ private:
 
     Session& s_;
     frmScriptOps* script_ = nullptr;
+    std::unique_ptr<ThresholdPanel> thresholds_;
+    std::unique_ptr<InterruptSampler> interrupts_;
+    Doco* doco_ = nullptr;
     // Collection: loops on the stack, a restart asked for from inside one, the swatch level.
     int collectDepth_ = 0;
     bool restartPending_ = false;

@@ -17,6 +17,7 @@
 #include "core/VbText.h"
 #include "core/Yield.h"
 #include "device/frmLXM410.h"
+#include "device/parts/InterruptSampler.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
 #include "transport/generic_usb_lib.h"
@@ -183,7 +184,7 @@ void frmLXM410::CollectionPass() {
             DoEvents();
         }
         s_.TransferDeferred = false;
-        if (LimitsReadPending) cmdReadILimits_Click();
+        if (LimitsReadPending()) cmdReadILimits_Click();
         s_.TransferBusy = true;
         cmdScale_Click();
         // The first conversion after a register change may be a mixed one: read and dropped.
@@ -234,7 +235,7 @@ void frmLXM410::CollectionPass() {
     if (!InterruptHold) ShowMaxMin();
 
     // 7.
-    if (ChkSampleInt->isChecked()) cmdSampleInterrupt_Click();
+    interruptSampler().Pass(ChkSampleInt->isChecked());
 
     // 8. and 9. A run stopped during this pass draws nothing more: "Clear Graph" may already
     // have restored the picture.

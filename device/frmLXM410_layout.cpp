@@ -19,6 +19,7 @@
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
 #include "device/frmLXM410.h"
+#include "device/parts/RecordFrame.h"
 #include "transport/Session.h"
 
 namespace lxm {
@@ -48,6 +49,7 @@ void frmLXM410::BuildLayout() {
     QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
+    mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));
     root->setMenuBar(menuBar);
 
     // ---- status strip: link lamps, "Test Comm", the external LED, close
@@ -168,11 +170,15 @@ void frmLXM410::BuildLayout() {
     vg->addWidget(OptVariant[1]);
     col1->addWidget(Frame12);
 
-    frmDataRecord = Group(this, QStringLiteral("Data Record"));
-    auto* drg = new QHBoxLayout(frmDataRecord);
-    txtFilePath = new QLineEdit(frmDataRecord);
-    drg->addWidget(new QLabel(QStringLiteral("File"), frmDataRecord));
-    drg->addWidget(txtFilePath, 1);
+    RecordCaptions record;
+    record.frameTitle = QStringLiteral("Save Measurements to File");
+    record.filter = QStringLiteral("All Files (*.*)|*.*|LXM20x Data Files(*.txt)|*.txt");
+    record.defaultFile = QStringLiteral("Data.txt");
+    frmDataRecord = new RecordFrame(s_, record, this);
+    txtFilePath = frmDataRecord->txtFilePath;
+    cmdBrowse = frmDataRecord->cmdBrowse;
+    chkAppend = frmDataRecord->chkAppend;
+    cmdStartRec = frmDataRecord->cmdStartRec;
     col1->addWidget(frmDataRecord);
     col1->addStretch(1);
     columns->addLayout(col1);
@@ -234,19 +240,47 @@ void frmLXM410::BuildLayout() {
     fraINT = Group(this, QStringLiteral("Interrupt Persistance"));
     auto* ng = optionRow(fraINT, optINTP, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 4);
     for (auto& [i, b] : optINTP) b->setToolTip(QStringLiteral("Sets the Clock Cycle Integration Time"));
+    Label39 = new QLabel(QStringLiteral("Interrupt Limits Dec     Hex"), fraINT);
     Label38[0] = new QLabel(QStringLiteral("Lower"), fraINT);
     Label38[1] = new QLabel(QStringLiteral("Upper"), fraINT);
+    // Index 0 takes the decimal entry, index 1 shows the bytes written.
     txtILow[0] = Box(fraINT, QString(), 56);
     txtIHigh[0] = Box(fraINT, QString(), 56);
+    txtILow[1] = Box(fraINT, QString(), 48);
+    txtIHigh[1] = Box(fraINT, QString(), 48);
+    txtILow[1]->setReadOnly(true);
+    txtIHigh[1]->setReadOnly(true);
     for (int i = 0; i < 4; ++i) lblIlimitsformat[i] = new QLabel(fraINT);
-    ng->addWidget(Label38[0], 1, 0);
-    ng->addWidget(txtILow[0], 1, 1);
-    ng->addWidget(Label38[1], 1, 2);
-    ng->addWidget(txtIHigh[0], 1, 3);
-    ng->addWidget(lblIlimitsformat[0], 2, 0, 1, 2);
-    ng->addWidget(lblIlimitsformat[1], 2, 2, 1, 2);
-    ng->addWidget(lblIlimitsformat[3], 3, 0, 1, 2);
-    ng->addWidget(lblIlimitsformat[2], 3, 2, 1, 2);
+    cmdWrtILimits = new QPushButton(QStringLiteral("Write Limits"), fraINT);
+    cmdReadILimits = new QPushButton(QStringLiteral("Read Limits"), fraINT);
+    cmdSampleInterrupt = new QPushButton(QStringLiteral("INT Line"), fraINT);
+    cmdSampleInterrupt->setToolTip(QStringLiteral("Samples the interrupt line of the board (red: asserted)"));
+    cmdSampleIIIntr = new QPushButton(QStringLiteral("INT Flag"), fraINT);
+    cmdSampleIIIntr->setToolTip(
+        QStringLiteral("Reads register 0, which carries the sensor's interrupt flag"));
+    ShpINTexternal = new Shape(fraINT);
+    ShpINTexternal->setToolTip(QStringLiteral("Interrupt line (red: asserted)"));
+    ShpINt = new Shape(fraINT);
+    ShpINt->setToolTip(QStringLiteral("Changes colour with every sample of the interrupt line"));
+    auto* lamps = new QHBoxLayout;
+    lamps->addWidget(cmdSampleInterrupt);
+    lamps->addWidget(ShpINTexternal);
+    lamps->addWidget(ShpINt);
+    lamps->addWidget(cmdSampleIIIntr);
+    ng->addWidget(Label39, 1, 0, 1, 4);
+    ng->addWidget(Label38[0], 2, 0);
+    ng->addWidget(txtILow[0], 2, 1);
+    ng->addWidget(txtILow[1], 2, 2);
+    ng->addWidget(cmdWrtILimits, 2, 3);
+    ng->addWidget(Label38[1], 3, 0);
+    ng->addWidget(txtIHigh[0], 3, 1);
+    ng->addWidget(txtIHigh[1], 3, 2);
+    ng->addWidget(cmdReadILimits, 3, 3);
+    ng->addWidget(lblIlimitsformat[0], 4, 0, 1, 2);
+    ng->addWidget(lblIlimitsformat[1], 4, 2, 1, 2);
+    ng->addWidget(lblIlimitsformat[3], 5, 0, 1, 2);
+    ng->addWidget(lblIlimitsformat[2], 5, 2, 1, 2);
+    ng->addLayout(lamps, 6, 0, 1, 4);
     col2->addWidget(fraINT);
     col2->addStretch(1);
     columns->addLayout(col2);
@@ -489,6 +523,15 @@ void frmLXM410::WireHandlers() {
             AsUserAction(s_, [this] { cmdRestoreScreen_Click(); }));
     connect(mnuScript, &QAction::triggered, this, AsUserAction(s_, [this] { mnuScript_Click(); }));
     connect(mnuGPIO, &QAction::triggered, this, AsUserAction(s_, [this] { mnuGPIO_Click(); }));
+    connect(cmdWrtILimits, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdWrtILimits_Click(); }));
+    connect(cmdReadILimits, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdReadILimits_Click(); }));
+    connect(cmdSampleInterrupt, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdSampleInterrupt_Click(); }));
+    connect(cmdSampleIIIntr, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdSampleIIIntr_Click(); }));
+    connect(cmdStartRec, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdStartRec_Click(); }));
+    connect(mnuDoco, &QAction::triggered, this, AsUserAction(s_, [this] { mnuDoco_Click(); }));
 }
 
 bool frmLXM410::eventFilter(QObject* watched, QEvent* event) {

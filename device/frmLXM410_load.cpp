@@ -17,6 +17,9 @@
 #include "core/VbText.h"
 #include "core/Yield.h"
 #include "device/frmLXM410.h"
+#include "device/parts/InterruptSampler.h"
+#include "device/parts/RecordFrame.h"
+#include "device/parts/ThresholdPanel.h"
 #include "scripts/frmScriptOps.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
@@ -26,6 +29,7 @@ namespace lxm {
 
 frmLXM410::frmLXM410(Session& session, QWidget* parent) : QWidget(parent), s_(session) {
     BuildLayout();
+    BuildParts();
     WireHandlers();
 }
 

@@ -22,6 +22,9 @@ public:
     std::uint64_t sleptMs() const { return slept_; }
     // Called after every sleep: lets a test act at a moment inside a long wait.
     std::function<void()> onSleep;
+    // A fixed wall-clock time, so that what the program records is exact.
+    QDateTime Now() override { return now; }
+    QDateTime now{QDate(2009, 11, 15), QTime(14, 30, 0)};
 
 private:
     std::int64_t us_ = 1'000'000;
