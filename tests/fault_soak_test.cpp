@@ -84,6 +84,8 @@ struct Soak : FormFixture {
     std::uint32_t seed = 20261122;
     int faults = 0;
     int pulls = 0;
+    int pullsInActions = 0;
+    int pullsInRuns = 0;
     int measureType = 6;
     Watchdog dog{std::chrono::seconds(15)};
 
@@ -245,8 +247,9 @@ struct Soak : FormFixture {
         EXPECT_FALSE(session.TransferBusy) << Where(what);
     }
 
+    // Pulls go round every kind of action and every measurement type in turn.
     void PullDuringAction() {
-        const Action a = Action(Pick(int(Action::kCount)));
+        const Action a = Action(pullsInActions++ % int(Action::kCount));
         const std::string what = std::string("pull during ") + kActionNames[int(a)];
         dog.Beat(Where(what));
         messages.clear();
@@ -282,7 +285,7 @@ struct Soak : FormFixture {
     }
 
     void PullDuringCollection() {
-        const int type = Pick(8);
+        const int type = pullsInRuns++ % 8;
         const std::string what = "pull during collection, type " + std::to_string(type);
         dog.Beat(Where(what));
         if (type != 0)
@@ -445,6 +448,8 @@ TEST_F(Soak, SeededFaultsNeverPutTheProgramOutOfStep) {
     RecordProperty("faults", faults);
     RecordProperty("pulls", pulls);
     EXPECT_GE(faults, 500);
+    EXPECT_GE(pullsInActions, 3 * int(Action::kCount)) << "every kind of action had its pulls";
+    EXPECT_GE(pullsInRuns, 3 * 8) << "every measurement type had its pulls";
 }
 
 }  // namespace
