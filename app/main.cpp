@@ -75,6 +75,8 @@ int main(int argc, char** argv) {
     std::unique_ptr<lxm::SimulatorMenu> simMenu;
     if (cl.simulate) {
         board = std::make_unique<lxm::sim::SimBoard>(clock);
+        // Nobody reads the packet log here, and a day's collection would fill memory with it.
+        board->controller().SetWireLogCapacity(0);
         // A full-speed USB frame per transfer, as a real board has.
         auto sim = std::make_unique<lxm::sim::SimDriver>(*board);
         sim->SetLatencyMicros(1000);
