@@ -1,0 +1,86 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "core/Seams.h"
+
+namespace lxm {
+
+// What a log's "#" lines record about the run, as the form or the command line has it.
+struct SampleLogHeader {
+    QString sensor;       // "LXM410"
+    QString measurement;  // the measurement type as the user chose it; no line when empty
+    std::uint8_t reg0 = 0, reg1 = 0;
+    int intervalMs = 0;
+    double rangeLux = 0;
+    bool lux = false;   // the values are lux, else counts
+    bool dual = false;  // proximity-minus-IR: each row also carries its IR and proximity parts
+};
+
+// One sample as the collection took it. An absent part (a reading that was not a number)
+// leaves its field empty.
+struct LoggedSample {
+    std::optional<std::int64_t> raw;
+    double value = 0;  // NaN leaves the field empty
+    std::optional<std::int64_t> ir, prox;
+};
+
+// Every sample of a collection appended to a CSV file as it is taken, for runs of hours that
+// no sample buffer would hold. Rows are gathered in a buffer allocated once and written at
+// least once a second of the clock, so a crash loses at most the last second and a row costs
+// no system call. A disk error ends the logging (never the collection): it is reported once,
+// with the path and the system's reason, and what was written stays in the file.
+class SampleLog {
+public:
+    // The handler must outlive the log: the destructor may still report a last error.
+    using ErrorHandler = std::function<void(const QString& path, const QString& reason)>;
+
+    explicit SampleLog(Clock& clock, ErrorHandler onError = {});
+    ~SampleLog();
+    SampleLog(const SampleLog&) = delete;
+    SampleLog& operator=(const SampleLog&) = delete;
+
+    // Creates the file with its header (a log already open is closed first). An existing
+    // file is replaced only once the new one holds its header, so a log that cannot start
+    // leaves an earlier one as it was. False, after reporting, when it cannot.
+    bool Open(const QString& path, const SampleLogHeader& header);
+    void Append(const LoggedSample& sample);
+    // For the idle points of a caller whose samples come slowly or stop: writes what waits
+    // once a second has passed since the last write.
+    void FlushIfDue();
+    // Writes what waits and closes the file; nothing happens when it is not open.
+    void Close();
+
+    bool IsOpen() const { return fd_ >= 0; }
+    const QString& Path() const { return path_; }
+    std::uint64_t Rows() const { return rows_; }
+
+private:
+    bool Flush();
+    void Fail(int err);
+    void FormatTime(std::int64_t elapsedUs, char*& p);
+
+    Clock& clock_;
+    ErrorHandler onError_;
+    QString path_;
+    int fd_ = -1;
+    bool regularFile_ = false;
+    bool lux_ = false, dual_ = false;
+    std::unique_ptr<char[]> buffer_;
+    std::size_t used_ = 0;
+    std::uint64_t rows_ = 0;
+    std::int64_t startUs_ = 0, lastFlushUs_ = 0, lastRowUs_ = 0;
+    std::int64_t startWallMs_ = 0;
+    // The local date and time to the second of the last row, formatted once per second.
+    std::int64_t cachedSecond_ = INT64_MIN;
+    char cachedTime_[24] = {};
+};
+
+// The message for a log that stopped: the path, the reason, and what to do.
+QString SampleLogErrorMessage(const QString& path, const QString& reason);
+
+}  // namespace lxm
