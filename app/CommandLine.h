@@ -1,10 +1,42 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace lxm {
+
+// A measurement type of --collect: its name on the command line, the "Operation" choice it
+// stands for on the device form, and what its values are.
+struct CollectType {
+    const char* name;
+    int optMeasure;  // index into the form's measurement choices
+    bool continuous;
+    bool lux;
+    bool proximity;
+    bool dual;  // proximity minus IR, with both parts logged
+    const char* help;
+};
+const std::vector<CollectType>& CollectTypes();
+const CollectType* FindCollectType(const std::string& name);
+
+constexpr int kDefaultCollectIntervalMs = 8;
+constexpr int kMaxCollectIntervalMs = 3'600'000;
+constexpr std::uint64_t kMaxCollectSamples = 1'000'000'000'000;
+constexpr double kMaxCollectSeconds = 31.0 * 24 * 3600;
+
+// A collection with no window, every sample logged to a CSV file.
+struct CollectOptions {
+    const CollectType* type = nullptr;
+    std::string output;
+    int intervalMs = kDefaultCollectIntervalMs;
+    // Neither: the collection runs until it is interrupted.
+    std::optional<std::uint64_t> samples;
+    std::optional<double> durationSeconds;
+    std::optional<int> rangeLux;  // one of the sensor's ALS ranges
+    std::optional<int> resolutionBits;
+};
 
 // The program's command line. Parsed before any Qt application object exists, so that
 // --help, --version and a mistyped option answer without a display.
@@ -18,6 +50,7 @@ struct CommandLine {
     bool abortOnFail = false;
     // The sensor type to select, one of SensorNames(), upper case.
     std::optional<std::string> sensor;
+    std::optional<CollectOptions> collect;
     // Set when the arguments are wrong; the program prints it and exits with 2.
     std::string error;
 
@@ -28,6 +61,10 @@ struct CommandLine {
 constexpr int kMaxLoops = 100000;
 
 const std::vector<std::string>& SensorNames();
+// The ALS ranges in lux and the resolutions in bits a sensor type offers; no resolutions
+// when it has a fixed one.
+const std::vector<int>& SensorRanges(const std::string& sensor);
+const std::vector<int>& SensorResolutions(const std::string& sensor);
 
 // args: the arguments after the program name.
 CommandLine ParseCommandLine(const std::vector<std::string>& args);

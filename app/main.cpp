@@ -60,6 +60,13 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (cl.script) return RunHeadless(argc, argv, cl);
+    if (cl.collect) {
+        std::fputs(
+            "lxmeval: collecting without a window (--collect) is not available in this build yet;\n"
+            "collect from the device form, where \"Write to Disk\" records the readings.\n",
+            stderr);
+        return 2;
+    }
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("lxmeval"));

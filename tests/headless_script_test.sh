@@ -43,6 +43,11 @@ run 2 --bogus
 has err "unknown option '--bogus'"
 empty out
 
+case="bad collection type"
+run 2 --collect lux --output x.csv
+has err "--collect needs one of als, ir, prox"
+empty out
+
 case="bad loop count"
 run 2 --script x.txt --loops zero
 has err "--loops needs a whole number"
