@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QTimer>
+#include <cstdio>
 #include <memory>
 
 #include "app/SimulatorPanel.h"
@@ -25,10 +26,22 @@ int main(int argc, char** argv) {
     QCommandLineOption simulate(QStringLiteral("simulate"),
                                 QStringLiteral("Run on the simulated evaluation board."));
     parser.addOption(simulate);
+    QCommandLineOption sensor(QStringLiteral("sensor"),
+                              QStringLiteral("Select the sensor NAME (LXM410, LXM430, LXM450, LXM470 or "
+                                             "LXM600) once start-up has finished."),
+                              QStringLiteral("NAME"));
+    parser.addOption(sensor);
     parser.addPositionalArgument(QStringLiteral("/d"),
                                  QStringLiteral("Keep the GPIO panel loaded after type selection."),
                                  QStringLiteral("[/d]"));
     parser.process(app);
+    const QString sensorName = parser.value(sensor);
+    static const QStringList kSensors{"LXM410", "LXM430", "LXM450", "LXM470", "LXM600"};
+    if (parser.isSet(sensor) && !kSensors.contains(sensorName)) {
+        std::fprintf(stderr, "lxmeval: unknown sensor \"%s\"; choose one of %s\n", qPrintable(sensorName),
+                     qPrintable(kSensors.join(QStringLiteral(", "))));
+        return 2;
+    }
 
     lxm::SteadyClock clock;
     lxm::QtMessages messages;
@@ -60,7 +73,10 @@ int main(int argc, char** argv) {
         simPanel->move(startup.frameGeometry().topRight() + QPoint(16, 0));
         simPanel->show();
     }
-    QTimer::singleShot(0, &startup, [&startup] { startup.Form_Load(); });
+    QTimer::singleShot(0, &startup, [&startup, sensorName] {
+        startup.Form_Load();
+        if (!sensorName.isEmpty()) startup.SelectSensor(sensorName);
+    });
     const int rc = app.exec();
     return rc;
 }

@@ -1,0 +1,62 @@
+#include "device/parts/DeviceFormBase.h"
+
+#include <QCloseEvent>
+
+#include "core/Yield.h"
+#include "device/parts/RegisterPanel.h"
+#include "device/parts/StatusStrip.h"
+#include "transport/Session.h"
+
+namespace lxm {
+
+DeviceFormBase::DeviceFormBase(Session& session, QWidget* parent) : QWidget(parent), s_(session) {}
+
+DeviceFormBase::~DeviceFormBase() {
+    s_.Collecting = false;
+    s_.FormGone(this);
+}
+
+Shape* DeviceFormBase::ShpAttach() {
+    return strip_ ? strip_->ShpAttach() : nullptr;
+}
+Shape* DeviceFormBase::Shp_USB_Transfer() {
+    return strip_ ? strip_->Shp_USB_Transfer() : nullptr;
+}
+ColorLabel* DeviceFormBase::LblCommTest() {
+    return strip_ ? strip_->LblCommTest() : nullptr;
+}
+QRadioButton* DeviceFormBase::OptMode(int index) {
+    return strip_ ? strip_->OptMode(index) : nullptr;
+}
+QLineEdit* DeviceFormBase::txtRegRd(int reg) {
+    return panel_ ? panel_->txtRegRd(reg) : nullptr;
+}
+QLineEdit* DeviceFormBase::txtRegHex(int reg) {
+    return panel_ ? panel_->txtRegHex(reg) : nullptr;
+}
+Shape* DeviceFormBase::ShpIndrd(int reg) {
+    return panel_ ? panel_->ShpIndrd(reg) : nullptr;
+}
+Shape* DeviceFormBase::ShpIndwr(int reg) {
+    return panel_ ? panel_->ShpIndwr(reg) : nullptr;
+}
+
+void DeviceFormBase::Form_GotFocus() {
+    s_.activeForm = this;
+    DoEvents();
+}
+
+void DeviceFormBase::changeEvent(QEvent* e) {
+    if (e->type() == QEvent::ActivationChange && isActiveWindow()) Form_GotFocus();
+    QWidget::changeEvent(e);
+}
+
+void DeviceFormBase::closeEvent(QCloseEvent* e) {
+    s_.Collecting = false;
+    DoEvents();  // Form_QueryUnload
+    Form_Unload();
+    e->accept();
+    if (onClosed) onClosed();
+}
+
+}  // namespace lxm

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QWidget>
+#include <functional>
+
+#include "core/ActiveForm.h"
+
+namespace lxm {
+
+class RegisterPanel;
+class Session;
+class StatusStrip;
+
+// What every device form is besides its own controls: the form the transfer layer reports on
+// (its lamps, "Fail" label, "Test Comm" and register rows live in the status strip and the
+// register panel), a form that becomes the active one when it gets the focus, and one whose
+// closing ends a running collection and then the program.
+class DeviceFormBase : public QWidget, public ActiveForm {
+public:
+    ~DeviceFormBase() override;
+
+    Shape* ShpAttach() override;
+    Shape* Shp_USB_Transfer() override;
+    ColorLabel* LblCommTest() override;
+    QRadioButton* OptMode(int index) override;
+    QLineEdit* txtRegRd(int reg) override;
+    QLineEdit* txtRegHex(int reg) override;
+    Shape* ShpIndrd(int reg) override;
+    Shape* ShpIndwr(int reg) override;
+
+    void Form_GotFocus();
+
+    // Called once the form has closed (the program then ends).
+    std::function<void()> onClosed;
+
+protected:
+    explicit DeviceFormBase(Session& session, QWidget* parent);
+    // The form's own unload steps, run when it closes.
+    virtual void Form_Unload() {}
+
+    void changeEvent(QEvent* e) override;
+    void closeEvent(QCloseEvent* e) override;
+
+    Session& s_;
+    StatusStrip* strip_ = nullptr;
+    RegisterPanel* panel_ = nullptr;
+};
+
+}  // namespace lxm
