@@ -173,12 +173,7 @@ void frmLXM600::Form_Load() {
     for (int i = 0; i < 11; ++i) TimeLabels[i] = QString::number(40 * i);
 
     // 8.
-    chart_->txtScale->setText(QStringLiteral("4095"));
-    chart_->txtScale2->setText(QStringLiteral("4095"));
-    chart_->txtScaleMin->setText(QStringLiteral("0"));
-    chart_->txtScaleMin2->setText(QStringLiteral("0"));
-    plot_.ScaleMax = std::int32_t(RoundEven(Val(chart_->txtScale2->text()) + 1));
-    chart_->PreparePlot();
+    chart_->PreparePlot(QStringLiteral("4095"), QStringLiteral("0"));
     strip_->frmMode()->show();
     frmTimeBase->show();
     FrmDevice->show();
@@ -193,10 +188,6 @@ void frmLXM600::Label13_DblClick() {
                                             txtReading3, txtReading2, Label17},
                                            {Frame2, frmTimeBase, frmDataRecord},
                                            {}});
-}
-
-void frmLXM600::OptMode_Click(int Index) {
-    strip_->OptMode_Click(Index, [this] { cmdRDReg_Click(0); });
 }
 
 void frmLXM600::txtRegHex_KeyPress(int Index, int KeyAscii) {
@@ -215,18 +206,6 @@ void frmLXM600::txtRegHex_LostFocus(int Index) {
     QLineEdit* box = panel_->txtRegHex(Index);
     box->setText(CheckedHexByte(box->text(), true));
     cmdWrtReg_Click(Index);
-}
-
-void frmLXM600::cmdRDReg_Click(int Index) {
-    panel_->Read(Index);
-}
-
-void frmLXM600::cmdWrtReg_Click(int Index) {
-    panel_->Write(Index);
-}
-
-void frmLXM600::cmdReadAllRegs_Click() {
-    panel_->ReadAll();
 }
 
 void frmLXM600::cmdReadID_Click() {

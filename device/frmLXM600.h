@@ -39,12 +39,8 @@ public:
     // ---- lifecycle and panel (frmLXM600.cpp)
     void Form_Load();
     void Label13_DblClick();
-    void OptMode_Click(int Index);
     void txtRegHex_KeyPress(int Index, int KeyAscii);
     void txtRegHex_LostFocus(int Index);
-    void cmdRDReg_Click(int Index);
-    void cmdWrtReg_Click(int Index);
-    void cmdReadAllRegs_Click();
     void cmdReadID_Click();
     void cmdUpdateReg_Click(int Index);
     void cmdUpdateRead_Click(int Index);

@@ -29,6 +29,17 @@ void SetTextIfChanged(QLineEdit* box, const QString& text) {
 
 }  // namespace
 
+void MakeLiveValue(QWidget* w) {
+    w->setBackgroundRole(QPalette::Window);
+    w->setAutoFillBackground(true);
+}
+
+void MakeLiveValue(QLabel* label) {
+    MakeLiveValue(static_cast<QWidget*>(label));
+    const QFontMetrics m(label->font());
+    label->setFixedSize(m.horizontalAdvance(QStringLiteral("-000000")) + 4, m.height() + 2);
+}
+
 PacedCollection::PacedCollection(Session& session, CollectionState& state, PlotState& plot, Controls controls)
     : s_(session), st_(state), plot_(plot), c_(controls) {}
 

@@ -9,6 +9,7 @@
 
 class QLabel;
 class QLineEdit;
+class QWidget;
 
 namespace lxm {
 
@@ -95,5 +96,11 @@ private:
     int depth_ = 0;
     bool restartPending_ = false;
 };
+
+// For the values rewritten on every pass. A transparent box repaints the frame around it with
+// each new text, which costs more than the rest of the pass; a label free to change its size
+// makes the whole window lay itself out again.
+void MakeLiveValue(QWidget* w);
+void MakeLiveValue(QLabel* label);
 
 }  // namespace lxm

@@ -46,6 +46,22 @@ void DeviceFormBase::Form_GotFocus() {
     DoEvents();
 }
 
+void DeviceFormBase::cmdRDReg_Click(int Index) {
+    panel_->Read(Index);
+}
+
+void DeviceFormBase::cmdWrtReg_Click(int Index) {
+    panel_->Write(Index);
+}
+
+void DeviceFormBase::cmdReadAllRegs_Click() {
+    panel_->ReadAll();
+}
+
+void DeviceFormBase::OptMode_Click(int Index) {
+    strip_->OptMode_Click(Index, [this] { cmdRDReg_Click(0); });
+}
+
 void DeviceFormBase::changeEvent(QEvent* e) {
     if (e->type() == QEvent::ActivationChange && isActiveWindow()) Form_GotFocus();
     QWidget::changeEvent(e);

@@ -30,6 +30,12 @@ public:
 
     void Form_GotFocus();
 
+    // The register panel's buttons and "Read All", and "Test Comm", as other handlers call them.
+    void cmdRDReg_Click(int Index);
+    void cmdWrtReg_Click(int Index);
+    void cmdReadAllRegs_Click();
+    void OptMode_Click(int Index);
+
     // Called once the form has closed (the program then ends).
     std::function<void()> onClosed;
 

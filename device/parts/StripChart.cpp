@@ -11,6 +11,7 @@
 #include "acquisition/ModWaveform_ALS.h"
 #include "acquisition/PictureBox.h"
 #include "acquisition/Rescale.h"
+#include "core/VbText.h"
 #include "core/Yield.h"
 #include "device/parts/Controls.h"
 #include "transport/Session.h"
@@ -66,6 +67,15 @@ StripChart::StripChart(Session& session, PlotState& plot, bool withTestTrace, QW
 
 void StripChart::DrawGraphLabels() {
     lxm::DrawGraphLabels(*Picture2, *Picture1, plot_);
+}
+
+void StripChart::PreparePlot(const QString& max, const QString& min) {
+    txtScale2->setText(max);
+    txtScale->setText(max);
+    txtScaleMin->setText(min);
+    txtScaleMin2->setText(min);
+    plot_.ScaleMax = std::int32_t(RoundEven(Val(txtScale2->text()) + 1));
+    PreparePlot();
 }
 
 void StripChart::PreparePlot() {

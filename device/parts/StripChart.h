@@ -37,7 +37,9 @@ public:
     QPushButton* cmdRestoreScreen = nullptr;
     QPushButton* cmdDrawTrace = nullptr;  // only withTestTrace
 
-    // Form load: captions, sample axis, empty traces, grid and labels, saved as background.
+    // Form load: both scales from max and min (the plot's top from the right-hand one), the
+    // captions, sample axis, empty traces, grid and labels, saved as the background.
+    void PreparePlot(const QString& max, const QString& min);
     void PreparePlot();
     void DrawGraphLabels();
     // "Manual Re-Scale"; showLux keeps the right-hand column apart from the left.
