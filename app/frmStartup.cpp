@@ -106,9 +106,10 @@ void frmStartup::BuildLayout() {
     connect(Command2, &QPushButton::clicked, this, [this] { Command2_Click(); });
     connect(Command3, &QPushButton::clicked, this, [this] { Command3_Click(); });
     connect(mnuAbout, &QAction::triggered, this, [this] { mnuAbout_Click(); });
-    connect(mnuLXM600, &QAction::triggered, this, [this] { mnuLXM600_Click(); });
+    connect(mnuLXM600, &QAction::triggered, this, AsUserAction(s_, [this] { mnuLXM600_Click(); }));
     // Any change of the selection is a click, whether the user or the program made it.
-    connect(cboTypeSelect, &QComboBox::currentIndexChanged, this, [this](int) { cboTypeSelect_Click(); });
+    connect(cboTypeSelect, &QComboBox::currentIndexChanged, this,
+            AsUserAction(s_, [this] { cboTypeSelect_Click(); }));
 }
 
 void frmStartup::Form_Load() {

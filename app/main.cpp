@@ -68,6 +68,12 @@ int main(int argc, char** argv) {
 
     lxm::Session session(*driver, messages, files, clock);
     lxm::frmStartup startup(session, parser.positionalArguments().join(QLatin1Char(' ')));
+    // The simulated board carries the chip of the type the user picks, so the form finds the
+    // chip it expects; a real board carries whatever is soldered on it.
+    if (simPanel)
+        startup.onTypeSelected = [panel = simPanel.get()](const std::string& type) {
+            panel->CarryForType(type);
+        };
     startup.show();
     if (simPanel) {
         simPanel->move(startup.frameGeometry().topRight() + QPoint(16, 0));

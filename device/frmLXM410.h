@@ -37,6 +37,10 @@ class Shape;
 class frmScriptOps;
 class DeviceSelection;
 class MaxMinFrame;
+class Doco;
+class InterruptSampler;
+class RecordFrame;
+class ThresholdPanel;
 
 // The device form of the four-member sensor family. Its handlers are split by concern:
 //   frmLXM410_layout.cpp     building the controls
@@ -45,6 +49,7 @@ class MaxMinFrame;
 //   frmLXM410_config.cpp     the option controls that program registers 0 and 1
 //   frmLXM410_measure.cpp    measurement selection, single reads, conversion
 //   frmLXM410_collect.cpp    continuous collection
+//   frmLXM410_interrupt.cpp  interrupt thresholds, the interrupt line and recording
 //   frmLXM410_plot.cpp       the strip chart's buttons and drawing
 // The register panel, the status strip, the strip chart, the max/min panel and the collection
 // loop are the device-form parts it shares with the multi-function form.
@@ -106,11 +111,24 @@ public:
     void cmdClearHist_Click();
     void txtInterval_KeyPress(int KeyAscii);
     void txtInterval_LostFocus();
-    // Placeholders for the interrupt-threshold controls the loop calls.
-    void cmdReadILimits_Click() {}
-    void cmdSampleInterrupt_Click() {}
     // The strip chart's signed case: proximity readings in the two's-complement scheme.
     bool SignedPlotCase() const { return MeasureProx && ProxScheme == 1; }
+
+    // ---- interrupt thresholds and the interrupt line (frmLXM410_interrupt.cpp)
+    void cmdWrtILimits_Click();
+    void cmdReadILimits_Click();
+    void cmdSampleInterrupt_Click();
+    void cmdSampleIIIntr_Click();
+    // The limits are to be read again at the collection's next register refresh.
+    bool LimitsReadPending() const;
+    bool IntLineActive() const;
+    InterruptSampler& interruptSampler() { return *interrupts_; }
+
+    // ---- recording (frmLXM410_interrupt.cpp)
+    void cmdBrowse_Click();
+    void cmdStartRec_Click();
+    void mnuDoco_Click();
+    Doco* DocoForm() { return doco_; }
 
     // ---- strip chart (frmLXM410_plot.cpp)
     void cmdScale_Click();
@@ -181,6 +199,13 @@ public:
     CtlArray<QLineEdit> txtILow;
     CtlArray<QLabel> lblIlimitsformat;
     CtlArray<QLabel> Label38;
+    QLabel* Label39 = nullptr;  // "Interrupt Limits Dec     Hex"
+    QPushButton* cmdWrtILimits = nullptr;
+    QPushButton* cmdReadILimits = nullptr;
+    QPushButton* cmdSampleInterrupt = nullptr;
+    QPushButton* cmdSampleIIIntr = nullptr;
+    Shape* ShpINTexternal = nullptr;  // the board's interrupt line
+    Shape* ShpINt = nullptr;          // flips on every sample of the line
     // Frame3 "Measurement Loop Timing"
     QGroupBox* Frame3 = nullptr;
     QLabel* Label9 = nullptr;
@@ -217,14 +242,18 @@ public:
     QPushButton* cmdIDemo = nullptr;
     QGroupBox* Frame12 = nullptr;
     CtlArray<QRadioButton> OptVariant;
-    QGroupBox* frmDataRecord = nullptr;
-    QLineEdit* txtFilePath = nullptr;
+    RecordFrame* frmDataRecord = nullptr;  // "Save Measurements to File"
+    QLineEdit* txtFilePath = nullptr;      // the frame's own controls, by their names
+    QPushButton* cmdBrowse = nullptr;
+    QCheckBox* chkAppend = nullptr;
+    QPushButton* cmdStartRec = nullptr;
     // the form's own
     QCheckBox* ChKLed = nullptr;
     QPushButton* Command4 = nullptr;
     QMenuBar* menuBar = nullptr;
     QAction* mnuScript = nullptr;
     QAction* mnuGPIO = nullptr;
+    QAction* mnuDoco = nullptr;
 
     // ======== state owned by the form while it is open ========
     // conversion state
@@ -276,7 +305,6 @@ public:
 
     // collection state beyond the shared one
     bool InterruptHold = false;
-    bool LimitsReadPending = false;
 
     // plot state
     PlotState plot;
@@ -289,18 +317,23 @@ private:
     void BuildConfigColumn(QVBoxLayout* col);
     void BuildMeasureColumn(QVBoxLayout* col);
     void WireHandlers();
+    // The shared parts the form is composed of, given the form's values.
+    void BuildParts();
     void ApplyPartHiding();
     // Shows a register byte of the image in its entry box.
     void ShowRegister(int reg);
     // Collection hooks (frmLXM410_collect.cpp).
     void WireCollection();
     void StartCollection();
-    void SamplePass();
+    bool SamplePass();
     void EndCollection();
 
     frmScriptOps* script_ = nullptr;
     StripChart* chart_ = nullptr;
     std::unique_ptr<PacedCollection> loop_;
+    std::unique_ptr<ThresholdPanel> thresholds_;
+    std::unique_ptr<InterruptSampler> interrupts_;
+    Doco* doco_ = nullptr;
 };
 
 }  // namespace lxm

@@ -9,9 +9,12 @@
 #include <QRadioButton>
 
 #include "acquisition/PictureBox.h"
+#include "acquisition/Rescale.h"
+#include "core/ServedWait.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
 #include "device/frmLXM410.h"
+#include "device/parts/InterruptSampler.h"
 #include "device/parts/MaxMinFrame.h"
 #include "transport/Session.h"
 
@@ -26,13 +29,13 @@ void frmLXM410::WireCollection() {
     h.readRow = [this](int n) { cmdRDReg_Click(n); };
     h.writeRow = [this](int n) { cmdWrtReg_Click(n); };
     h.afterRefresh = [this] {
-        if (LimitsReadPending) cmdReadILimits_Click();
+        if (LimitsReadPending()) cmdReadILimits_Click();
         s_.TransferBusy = true;
         cmdScale_Click();
         // The first conversion after a register change may be a mixed one: read and dropped.
         ReadDataRegisters();
     };
-    h.sample = [this] { SamplePass(); };
+    h.sample = [this] { return SamplePass(); };
     h.plotRows = [this] {
         plot.TracePixels[kTraceNewest] =
             PlotRow(LatestReading, plot.ScaleMin, plot.ScaleMax, plot.ScaleSpan, SignedPlotCase());
@@ -60,7 +63,7 @@ void frmLXM410::StartCollection() {
     cmdWrtReg_Click(0);
     IntervalDisplayMs = Val(txtSampling_Delay->text());
     txtInterval->setEnabled(true);
-    plot.ScaleSpan = plot.ScaleMax - plot.ScaleMin;
+    plot.ScaleSpan = ScaleSpanOf(plot.ScaleMax, plot.ScaleMin);
 
     // A powered-down sensor has nothing to collect: switch to continuous ALS.
     if (s_.RegWriteMirror[0] < 32) {
@@ -87,13 +90,14 @@ void frmLXM410::StartCollection() {
     Label6->show();
 }
 
-void frmLXM410::SamplePass() {
+bool frmLXM410::SamplePass() {
     if (!MeasureProxIrDual && !InterruptHold) {
         if (MeasureSingleShot) {
             s_.TransferBusy = false;
             cmdWrtReg_Click(0);
-            const double delay = Val(txtSampling_Delay->text());
-            if (delay > 0) s_.clock.Sleep(std::uint32_t(RoundEven(delay)));
+            if (!ServedPauseMs(s_, s_.clock, Val(txtSampling_Delay->text()),
+                               [this] { return s_.Collecting; }))
+                return false;
         }
         s_.TransferBusy = true;
         const std::int32_t value = ReadDataRegisters();
@@ -112,8 +116,8 @@ void frmLXM410::SamplePass() {
         cmdProx_IR_Click();
         // The sequence releases the transport when it ends; the pass still holds it.
         s_.TransferBusy = true;
-        AmbientIr = std::int32_t(Val(txtProx_IR.at(5)->text()));
-        ProxCount = std::int32_t(Val(txtProx_IR.at(4)->text()));
+        AmbientIr = TruncInt32(Val(txtProx_IR.at(5)->text()));
+        ProxCount = TruncInt32(Val(txtProx_IR.at(4)->text()));
         const QString difference = txtProx_IR.at(6)->text();
         bool numeric = false;
         const double value = difference.trimmed().toDouble(&numeric);
@@ -129,7 +133,8 @@ void frmLXM410::SamplePass() {
     // The raw count of the pass goes to the max/min panel.
     if (!InterruptHold) FrmMeasureDetails->Update(*this, txtADCRaw->text(), LastLow, LastHigh);
 
-    if (ChkSampleInt->isChecked()) cmdSampleInterrupt_Click();
+    interruptSampler().Pass(ChkSampleInt->isChecked());
+    return true;
 }
 
 void frmLXM410::EndCollection() {

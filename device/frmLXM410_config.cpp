@@ -120,7 +120,7 @@ void frmLXM410::OptIRMode_Click(int Index) {
         chart_->txtScale2->setText(Trim(FullScaleCounts));
         chart_->txtScaleMin->setText(QStringLiteral("0000"));
         chart_->txtScaleMin2->setText(QStringLiteral("0"));
-        plot.ScaleMax = std::int32_t(Val(chart_->txtScale2->text()) + 1);
+        plot.ScaleMax = TruncInt32(Val(chart_->txtScale2->text()) + 1);
         plot.ScaleMin = 0;
         rightLabels();
         lblIlimitsformat.at(0)->setText(QStringLiteral("Single Polarity"));
@@ -133,7 +133,7 @@ void frmLXM410::OptIRMode_Click(int Index) {
         chart_->txtScale2->setText(Trim(FullScaleCounts / 2));
         chart_->txtScaleMin->setText(QStringLiteral("-100"));
         chart_->txtScaleMin2->setText(QStringLiteral("-100"));
-        plot.ScaleMax = std::int32_t(Val(chart_->txtScale2->text()) + 1);
+        plot.ScaleMax = TruncInt32(Val(chart_->txtScale2->text()) + 1);
         plot.ScaleMin = -100;
         lblIlimitsformat.at(0)->setText(QStringLiteral("2s Complement"));
     }

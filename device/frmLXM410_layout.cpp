@@ -21,9 +21,11 @@
 #include "device/frmLXM410.h"
 #include "device/parts/FormLayout.h"
 #include "device/parts/MaxMinFrame.h"
+#include "device/parts/RecordFrame.h"
 #include "device/parts/RegisterPanel.h"
 #include "device/parts/StatusStrip.h"
 #include "device/parts/StripChart.h"
+#include "transport/Session.h"
 
 namespace lxm {
 
@@ -43,6 +45,7 @@ void frmLXM410::BuildLayout() {
     QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
+    mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));
     layout()->setMenuBar(menuBar);
 
     // ---- status strip: link lamps, "Test Comm", the external LED, close
@@ -96,11 +99,15 @@ void frmLXM410::BuildLayout() {
     vg->addWidget(OptVariant[1]);
     col1->addWidget(Frame12);
 
-    frmDataRecord = Group(this, QStringLiteral("Data Record"));
-    auto* drg = new QHBoxLayout(frmDataRecord);
-    txtFilePath = new QLineEdit(frmDataRecord);
-    drg->addWidget(new QLabel(QStringLiteral("File"), frmDataRecord));
-    drg->addWidget(txtFilePath, 1);
+    RecordCaptions record;
+    record.frameTitle = QStringLiteral("Save Measurements to File");
+    record.filter = QStringLiteral("All Files (*.*)|*.*|LXM20x Data Files(*.txt)|*.txt");
+    record.defaultFile = QStringLiteral("Data.txt");
+    frmDataRecord = new RecordFrame(s_, record, this);
+    txtFilePath = frmDataRecord->txtFilePath;
+    cmdBrowse = frmDataRecord->cmdBrowse;
+    chkAppend = frmDataRecord->chkAppend;
+    cmdStartRec = frmDataRecord->cmdStartRec;
     col1->addWidget(frmDataRecord);
     col1->addStretch(1);
 
@@ -162,19 +169,47 @@ void frmLXM410::BuildConfigColumn(QVBoxLayout* col2) {
     fraINT = Group(this, QStringLiteral("Interrupt Persistance"));
     auto* ng = MakeOptionArray(fraINT, optINTP, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 4);
     for (auto& [i, b] : optINTP) b->setToolTip(QStringLiteral("Sets the Clock Cycle Integration Time"));
+    Label39 = new QLabel(QStringLiteral("Interrupt Limits Dec     Hex"), fraINT);
     Label38[0] = new QLabel(QStringLiteral("Lower"), fraINT);
     Label38[1] = new QLabel(QStringLiteral("Upper"), fraINT);
+    // Index 0 takes the decimal entry, index 1 shows the bytes written.
     txtILow[0] = MakeBox(fraINT, QString(), 56);
     txtIHigh[0] = MakeBox(fraINT, QString(), 56);
+    txtILow[1] = MakeBox(fraINT, QString(), 48);
+    txtIHigh[1] = MakeBox(fraINT, QString(), 48);
+    txtILow[1]->setReadOnly(true);
+    txtIHigh[1]->setReadOnly(true);
     for (int i = 0; i < 4; ++i) lblIlimitsformat[i] = new QLabel(fraINT);
-    ng->addWidget(Label38[0], 1, 0);
-    ng->addWidget(txtILow[0], 1, 1);
-    ng->addWidget(Label38[1], 1, 2);
-    ng->addWidget(txtIHigh[0], 1, 3);
-    ng->addWidget(lblIlimitsformat[0], 2, 0, 1, 2);
-    ng->addWidget(lblIlimitsformat[1], 2, 2, 1, 2);
-    ng->addWidget(lblIlimitsformat[3], 3, 0, 1, 2);
-    ng->addWidget(lblIlimitsformat[2], 3, 2, 1, 2);
+    cmdWrtILimits = new QPushButton(QStringLiteral("Write Limits"), fraINT);
+    cmdReadILimits = new QPushButton(QStringLiteral("Read Limits"), fraINT);
+    cmdSampleInterrupt = new QPushButton(QStringLiteral("INT Line"), fraINT);
+    cmdSampleInterrupt->setToolTip(QStringLiteral("Samples the interrupt line of the board (red: asserted)"));
+    cmdSampleIIIntr = new QPushButton(QStringLiteral("INT Flag"), fraINT);
+    cmdSampleIIIntr->setToolTip(
+        QStringLiteral("Reads register 0, which carries the sensor's interrupt flag"));
+    ShpINTexternal = new Shape(fraINT);
+    ShpINTexternal->setToolTip(QStringLiteral("Interrupt line (red: asserted)"));
+    ShpINt = new Shape(fraINT);
+    ShpINt->setToolTip(QStringLiteral("Changes colour with every sample of the interrupt line"));
+    auto* lamps = new QHBoxLayout;
+    lamps->addWidget(cmdSampleInterrupt);
+    lamps->addWidget(ShpINTexternal);
+    lamps->addWidget(ShpINt);
+    lamps->addWidget(cmdSampleIIIntr);
+    ng->addWidget(Label39, 1, 0, 1, 4);
+    ng->addWidget(Label38[0], 2, 0);
+    ng->addWidget(txtILow[0], 2, 1);
+    ng->addWidget(txtILow[1], 2, 2);
+    ng->addWidget(cmdWrtILimits, 2, 3);
+    ng->addWidget(Label38[1], 3, 0);
+    ng->addWidget(txtIHigh[0], 3, 1);
+    ng->addWidget(txtIHigh[1], 3, 2);
+    ng->addWidget(cmdReadILimits, 3, 3);
+    ng->addWidget(lblIlimitsformat[0], 4, 0, 1, 2);
+    ng->addWidget(lblIlimitsformat[1], 4, 2, 1, 2);
+    ng->addWidget(lblIlimitsformat[3], 5, 0, 1, 2);
+    ng->addWidget(lblIlimitsformat[2], 5, 2, 1, 2);
+    ng->addLayout(lamps, 6, 0, 1, 4);
     col2->addWidget(fraINT);
     col2->addStretch(1);
 }
@@ -302,11 +337,12 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     col3->addStretch(1);
 }
 
+// Every handler a control starts runs as one user action, which tells of a missing board once.
 void frmLXM410::WireHandlers() {
     auto wire = [this](CtlArray<QRadioButton>& arr, void (frmLXM410::*handler)(int)) {
-        WireArray(arr, this, [this, handler](int i) { (this->*handler)(i); });
+        WireArray(s_, arr, this, [this, handler](int i) { (this->*handler)(i); });
     };
-    connect(strip_->OptMode(2), &QRadioButton::clicked, this, [this] { OptMode_Click(2); });
+    connect(strip_->OptMode(2), &QRadioButton::clicked, this, AsUserAction(s_, [this] { OptMode_Click(2); }));
     strip_->onLabel13DblClick = [this] { Label13_DblClick(); };
     wire(OptGain, &frmLXM410::OptGain_Click);
     wire(OptITime, &frmLXM410::OptITime_Click);
@@ -326,21 +362,34 @@ void frmLXM410::WireHandlers() {
     rules.activityRows = {2, 3};
     rules.flagLamps = {{0, 0x04, ShpIntFlag}};
     rules.commTest = strip_->LblCommTest();
-    connect(txtInterval, &QLineEdit::returnPressed, this, [this] { txtInterval_KeyPress(13); });
-    connect(ChKLed, &QCheckBox::clicked, this, [this] { ChKLed_Click(); });
-    connect(Command4, &QPushButton::clicked, this, [this] { Command4_Click(); });
-    connect(cmdProxDemo, &QPushButton::clicked, this, [this] { cmdProxDemo_Click(); });
-    connect(cmdIDemo, &QPushButton::clicked, this, [this] { cmdIDemo_Click(); });
-    connect(cmdRead_ADC, &QPushButton::clicked, this, [this] { cmdRead_ADC_Click(); });
-    connect(cmdProx_IR, &QPushButton::clicked, this, [this] { cmdProx_IR_Click(); });
-    connect(cmdCollectData, &QPushButton::clicked, this, [this] { cmdCollectData_Click(); });
-    connect(cmdStopData, &QPushButton::clicked, this, [this] { cmdStopData_Click(); });
-    connect(cmdClearHist, &QPushButton::clicked, this, [this] { cmdClearHist_Click(); });
-    connect(chart_->cmdScale, &QPushButton::clicked, this, [this] { cmdScale_Click(); });
-    connect(chart_->cmdAutoScale, &QPushButton::clicked, this, [this] { cmdAutoScale_Click(); });
-    connect(chart_->cmdRestoreScreen, &QPushButton::clicked, this, [this] { cmdRestoreScreen_Click(); });
-    connect(mnuScript, &QAction::triggered, this, [this] { mnuScript_Click(); });
-    connect(mnuGPIO, &QAction::triggered, this, [this] { mnuGPIO_Click(); });
+    connect(txtInterval, &QLineEdit::returnPressed, this,
+            AsUserAction(s_, [this] { txtInterval_KeyPress(13); }));
+    connect(ChKLed, &QCheckBox::clicked, this, AsUserAction(s_, [this] { ChKLed_Click(); }));
+    connect(Command4, &QPushButton::clicked, this, AsUserAction(s_, [this] { Command4_Click(); }));
+    connect(cmdProxDemo, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdProxDemo_Click(); }));
+    connect(cmdIDemo, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdIDemo_Click(); }));
+    connect(cmdRead_ADC, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdRead_ADC_Click(); }));
+    connect(cmdProx_IR, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdProx_IR_Click(); }));
+    connect(cmdCollectData, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdCollectData_Click(); }));
+    connect(cmdStopData, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdStopData_Click(); }));
+    connect(cmdClearHist, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdClearHist_Click(); }));
+    connect(chart_->cmdScale, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdScale_Click(); }));
+    connect(chart_->cmdAutoScale, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdAutoScale_Click(); }));
+    connect(chart_->cmdRestoreScreen, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdRestoreScreen_Click(); }));
+    connect(mnuScript, &QAction::triggered, this, AsUserAction(s_, [this] { mnuScript_Click(); }));
+    connect(mnuGPIO, &QAction::triggered, this, AsUserAction(s_, [this] { mnuGPIO_Click(); }));
+    connect(mnuDoco, &QAction::triggered, this, AsUserAction(s_, [this] { mnuDoco_Click(); }));
+    connect(cmdWrtILimits, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdWrtILimits_Click(); }));
+    connect(cmdReadILimits, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdReadILimits_Click(); }));
+    connect(cmdSampleInterrupt, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdSampleInterrupt_Click(); }));
+    connect(cmdSampleIIIntr, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdSampleIIIntr_Click(); }));
+    connect(cmdStartRec, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdStartRec_Click(); }));
 }
 
 bool frmLXM410::eventFilter(QObject* watched, QEvent* event) {

@@ -17,9 +17,12 @@
 #include "core/VbText.h"
 #include "core/Yield.h"
 #include "device/frmLXM410.h"
+#include "device/parts/InterruptSampler.h"
+#include "device/parts/RecordFrame.h"
 #include "device/parts/RegisterPanel.h"
 #include "device/parts/StatusStrip.h"
 #include "device/parts/StripChart.h"
+#include "device/parts/ThresholdPanel.h"
 #include "scripts/frmScriptOps.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
@@ -29,6 +32,7 @@ namespace lxm {
 
 frmLXM410::frmLXM410(Session& session, QWidget* parent) : DeviceFormBase(session, parent) {
     BuildLayout();
+    BuildParts();
     WireHandlers();
     WireCollection();
 }

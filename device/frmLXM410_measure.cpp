@@ -8,6 +8,7 @@
 #include "acquisition/Conversion.h"
 #include "core/ColorLabel.h"
 #include "core/Colours.h"
+#include "core/ServedWait.h"
 #include "core/Shape.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
@@ -52,10 +53,10 @@ void FailLabel(ColorLabel* label) {
     label->setText(QStringLiteral("Fail"));
 }
 
-// Delays typed as fractions of a millisecond are rounded the way the pause call takes them;
-// zero or less means no pause.
-void PauseMs(Clock& clock, double ms) {
-    if (ms > 0) clock.Sleep(std::uint32_t(RoundEven(ms)));
+// A pause of the sequence keeps the window served; a running collection's Stop cuts it short.
+void PauseMs(Session& s, double ms) {
+    const bool running = s.Collecting;
+    ServedPauseMs(s, s.clock, ms, [&s, running] { return !running || s.Collecting; });
 }
 
 }  // namespace
@@ -164,7 +165,7 @@ void frmLXM410::OptMeasure_Click(int Index) {
                                        FullScaleCounts / FullScaleCounts));
         plot.ScaleMin = 0;
     }
-    plot.ScaleMax = std::int32_t(Val(chart_->txtScale2->text()) + 1);
+    plot.ScaleMax = TruncInt32(Val(chart_->txtScale2->text()) + 1);
     const std::int32_t step = plot.ScaleMax / 10;
     plot.ScaleLabels2[0] = QStringLiteral("0");
     for (int k = 1; k <= 10; ++k) plot.ScaleLabels2[k] = Trim(double(k) * step);
@@ -240,7 +241,7 @@ void frmLXM410::cmdProx_IR_Click() {
     if (irBefore) {
         IrMsb = IrLsb = 0;
         s_.comm().WriteBlock(0, {irCommand});
-        PauseMs(s_.clock, IntervalDisplayMs);
+        PauseMs(s_, IntervalDisplayMs);
         ReadDataRegisters();
         IrMsb = LastHigh;
         IrLsb = LastLow;
@@ -251,7 +252,7 @@ void frmLXM410::cmdProx_IR_Click() {
     // 4.
     ProxMsb = ProxLsb = 0;
     s_.comm().WriteBlock(0, {proxCommand});
-    PauseMs(s_.clock, IntervalDisplayMs);
+    PauseMs(s_, IntervalDisplayMs);
     ReadDataRegisters();
     ProxMsb = LastHigh;
     ProxLsb = LastLow;
@@ -261,7 +262,7 @@ void frmLXM410::cmdProx_IR_Click() {
     // so it is read twice and the second one kept.
     if (irAfter) {
         s_.comm().WriteBlock(0, {irCommand});
-        PauseMs(s_.clock, IntervalDisplayMs);
+        PauseMs(s_, IntervalDisplayMs);
         ReadDataRegisters();
         ReadDataRegisters();
         IrMsb = LastHigh;
@@ -296,7 +297,7 @@ void frmLXM410::cmdProx_IR_Click() {
     // 10.
     if (!s_.SessionOpen) s_.usb().CloseDevice();
     s_.TransferBusy = false;
-    PauseMs(s_.clock, LoopDelayMs);
+    PauseMs(s_, LoopDelayMs);
 }
 
 void frmLXM410::cmdProx_IR_GotFocus() {

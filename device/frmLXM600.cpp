@@ -58,7 +58,7 @@ frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session
         s_.TransferBusy = true;
         cmdScale_Click();
     };
-    h.sample = [this] { SamplePass(); };
+    h.sample = [this] { return SamplePass(); };
     h.plotRows = [this] { PlotRows(); };
     h.showReading = [this] { ShowReading(); };
     h.end = [this] { EndRun(); };
@@ -67,9 +67,10 @@ frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session
 
 frmLXM600::~frmLXM600() = default;
 
+// Every handler a control starts runs as one user action, which tells of a missing board once.
 void frmLXM600::WireHandlers() {
     strip_->onLabel13DblClick = [this] { Label13_DblClick(); };
-    connect(strip_->OptMode(2), &QRadioButton::clicked, this, [this] { OptMode_Click(2); });
+    connect(strip_->OptMode(2), &QRadioButton::clicked, this, AsUserAction(s_, [this] { OptMode_Click(2); }));
     panel_->onRead = [this](int i) { cmdRDReg_Click(i); };
     panel_->onWrite = [this](int i) { cmdWrtReg_Click(i); };
     panel_->onEnter = [this](int i) { txtRegHex_KeyPress(i, 13); };
@@ -81,30 +82,37 @@ void frmLXM600::WireHandlers() {
     rules.busyStatus = lblUSBStatis;
     rules.clearDeferredAfterRead = true;
 
-    for (auto& [i, box] : ChKLed) connect(box, &QCheckBox::clicked, this, [this, i = i] { ChKLed_Click(i); });
-    connect(Command4, &QPushButton::clicked, this, [this] { close(); });
-    connect(cmdReadID, &QPushButton::clicked, this, [this] { cmdReadID_Click(); });
-    connect(cmdUpdateReg, &QPushButton::clicked, this, [this] { cmdUpdateReg_Click(spnBitReg->value()); });
-    connect(cmdUpdateRead, &QPushButton::clicked, this, [this] { cmdUpdateRead_Click(spnBitReg->value()); });
-    WireArray(OptMMode, this, [this](int i) { OptMMode_Click(i); });
-    WireArray(OptALSRange, this, [this](int i) { OptALSRange_Click(i); });
-    WireArray(OptProxDr, this, [this](int i) { OptProxDr_Click(i); });
-    WireArray(OptIRSleep, this, [this](int i) { OptIRSleep_Click(i); });
-    WireArray(OptEPIN, this, [this](int i) { OptEPIN_Click(i); });
-    WireArray(optINTPALS, this, [this](int i) { optINTPALS_Click(i); });
-    WireArray(optINTP, this, [this](int i) { optINTP_Click(i); });
-    WireArray(OptGraph, this, [this](int i) { OptGraph_Click(i); });
-    connect(chkALSEnable, &QCheckBox::clicked, this, [this] { chkALSEnable_Click(); });
-    connect(ChkPEnable, &QCheckBox::clicked, this, [this] { ChkPEnable_Click(); });
-    connect(cmdReadAd, &QPushButton::clicked, this, [this] { cmdReadAd_Click(); });
-    connect(cmdCollectData, &QPushButton::clicked, this, [this] { cmdCollectData_Click(); });
-    connect(cmdCollect, &QPushButton::clicked, this, [this] { cmdCollectData_Click(); });
-    connect(cmdStopData, &QPushButton::clicked, this, [this] { cmdStopData_Click(); });
-    connect(cmdAbort, &QPushButton::clicked, this, [this] { cmdAbort_Click(); });
-    connect(FrmMeasureDetails->cmdClearHist, &QPushButton::clicked, this, [this] { cmdClearHist_Click(); });
-    connect(chart_->cmdScale, &QPushButton::clicked, this, [this] { cmdScale_Click(); });
-    connect(chart_->cmdAutoScale, &QPushButton::clicked, this, [this] { cmdAutoScale_Click(); });
-    connect(chart_->cmdRestoreScreen, &QPushButton::clicked, this, [this] { cmdRestoreScreen_Click(); });
+    for (auto& [i, box] : ChKLed)
+        connect(box, &QCheckBox::clicked, this, AsUserAction(s_, [this, i = i] { ChKLed_Click(i); }));
+    connect(Command4, &QPushButton::clicked, this, AsUserAction(s_, [this] { close(); }));
+    connect(cmdReadID, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdReadID_Click(); }));
+    connect(cmdUpdateReg, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdUpdateReg_Click(spnBitReg->value()); }));
+    connect(cmdUpdateRead, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdUpdateRead_Click(spnBitReg->value()); }));
+    WireArray(s_, OptMMode, this, [this](int i) { OptMMode_Click(i); });
+    WireArray(s_, OptALSRange, this, [this](int i) { OptALSRange_Click(i); });
+    WireArray(s_, OptProxDr, this, [this](int i) { OptProxDr_Click(i); });
+    WireArray(s_, OptIRSleep, this, [this](int i) { OptIRSleep_Click(i); });
+    WireArray(s_, OptEPIN, this, [this](int i) { OptEPIN_Click(i); });
+    WireArray(s_, optINTPALS, this, [this](int i) { optINTPALS_Click(i); });
+    WireArray(s_, optINTP, this, [this](int i) { optINTP_Click(i); });
+    WireArray(s_, OptGraph, this, [this](int i) { OptGraph_Click(i); });
+    connect(chkALSEnable, &QCheckBox::clicked, this, AsUserAction(s_, [this] { chkALSEnable_Click(); }));
+    connect(ChkPEnable, &QCheckBox::clicked, this, AsUserAction(s_, [this] { ChkPEnable_Click(); }));
+    connect(cmdReadAd, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdReadAd_Click(); }));
+    connect(cmdCollectData, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdCollectData_Click(); }));
+    connect(cmdCollect, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdCollectData_Click(); }));
+    connect(cmdStopData, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdStopData_Click(); }));
+    connect(cmdAbort, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdAbort_Click(); }));
+    connect(FrmMeasureDetails->cmdClearHist, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdClearHist_Click(); }));
+    connect(chart_->cmdScale, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdScale_Click(); }));
+    connect(chart_->cmdAutoScale, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdAutoScale_Click(); }));
+    connect(chart_->cmdRestoreScreen, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdRestoreScreen_Click(); }));
 }
 
 void frmLXM600::Form_Load() {

@@ -163,7 +163,7 @@ private:
     void ApplyOption(const BitField& field, const CtlArray<QRadioButton>& arr, int index);
     // Collection hooks.
     void StartRun();
-    void SamplePass();
+    bool SamplePass();
     void PlotRows();
     void ShowReading();
     void EndRun();

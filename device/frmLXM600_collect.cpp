@@ -71,16 +71,16 @@ void frmLXM600::StartRun() {
     Label6->show();
 }
 
-void frmLXM600::SamplePass() {
+bool frmLXM600::SamplePass() {
     if (run_.CollectAbort) {
         s_.Collecting = false;
-        return;
+        return false;
     }
     // The read waits for the bus like any other; the pass lets go of it for the read.
     s_.TransferBusy = false;
     cmdReadAd_Click();
     s_.TransferBusy = true;
-    if (!s_.Collecting) return;
+    if (!s_.Collecting) return false;
     double raw;
     if (TraceEnable1 == 255) {
         raw = ProxCount600;
@@ -103,6 +103,7 @@ void frmLXM600::SamplePass() {
     txtReading2->setText(Trim(ProxCount600));
     txtReading3->setText(Trim(AlsIrCount600));
     FrmMeasureDetails->Update(run_, txtADCRaw->text(), lastLow_, lastHigh_);
+    return true;
 }
 
 // Each trace has its own scale: the proximity trace the left one, the ALS/IR trace the right.

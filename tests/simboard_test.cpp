@@ -47,7 +47,7 @@ protected:
         Write(0, {command1});
     }
     void WaitConversions(int n) {
-        clock.AdvanceUs(n * FamilySensor::ConversionMicros(board.sensor().ResolutionBits()) + 1);
+        clock.AdvanceUs(n * FamilySensor::ConversionMicros(board.family().ResolutionBits()) + 1);
     }
     int Once(std::uint8_t command2, std::uint8_t command1) {
         Measure(command2, command1);
@@ -114,6 +114,15 @@ TEST_F(BoardTest, InWithoutReplyTimesOutAndLateRepliesComeOneInLater) {
     EXPECT_EQ(log.back().status, kUsbTimeout);
 }
 
+TEST_F(BoardTest, WireLogStaysBoundedAndKeepsTheNewest) {
+    const std::size_t limit = BoardController::kWireLogLimit;
+    for (std::size_t i = 0; i < limit + 10; ++i) Write(8, {std::uint8_t(i)});
+    const auto& log = ctl().wireLog();
+    EXPECT_LE(log.size(), limit);
+    EXPECT_GE(log.size(), limit / 2);
+    EXPECT_EQ(log.back().bytes, (Bytes{0, kWr, 8, std::uint8_t(limit + 9)}));
+}
+
 TEST_F(BoardTest, PortLinesEchoAndPb7ReadsTheInterruptLine) {
     // PB6 driven high, PC4 low (green on), PC5 high (red off), PB7 an input.
     const Bytes lines{0x40, 0x20, 0x40, 0x30};
@@ -141,7 +150,7 @@ class ResolutionTest : public BoardTest, public ::testing::WithParamInterface<st
 TEST_P(ResolutionTest, DataUpdatesOnlyWhenTheConversionEnds) {
     const auto [field, bits, sampleDelayUs] = GetParam();
     Measure(std::uint8_t(field), kAlsOnce);
-    ASSERT_EQ(board.sensor().ResolutionBits(), bits);
+    ASSERT_EQ(board.family().ResolutionBits(), bits);
     const std::int64_t t = FamilySensor::ConversionMicros(bits);
     if (sampleDelayUs) {
         EXPECT_LT(t, sampleDelayUs);
@@ -150,7 +159,7 @@ TEST_P(ResolutionTest, DataUpdatesOnlyWhenTheConversionEnds) {
     EXPECT_EQ(Data(), 0);
     clock.AdvanceUs(1);
     EXPECT_GT(Data(), 0);
-    EXPECT_EQ(board.sensor().conversions(), 1);
+    EXPECT_EQ(board.family().conversions(), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(AllResolutions, ResolutionTest,
@@ -162,7 +171,7 @@ TEST_F(BoardTest, OnceHoldsItsReadingWhileContinuousFollowsTheLight) {
     board.scene().ambientLux = 600;
     WaitConversions(10);
     EXPECT_EQ(Data(), first);
-    EXPECT_EQ(board.sensor().conversions(), 1);
+    EXPECT_EQ(board.family().conversions(), 1);
     EXPECT_EQ(board.sensor().Peek(0), kAlsOnce) << "the operation stays as written";
 
     Write(0, {kAlsCont});
@@ -184,7 +193,7 @@ TEST_F(BoardTest, LongIdleInContinuousModeCatchesUpQuickly) {
     clock.AdvanceMs(3'600'000.0);  // an hour of 24-us conversions
     board.scene().ambientLux = 500;
     EXPECT_EQ(Data(), 8);
-    EXPECT_GT(board.sensor().conversions(), 100'000'000);
+    EXPECT_GT(board.family().conversions(), 100'000'000);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }
 

@@ -7,6 +7,7 @@
 
 #include "acquisition/ModWaveform_ALS.h"
 #include "acquisition/PictureBox.h"
+#include "core/ServedWait.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
 #include "transport/Session.h"
@@ -48,6 +49,11 @@ void PacedCollection::Run() {
         if (!s_.Collecting) restartPending_ = true;
         return;
     }
+    // Without a board there is nothing to collect: say so once and leave the form as it was.
+    if (!s_.UsbConnected) {
+        s_.comm().NotConnected();
+        return;
+    }
     ++depth_;
     do {
         restartPending_ = false;
@@ -60,7 +66,7 @@ void PacedCollection::Run() {
 
 void PacedCollection::Start() {
     // The system timer already ticks in milliseconds here; nothing to request.
-    st_.IntervalMs = std::int32_t(Val(c_.txtInterval->text()));
+    st_.IntervalMs = WaitMsOf(c_.txtInterval->text());
     st_.PeakSample = -999999.0;
     if (hooks.start) hooks.start();
     st_.CollectAbort = false;
@@ -78,7 +84,8 @@ void PacedCollection::Start() {
     st_.CountMin = st_.maxMinPanel.countMin();
     st_.MaxMinCounter = 0;
 
-    s_.Collecting = true;
+    // The board may have gone during the form's start; a run without it would only collect zeros.
+    s_.Collecting = s_.UsbConnected;
     c_.txtTime1->show();
     st_.PassStartUs = s_.clock.Micros();
     st_.DeadlineUs = st_.PassStartUs + std::int64_t(st_.IntervalMs) * kMs;
@@ -87,18 +94,12 @@ void PacedCollection::Start() {
 
 // The margins are those of a millisecond timer; the deadline is kept in microseconds and the
 // sleep is as fine as the clock allows, so that a pass starts where the margins put it and not
-// up to a millisecond later.
+// up to a millisecond later. A long interval is waited in served slices, so Stop ends it early.
 void PacedCollection::PaceToDeadline() {
     st_.PacedDeadlineUs = st_.DeadlineUs;
-    for (;;) {
-        const std::int64_t now = s_.clock.Micros();
-        if (now >= st_.DeadlineUs - kReleaseMarginUs) {
-            st_.PassReleasedUs = now;
-            return;
-        }
-        // Below the release margin the sleep target is at least a millisecond away.
-        s_.clock.SleepMicros(st_.DeadlineUs - (now + kSleepMarginUs));
-    }
+    if (s_.clock.Micros() < st_.DeadlineUs - kReleaseMarginUs)
+        ServedWait(s_, s_.clock, st_.DeadlineUs - kSleepMarginUs, [this] { return s_.Collecting; });
+    st_.PassReleasedUs = s_.clock.Micros();
 }
 
 // Registers the user changed or asked for while the loop held the transport.
@@ -127,16 +128,17 @@ void PacedCollection::Pass() {
     s_.TransferBusy = true;
     DoEvents();
     if (!s_.Collecting) return;
-    st_.IntervalMs = std::int32_t(Val(c_.txtInterval->text()));
+    st_.IntervalMs = WaitMsOf(c_.txtInterval->text());
 
     if (!hooks.singleShot())
         PaceToDeadline();
     else
         st_.PacedDeadlineUs = st_.PassReleasedUs = s_.clock.Micros();
+    if (!s_.Collecting) return;
 
     if (s_.TransferDeferred) RefreshRegisters();
     // A board pulled during the refresh has ended the run; its message has been given.
-    if (s_.Collecting) hooks.sample();
+    if (s_.Collecting && !hooks.sample()) return;
 
     // A run stopped during this pass draws nothing more: "Clear Graph" may already have
     // restored the picture.

@@ -64,10 +64,11 @@ public:
         std::function<void(int)> readRow;    // the register panel's read of a deferred row
         std::function<void(int)> writeRow;   // ... and its write
         std::function<void()> afterRefresh;  // after deferred register transfers were served
-        std::function<void()> sample;        // take the sample of the pass
-        std::function<void()> plotRows;      // the newest point's rows, once per drawn pass
-        std::function<void()> showReading;   // the live value, every pass
-        std::function<void()> end;           // the form's own end steps
+        // Takes the sample of the pass; false when the run ended inside it and the pass stops.
+        std::function<bool()> sample;
+        std::function<void()> plotRows;     // the newest point's rows, once per drawn pass
+        std::function<void()> showReading;  // the live value, every pass
+        std::function<void()> end;          // the form's own end steps
     };
 
     PacedCollection(Session& session, CollectionState& state, PlotState& plot, Controls controls);

@@ -2,6 +2,8 @@
 
 #include <QGridLayout>
 
+#include "transport/Session.h"
+
 namespace lxm {
 
 QLineEdit* MakeBox(QWidget* parent, const QString& text, int width) {
@@ -24,10 +26,12 @@ QGridLayout* MakeOptionArray(QGroupBox* box, CtlArray<QRadioButton>& arr, const 
     return g;
 }
 
-void WireArray(const CtlArray<QRadioButton>& arr, QObject* context, const std::function<void(int)>& handler) {
+void WireArray(Session& session, const CtlArray<QRadioButton>& arr, QObject* context,
+               const std::function<void(int)>& handler) {
     for (const auto& [index, button] : arr) {
         const int i = index;
-        QObject::connect(button, &QRadioButton::clicked, context, [handler, i] { handler(i); });
+        QObject::connect(button, &QRadioButton::clicked, context,
+                         AsUserAction(session, [handler, i] { handler(i); }));
     }
 }
 

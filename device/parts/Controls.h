@@ -12,6 +12,10 @@
 
 class QGridLayout;
 
+namespace lxm {
+class Session;
+}
+
 // Building blocks every device form is made of: control arrays, small entry boxes, option
 // arrays and the bit-field arithmetic behind them.
 namespace lxm {
@@ -30,8 +34,10 @@ QLineEdit* MakeBox(QWidget* parent, const QString& text = {}, int width = 44);
 QGridLayout* MakeOptionArray(QGroupBox* box, CtlArray<QRadioButton>& arr, const OptionItems& items,
                              int perRow);
 
-// One handler per array: a click on member i calls handler(i).
-void WireArray(const CtlArray<QRadioButton>& arr, QObject* context, const std::function<void(int)>& handler);
+// One handler per array: a click on member i calls handler(i), as one user action of the session
+// (which tells of a missing board once).
+void WireArray(Session& session, const CtlArray<QRadioButton>& arr, QObject* context,
+               const std::function<void(int)>& handler);
 
 // The member of an option array that is selected, or fallback when none is.
 int SelectedIndex(const CtlArray<QRadioButton>& arr, int fallback = 0);

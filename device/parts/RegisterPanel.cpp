@@ -73,15 +73,16 @@ RegisterPanel::RegisterPanel(Session& session, int rows, const std::vector<QStri
         rdButton_.push_back(rdb);
         indWr_.push_back(indWr);
         indRd_.push_back(indRd);
-        connect(rdb, &QPushButton::clicked, this, [this, i] {
-            if (onRead) onRead(i);
-        });
-        connect(wr, &QPushButton::clicked, this, [this, i] {
-            if (onWrite) onWrite(i);
-        });
-        connect(hex, &QLineEdit::returnPressed, this, [this, i] {
-            if (onEnter) onEnter(i);
-        });
+        // Every click and Enter is one user action, which tells of a missing board once.
+        connect(rdb, &QPushButton::clicked, this, AsUserAction(s_, [this, i] {
+                    if (onRead) onRead(i);
+                }));
+        connect(wr, &QPushButton::clicked, this, AsUserAction(s_, [this, i] {
+                    if (onWrite) onWrite(i);
+                }));
+        connect(hex, &QLineEdit::returnPressed, this, AsUserAction(s_, [this, i] {
+                    if (onEnter) onEnter(i);
+                }));
     }
     readAll_ = new QPushButton(QStringLiteral("Read All"), this);
     auto* adrRow = new QHBoxLayout;
@@ -94,7 +95,7 @@ RegisterPanel::RegisterPanel(Session& session, int rows, const std::vector<QStri
     rg->addWidget(readAll_, rows + 1, 4, 1, 3);
     footer_ = new QGridLayout;
     rg->addLayout(footer_, rows + 2, 0, 1, 7);
-    connect(readAll_, &QPushButton::clicked, this, [this] { ReadAll(); });
+    connect(readAll_, &QPushButton::clicked, this, AsUserAction(s_, [this] { ReadAll(); }));
     connect(address_, &QLineEdit::returnPressed, this, [this] { AddressEntered(); });
 }
 
@@ -191,7 +192,7 @@ void RegisterPanel::ReadAll() {
 
 void RegisterPanel::AddressEntered() {
     address_->setText(address_->text().toUpper());
-    if (std::abs(HexValue(address_->text())) >= 256) address_->setText(QStringLiteral("88"));
+    if (std::llabs(std::int64_t(HexValue(address_->text()))) >= 256) address_->setText(QStringLiteral("88"));
     s_.I2cWriteAddr = std::uint8_t(HexValue(address_->text()));
     s_.I2cReadAddr = std::uint8_t(s_.I2cWriteAddr + 1);
 }
