@@ -52,19 +52,7 @@ void frmLXM410::cmdBrowse_Click() {
 }
 
 void frmLXM410::cmdStartRec_Click() {
-    MeasurementSource source;
-    source.sampleCount = [this] { return SampleCount; };
-    source.samples = [this]() -> const std::vector<double>& { return SampleValues; };
-    source.header = [this] {
-        MeasurementHeader h;
-        h.reg0 = txtRegHex(0)->text();
-        h.reg1 = txtRegHex(1)->text();
-        h.interval = txtInterval->text();
-        return h;
-    };
-    source.collectButton = cmdCollectData;
-    source.result = Label18;
-    WriteMeasurements(s_, *frmDataRecord, source);
+    RecordRun(*frmDataRecord, SampleCount, SampleValues, txtInterval, cmdCollectData, Label18);
 }
 
 void frmLXM410::mnuDoco_Click() {

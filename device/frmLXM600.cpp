@@ -18,10 +18,13 @@
 #include "core/Shape.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
+#include "device/parts/InterruptSampler.h"
 #include "device/parts/MaxMinFrame.h"
+#include "device/parts/RecordFrame.h"
 #include "device/parts/RegisterPanel.h"
 #include "device/parts/StatusStrip.h"
 #include "device/parts/StripChart.h"
+#include "device/parts/ThresholdPanel.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
 #include "transport/frmGPIO.h"
@@ -46,6 +49,7 @@ constexpr std::array<std::uint8_t, frmLXM600::kRegisterRows> kImage{
 
 frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session, parent) {
     BuildLayout();
+    BuildParts();
     PacedCollection::Controls c{txtInterval, txtTime1, lblLoop_Count, chart_->Picture1, kRegisterRows};
     loop_ = std::make_unique<PacedCollection>(s_, run_, plot_, c);
     auto& h = loop_->hooks;
@@ -55,6 +59,7 @@ frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session
     h.readRow = [this](int n) { cmdRDReg_Click(n); };
     h.writeRow = [this](int n) { cmdWrtReg_Click(n); };
     h.afterRefresh = [this] {
+        if (LimitsReadPending()) cmdReadILimits_Click();
         s_.TransferBusy = true;
         cmdScale_Click();
     };
@@ -98,6 +103,17 @@ void frmLXM600::WireHandlers() {
     WireArray(s_, optINTPALS, this, [this](int i) { optINTPALS_Click(i); });
     WireArray(s_, optINTP, this, [this](int i) { optINTP_Click(i); });
     WireArray(s_, OptGraph, this, [this](int i) { OptGraph_Click(i); });
+    connect(cmdWrtILimits, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdWrtILimits_Click(); }));
+    connect(cmdReadILimits, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdReadILimits_Click(); }));
+    connect(cmdALSClear, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdALSClear_Click(); }));
+    connect(cmdPIClear, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdPIClear_Click(); }));
+    connect(cmdSampleInternalIntrs, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdSampleInternalIntrs_Click(); }));
+    connect(cmdISamples, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdISamples_Click(); }));
+    connect(chkPoll, &QCheckBox::clicked, this, [this] { chkPoll_Click(); });
+    connect(frmDataRecord->cmdStartRec, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdStartRec_Click(); }));
     connect(chkALSEnable, &QCheckBox::clicked, this, AsUserAction(s_, [this] { chkALSEnable_Click(); }));
     connect(ChkPEnable, &QCheckBox::clicked, this, AsUserAction(s_, [this] { ChkPEnable_Click(); }));
     connect(cmdReadAd, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdReadAd_Click(); }));
@@ -173,7 +189,7 @@ void frmLXM600::Form_Load() {
     optINTP.at(0)->setChecked(true);
     OptGraph.at(0)->setChecked(true);
     OptGraph_Click(0);
-    txtFilePath->setText(QCoreApplication::applicationDirPath() + QStringLiteral("/Data.txt"));
+    frmDataRecord->Form_Load();
 
     // 7.
     txtInterval->setText(QStringLiteral("50"));
@@ -188,6 +204,11 @@ void frmLXM600::Form_Load() {
     // Set before the toggle runs, so this form opens in the full view.
     CompactView = true;
     Label13_DblClick();
+
+    txtIHigh.at(0)->setText(QStringLiteral("1500"));
+    txtILow.at(0)->setText(QStringLiteral("100"));
+    txtIHigh.at(2)->setText(QStringLiteral("255"));
+    txtILow.at(2)->setText(QStringLiteral("0"));
 }
 
 void frmLXM600::Label13_DblClick() {

@@ -14,12 +14,16 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSpinBox;
+class QTimer;
 
 namespace lxm {
 
 class DeviceSelection;
+class InterruptSampler;
 class MaxMinFrame;
+class RecordFrame;
 class StripChart;
+class ThresholdPanel;
 
 // The device form of the multi-function ALS/IR and proximity sensor: sixteen registers, its
 // own bit fields, a single read of the three data registers and a collection that keeps a
@@ -27,6 +31,7 @@ class StripChart;
 //   frmLXM600_layout.cpp   building the controls
 //   frmLXM600.cpp          Form_Load, the view toggle, the register panel and register controls
 //   frmLXM600_collect.cpp  the single read and the collection
+//   frmLXM600_interrupt.cpp  thresholds, interrupt flags and line, polling, recording
 class frmLXM600 : public DeviceFormBase {
 public:
     static constexpr int kRegisterRows = 16;
@@ -69,6 +74,21 @@ public:
     void cmdDrawTrace_Click();
     double ConvertToLux(double counts) const;
 
+    // ---- interrupts and recording (frmLXM600_interrupt.cpp)
+    void cmdWrtILimits_Click();
+    void cmdReadILimits_Click();
+    bool LimitsReadPending() const;
+    void cmdSampleInternalIntrs_Click();
+    void cmdALSClear_Click();
+    void cmdPIClear_Click();
+    void cmdISamples_Click();
+    void chkPoll_Click();
+    void TimerIPol_Timer();
+    void cmdStartRec_Click();
+    InterruptSampler& interruptSampler();
+    int polls() const { return polls_; }
+    static constexpr int kPollMs = 250;
+
     RegisterPanel& panel() { return *panel_; }
     StatusStrip& strip() { return *strip_; }
     StripChart& chart() { return *chart_; }
@@ -104,9 +124,21 @@ public:
     CtlArray<QRadioButton> optINTP;
     Shape* ShpALSFlag = nullptr;   // register 2 bit 3
     Shape* ShpProxFlag = nullptr;  // register 2 bit 7
-    // fraINT: the interrupt limits as the two sets of captions show them
+    // fraINT: the interrupt limits, 0 the ALS/IR window and 2 the proximity one
     QGroupBox* fraINT = nullptr;
     CtlArray<QLabel> lblIlimitsformat;  // 0..3 ALS/IR, 4..7 proximity
+    CtlArray<QLineEdit> txtILow;
+    CtlArray<QLineEdit> txtIHigh;
+    QPushButton* cmdWrtILimits = nullptr;
+    QPushButton* cmdReadILimits = nullptr;
+    QPushButton* cmdALSClear = nullptr;
+    QPushButton* cmdPIClear = nullptr;
+    QPushButton* cmdSampleInternalIntrs = nullptr;
+    QPushButton* cmdISamples = nullptr;
+    Shape* ShpINTexternal = nullptr;  // the board's interrupt line
+    Shape* ShpINt = nullptr;          // flips on every sample of the line
+    QCheckBox* chkPoll = nullptr;     // runs TimerIPol
+    QTimer* TimerIPol = nullptr;
     // single read
     QGroupBox* Frame2 = nullptr;
     QPushButton* cmdReadAd = nullptr;
@@ -133,8 +165,7 @@ public:
     QGroupBox* frmGraphSel = nullptr;
     CtlArray<QRadioButton> OptGraph;  // 0 "Proximity", 1 "ALS/IR"
     MaxMinFrame* FrmMeasureDetails = nullptr;
-    QGroupBox* frmDataRecord = nullptr;
-    QLineEdit* txtFilePath = nullptr;
+    RecordFrame* frmDataRecord = nullptr;  // "Save Measurements to File"
 
     // ======== state ========
     std::array<std::int32_t, 2> RangeTable{2000, 125};
@@ -157,7 +188,10 @@ public:
 
 private:
     void BuildLayout();
+    void BuildLimits();
+    void BuildParts();
     void WireHandlers();
+    void ClearFlag(std::uint8_t flag);
     // Clear the field, set the control's value, show the register and write it.
     void ApplyField(const BitField& field, int index, bool selected);
     void ApplyOption(const BitField& field, const CtlArray<QRadioButton>& arr, int index);
@@ -173,6 +207,9 @@ private:
     PlotState plot_;
     CollectionState run_;
     std::unique_ptr<PacedCollection> loop_;
+    std::unique_ptr<ThresholdPanel> thresholds_;
+    std::unique_ptr<InterruptSampler> interrupts_;
+    int polls_ = 0;
     std::uint8_t lastLow_ = 0, lastHigh_ = 0;
 };
 

@@ -10,6 +10,7 @@
 #include "core/VbText.h"
 #include "core/Yield.h"
 #include "device/frmLXM600.h"
+#include "device/parts/InterruptSampler.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RegisterPanel.h"
 #include "device/parts/StripChart.h"
@@ -103,6 +104,8 @@ bool frmLXM600::SamplePass() {
     txtReading2->setText(Trim(ProxCount600));
     txtReading3->setText(Trim(AlsIrCount600));
     FrmMeasureDetails->Update(run_, txtADCRaw->text(), lastLow_, lastHigh_);
+    // A sample of the interrupt line asked for during the run is taken here, between reads.
+    interruptSampler().Pass(false);
     return true;
 }
 

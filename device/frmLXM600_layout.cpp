@@ -15,6 +15,7 @@
 #include "device/frmLXM600.h"
 #include "device/parts/FormLayout.h"
 #include "device/parts/MaxMinFrame.h"
+#include "device/parts/RecordFrame.h"
 #include "device/parts/RegisterPanel.h"
 #include "device/parts/StatusStrip.h"
 #include "device/parts/StripChart.h"
@@ -148,19 +149,14 @@ void frmLXM600::BuildLayout() {
     ig->addLayout(flags, 3, 0);
     cols.column(1)->addWidget(frmIntConfig);
 
-    fraINT = new QGroupBox(QStringLiteral("Interrupt Limits"), this);
-    auto* lg = new QGridLayout(fraINT);
-    for (int i = 0; i < 8; ++i) {
-        lblIlimitsformat[i] = Caption(fraINT);
-        lg->addWidget(lblIlimitsformat[i], i % 4, i / 4);
-    }
+    BuildLimits();
     cols.column(1)->addWidget(fraINT);
 
-    frmDataRecord = new QGroupBox(QStringLiteral("Save Measurements to File"), this);
-    auto* drg = new QHBoxLayout(frmDataRecord);
-    txtFilePath = new QLineEdit(frmDataRecord);
-    drg->addWidget(Caption(frmDataRecord, QStringLiteral("File")));
-    drg->addWidget(txtFilePath, 1);
+    RecordCaptions record;
+    record.frameTitle = QStringLiteral("Save Measurements to File");
+    record.filter = QStringLiteral("All Files (*.*)|*.*|LXM20x Data Files(*.txt)|*.txt");
+    record.defaultFile = QStringLiteral("Data.txt");
+    frmDataRecord = new RecordFrame(s_, record, this);
     cols.column(1)->addWidget(frmDataRecord);
     cols.column(1)->addStretch(1);
 
@@ -239,6 +235,59 @@ void frmLXM600::BuildLayout() {
     chart_ = new StripChart(s_, plot_, true, this);
     cols.column(3)->addWidget(chart_);
     cols.column(3)->addStretch(1);
+}
+
+void frmLXM600::BuildLimits() {
+    fraINT = new QGroupBox(QStringLiteral("Interrupt Limits"), this);
+    auto* lg = new QGridLayout(fraINT);
+    lg->setVerticalSpacing(2);
+    lg->addWidget(Caption(fraINT, QStringLiteral("Interrupt Limits Dec")), 0, 0, 1, 3);
+    lg->addWidget(Caption(fraINT, QStringLiteral("Lower")), 1, 1);
+    lg->addWidget(Caption(fraINT, QStringLiteral("Upper")), 1, 2);
+    const std::pair<int, const char*> windows[2] = {{0, "ALS / IR"}, {2, "Prox"}};
+    int row = 2;
+    for (const auto& [i, caption] : windows) {
+        txtILow[i] = MakeBox(fraINT, QString(), 52);
+        txtIHigh[i] = MakeBox(fraINT, QString(), 52);
+        lg->addWidget(Caption(fraINT, QString::fromLatin1(caption)), row, 0);
+        lg->addWidget(txtILow[i], row, 1);
+        lg->addWidget(txtIHigh[i], row, 2);
+        ++row;
+    }
+    for (int i = 0; i < 8; ++i) {
+        lblIlimitsformat[i] = Caption(fraINT);
+        lg->addWidget(lblIlimitsformat[i], row + i % 4, i < 4 ? 0 : 2, 1, i < 4 ? 2 : 1);
+    }
+    row += 4;
+    cmdWrtILimits = new QPushButton(QStringLiteral("Write Limits"), fraINT);
+    cmdReadILimits = new QPushButton(QStringLiteral("Read Limits"), fraINT);
+    cmdALSClear = new QPushButton(QStringLiteral("Clear ALS INT"), fraINT);
+    cmdALSClear->setToolTip(QStringLiteral("Clears the ALS interrupt flag (register 2, bit 3)"));
+    cmdPIClear = new QPushButton(QStringLiteral("Clear Prox INT"), fraINT);
+    cmdPIClear->setToolTip(QStringLiteral("Clears the proximity interrupt flag (register 2, bit 7)"));
+    cmdSampleInternalIntrs = new QPushButton(QStringLiteral("INT Flags"), fraINT);
+    cmdSampleInternalIntrs->setToolTip(
+        QStringLiteral("Reads register 2, which carries both interrupt flags"));
+    cmdISamples = new QPushButton(QStringLiteral("INT Line"), fraINT);
+    cmdISamples->setToolTip(QStringLiteral("Samples the interrupt line of the board (red: asserted)"));
+    ShpINTexternal = new Shape(fraINT);
+    ShpINTexternal->setToolTip(QStringLiteral("Interrupt line (red: asserted)"));
+    ShpINt = new Shape(fraINT);
+    ShpINt->setToolTip(QStringLiteral("Changes colour with every sample of the interrupt line"));
+    chkPoll = Check(fraINT, QStringLiteral("Poll"));
+    chkPoll->setToolTip(QStringLiteral("Reads the sensor every quarter second"));
+    lg->addWidget(cmdWrtILimits, row, 0, 1, 2);
+    lg->addWidget(cmdReadILimits, row, 2);
+    lg->addWidget(cmdALSClear, row + 1, 0, 1, 2);
+    lg->addWidget(cmdPIClear, row + 1, 2);
+    lg->addWidget(cmdSampleInternalIntrs, row + 2, 0, 1, 2);
+    lg->addWidget(chkPoll, row + 2, 2);
+    auto* line = new QHBoxLayout;
+    line->addWidget(cmdISamples);
+    line->addWidget(ShpINTexternal);
+    line->addWidget(ShpINt);
+    line->addStretch(1);
+    lg->addLayout(line, row + 3, 0, 1, 3);
 }
 
 }  // namespace lxm

@@ -2,18 +2,25 @@
 // board and on the form's controls.
 #include <gtest/gtest.h>
 #include <QCheckBox>
+#include <QFile>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include "acquisition/Conversion.h"
 #include "acquisition/PictureBox.h"
+#include "acquisition/Thresholds.h"
 #include "core/ColorLabel.h"
+#include "core/Shape.h"
+#include "core/VbText.h"
 #include "device/frmLXM600.h"
 #include "device/parts/MaxMinFrame.h"
+#include "device/parts/RecordFrame.h"
 #include "device/parts/RegisterPanel.h"
 #include "device/parts/StatusStrip.h"
 #include "device/parts/StripChart.h"
@@ -29,6 +36,7 @@ const QString kDisconnected = "Device has been disconnected, reconnect and re-in
 class MultiFunctionForm : public ::testing::Test, protected BoardFixture {
 protected:
     MultiFunctionForm() {
+        board.Carry(sim::Chip::Lxm600);
         OpenSession();
         session.SelectedType = "LXM600";
         form = std::make_unique<frmLXM600>(session);
@@ -79,6 +87,7 @@ protected:
         return n;
     }
     bool Shown(QWidget* w) { return !w->isHidden(); }
+    sim::LightScene& scene() { return board.scene(); }
 
     std::unique_ptr<frmLXM600> form;
 };
@@ -355,6 +364,126 @@ TEST_F(MultiFunctionForm, UnplugDuringACollectionEndsItOnceAndKeepsTheSamples) {
     EXPECT_EQ(messages.count(kDisconnected), 1);
     EXPECT_EQ(messages.texts.size(), 1);
     EXPECT_FALSE(session.TransferBusy);
+}
+
+TEST_F(MultiFunctionForm, ReadAdGivesTheChipsCounts) {
+    scene().ambientLux = 300;
+    form->chkALSEnable->click();
+    Click(form->OptALSRange, 0);
+    clock.AdvanceMs(60);
+    form->cmdReadAd_Click();
+    EXPECT_EQ(form->AlsIrCount600, 300 * 4096 / 2000) << "a 12-bit reading over the low and high byte";
+    EXPECT_EQ(form->txtRegRd(10)->text(), "02");
+}
+
+TEST_F(MultiFunctionForm, ThresholdsGoToRegistersThreeToSevenAlsFirst) {
+    form->txtILow.at(0)->setText("291");    // 0x123
+    form->txtIHigh.at(0)->setText("2748");  // 0xABC
+    form->txtILow.at(2)->setText("10");
+    form->txtIHigh.at(2)->setText("200");
+    form->cmdWrtILimits->click();
+    EXPECT_EQ(Sends(),
+              (std::vector<Sent>{{0, 5, 0x23}, {0, 6, 0xA1}, {0, 7, 0xBC}, {0, 3, 10}, {0, 4, 200}}));
+    EXPECT_TRUE(messages.texts.isEmpty());
+    EXPECT_EQ(chip(6), 0xA1);
+
+    // Read back into fresh boxes.
+    for (int i : {0, 2}) {
+        form->txtILow.at(i)->clear();
+        form->txtIHigh.at(i)->clear();
+    }
+    wire().clear();
+    form->cmdReadILimits->click();
+    EXPECT_EQ(form->txtILow.at(0)->text(), "291");
+    EXPECT_EQ(form->txtIHigh.at(0)->text(), "2748");
+    EXPECT_EQ(form->txtILow.at(2)->text(), "10");
+    EXPECT_EQ(form->txtIHigh.at(2)->text(), "200");
+    std::vector<int> reads;
+    for (const Sent& x : Sends()) reads.push_back(x.reg);
+    EXPECT_EQ(reads, (std::vector<int>{3, 4, 5, 6, 7}));
+}
+
+TEST_F(MultiFunctionForm, AThresholdOutOfItsWidthIsReportedAndWrittenAllTheSame) {
+    form->txtILow.at(0)->setText("0");
+    form->txtIHigh.at(0)->setText("5000");
+    form->txtILow.at(2)->setText("300");
+    form->txtIHigh.at(2)->setText("255");
+    form->cmdWrtILimits->click();
+    EXPECT_EQ(messages.texts, (QStringList{HighLimitMessage(0, 4095), LowLimitMessage(0, 255)}));
+    EXPECT_EQ(messages.texts[1], "Low Limit must be within  0 Min and  255 Max. Re-enter Low Limit");
+    EXPECT_EQ(Sends().size(), 5u);
+    EXPECT_EQ(chip(3), 300 & 0xFF);
+}
+
+TEST_F(MultiFunctionForm, TheClearButtonsClearOneFlagEachAndTheLampsShowThem) {
+    // Both windows put around nothing the scene gives: every conversion is outside.
+    scene().ambientLux = 300;
+    scene().objectDistanceMm = 0;
+    form->txtILow.at(0)->setText("4000");
+    form->txtIHigh.at(0)->setText("4095");
+    form->txtILow.at(2)->setText("100");
+    form->txtIHigh.at(2)->setText("255");
+    form->cmdWrtILimits->click();
+    Click(form->optINTP, 2);  // image 0x40
+    Click(form->OptALSRange, 0);
+    form->chkALSEnable->click();
+    form->ChkPEnable->click();
+    Click(form->OptIRSleep, 7);
+    clock.AdvanceMs(100);
+    form->cmdSampleInternalIntrs->click();
+    ASSERT_EQ(session.RegReadMirror[2] & 0x88, 0x88);
+    EXPECT_TRUE(form->ShpALSFlag->hasFillIndex(12));
+    EXPECT_TRUE(form->ShpProxFlag->hasFillIndex(12));
+
+    wire().clear();
+    form->cmdALSClear->click();
+    EXPECT_EQ(Sends(), (std::vector<Sent>{{0, 2, 0xC0}}));
+    EXPECT_EQ(chip(2) & 0x88, 0x80) << "only the ALS flag went";
+    EXPECT_EQ(session.RegWriteMirror[2], 0x40) << "the image keeps only the settings";
+    EXPECT_EQ(form->txtRegHex(2)->text(), "40");
+
+    wire().clear();
+    form->cmdPIClear->click();
+    EXPECT_EQ(Sends(), (std::vector<Sent>{{0, 2, 0x48}}));
+    form->cmdSampleInternalIntrs->click();
+    EXPECT_EQ(form->ShpProxFlag->hasFillIndex(12), bool(session.RegReadMirror[2] & 0x80));
+}
+
+TEST_F(MultiFunctionForm, ThePollNeverStartsATransferInsideAnother) {
+    form->TimerIPol_Timer();
+    EXPECT_EQ(Sends(), (std::vector<Sent>{{2, 0, -1}}));
+    wire().clear();
+    session.TransferBusy = true;
+    form->TimerIPol_Timer();
+    session.TransferBusy = false;
+    EXPECT_TRUE(Sends().empty());
+    // Nor does it nag about a board that is gone: the detach said so once.
+    driver.Unplug();
+    Pump();
+    messages.clear();
+    form->TimerIPol_Timer();
+    EXPECT_TRUE(messages.texts.isEmpty());
+    EXPECT_FALSE(session.TransferBusy);
+    // The poll runs only while asked for.
+    EXPECT_FALSE(form->TimerIPol->isActive());
+    form->chkPoll->click();
+    EXPECT_TRUE(form->TimerIPol->isActive());
+}
+
+TEST_F(MultiFunctionForm, WriteToDiskRecordsTheChosenTrace) {
+    QTemporaryDir dir;
+    form->frmDataRecord->txtFilePath->setText(dir.filePath("run.txt"));
+    Click(form->OptGraph, 1);
+    Collect(25);
+    form->frmDataRecord->cmdStartRec->click();
+    QFile f(dir.filePath("run.txt"));
+    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+    const QStringList lines = QString::fromLatin1(f.readAll()).split("\r\n", Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 1 + 14 + 1);
+    EXPECT_TRUE(lines[0].startsWith("Collect Reg0:&hA0 :Reg1 &h00,Interval 50, ")) << lines[0].toStdString();
+    EXPECT_TRUE(lines[0].endsWith(", Qty 14"));
+    EXPECT_EQ(lines[1], " 0," + Str(form->collection().SampleValues2[11]));
+    EXPECT_EQ(lines.back(), "END");
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 #include "device/parts/DeviceFormBase.h"
 
 #include <QCloseEvent>
+#include <QLineEdit>
 
 #include "core/Yield.h"
+#include "device/parts/RecordFrame.h"
 #include "device/parts/RegisterPanel.h"
 #include "device/parts/StatusStrip.h"
 #include "transport/Session.h"
@@ -60,6 +62,24 @@ void DeviceFormBase::cmdReadAllRegs_Click() {
 
 void DeviceFormBase::OptMode_Click(int Index) {
     strip_->OptMode_Click(Index, [this] { cmdRDReg_Click(0); });
+}
+
+void DeviceFormBase::RecordRun(RecordFrame& frame, const std::int32_t& sampleCount,
+                               const std::vector<double>& samples, QLineEdit* interval, QPushButton* collect,
+                               QLabel* result) {
+    MeasurementSource source;
+    source.sampleCount = [&sampleCount] { return sampleCount; };
+    source.samples = [&samples]() -> const std::vector<double>& { return samples; };
+    source.header = [this, interval] {
+        MeasurementHeader h;
+        h.reg0 = txtRegHex(0)->text();
+        h.reg1 = txtRegHex(1)->text();
+        h.interval = interval->text();
+        return h;
+    };
+    source.collectButton = collect;
+    source.result = result;
+    WriteMeasurements(s_, frame, source);
 }
 
 void DeviceFormBase::changeEvent(QEvent* e) {

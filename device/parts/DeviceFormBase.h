@@ -1,12 +1,18 @@
 #pragma once
 
 #include <QWidget>
+#include <cstdint>
 #include <functional>
+#include <vector>
 
 #include "core/ActiveForm.h"
 
+class QLabel;
+class QPushButton;
+
 namespace lxm {
 
+class RecordFrame;
 class RegisterPanel;
 class Session;
 class StatusStrip;
@@ -41,6 +47,10 @@ public:
 
 protected:
     explicit DeviceFormBase(Session& session, QWidget* parent);
+    // "Write to Disk": the readings of the last run into the frame's file, with registers 0 and
+    // 1 and the interval in the header; Start stays out of reach while the file is written.
+    void RecordRun(RecordFrame& frame, const std::int32_t& sampleCount, const std::vector<double>& samples,
+                   QLineEdit* interval, QPushButton* collect, QLabel* result);
     // The form's own unload steps, run when it closes.
     virtual void Form_Unload() {}
 
