@@ -115,14 +115,8 @@ public:
     bool SignedPlotCase() const { return MeasureProx && ProxScheme == 1; }
 
     // ---- interrupt thresholds and the interrupt line (frmLXM410_interrupt.cpp)
-    void cmdWrtILimits_Click();
-    void cmdReadILimits_Click();
     void cmdSampleInterrupt_Click();
     void cmdSampleIIIntr_Click();
-    // The limits are to be read again at the collection's next register refresh.
-    bool LimitsReadPending() const;
-    bool IntLineActive() const;
-    InterruptSampler& interruptSampler() { return *interrupts_; }
 
     // ---- recording (frmLXM410_interrupt.cpp)
     void cmdBrowse_Click();
@@ -331,8 +325,6 @@ private:
     frmScriptOps* script_ = nullptr;
     StripChart* chart_ = nullptr;
     std::unique_ptr<PacedCollection> loop_;
-    std::unique_ptr<ThresholdPanel> thresholds_;
-    std::unique_ptr<InterruptSampler> interrupts_;
     Doco* doco_ = nullptr;
 };
 

@@ -26,15 +26,11 @@ void frmLXM410::WireCollection() {
     auto& h = loop_->hooks;
     h.start = [this] { StartCollection(); };
     h.singleShot = [this] { return MeasureSingleShot; };
-    h.readRow = [this](int n) { cmdRDReg_Click(n); };
-    h.writeRow = [this](int n) { cmdWrtReg_Click(n); };
-    h.afterRefresh = [this] {
-        if (LimitsReadPending()) cmdReadILimits_Click();
-        s_.TransferBusy = true;
+    WireRefresh(*loop_, [this] {
         cmdScale_Click();
         // The first conversion after a register change may be a mixed one: read and dropped.
         ReadDataRegisters();
-    };
+    });
     h.sample = [this] { return SamplePass(); };
     h.plotRows = [this] {
         plot.TracePixels[kTraceNewest] =

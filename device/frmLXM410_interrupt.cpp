@@ -23,24 +23,8 @@ void frmLXM410::BuildParts() {
     interrupts_ = std::make_unique<InterruptSampler>(s_, ShpINTexternal, ShpINt);
 }
 
-void frmLXM410::cmdWrtILimits_Click() {
-    thresholds_->Write();
-}
-
-void frmLXM410::cmdReadILimits_Click() {
-    thresholds_->Read();
-}
-
-bool frmLXM410::LimitsReadPending() const {
-    return thresholds_->readPending();
-}
-
 void frmLXM410::cmdSampleInterrupt_Click() {
     interrupts_->Sample();
-}
-
-bool frmLXM410::IntLineActive() const {
-    return interrupts_->IntLineActive();
 }
 
 void frmLXM410::cmdSampleIIIntr_Click() {

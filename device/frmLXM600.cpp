@@ -56,13 +56,7 @@ frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session
     h.start = [this] { StartRun(); };
     // The single read of every pass is paced by the interval.
     h.singleShot = [] { return false; };
-    h.readRow = [this](int n) { cmdRDReg_Click(n); };
-    h.writeRow = [this](int n) { cmdWrtReg_Click(n); };
-    h.afterRefresh = [this] {
-        if (LimitsReadPending()) cmdReadILimits_Click();
-        s_.TransferBusy = true;
-        cmdScale_Click();
-    };
+    WireRefresh(*loop_, [this] { cmdScale_Click(); });
     h.sample = [this] { return SamplePass(); };
     h.plotRows = [this] { PlotRows(); };
     h.showReading = [this] { ShowReading(); };

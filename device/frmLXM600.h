@@ -75,9 +75,6 @@ public:
     double ConvertToLux(double counts) const;
 
     // ---- interrupts and recording (frmLXM600_interrupt.cpp)
-    void cmdWrtILimits_Click();
-    void cmdReadILimits_Click();
-    bool LimitsReadPending() const;
     void cmdSampleInternalIntrs_Click();
     void cmdALSClear_Click();
     void cmdPIClear_Click();
@@ -85,7 +82,6 @@ public:
     void chkPoll_Click();
     void TimerIPol_Timer();
     void cmdStartRec_Click();
-    InterruptSampler& interruptSampler();
     int polls() const { return polls_; }
     static constexpr int kPollMs = 250;
 
@@ -207,8 +203,6 @@ private:
     PlotState plot_;
     CollectionState run_;
     std::unique_ptr<PacedCollection> loop_;
-    std::unique_ptr<ThresholdPanel> thresholds_;
-    std::unique_ptr<InterruptSampler> interrupts_;
     int polls_ = 0;
     std::uint8_t lastLow_ = 0, lastHigh_ = 0;
 };

@@ -60,24 +60,8 @@ void frmLXM600::BuildParts() {
     connect(TimerIPol, &QTimer::timeout, this, [this] { TimerIPol_Timer(); });
 }
 
-void frmLXM600::cmdWrtILimits_Click() {
-    thresholds_->Write();
-}
-
-void frmLXM600::cmdReadILimits_Click() {
-    thresholds_->Read();
-}
-
-bool frmLXM600::LimitsReadPending() const {
-    return thresholds_->readPending();
-}
-
 void frmLXM600::cmdISamples_Click() {
     interrupts_->Sample();
-}
-
-InterruptSampler& frmLXM600::interruptSampler() {
-    return *interrupts_;
 }
 
 void frmLXM600::cmdSampleInternalIntrs_Click() {

@@ -4,9 +4,12 @@
 #include <QLineEdit>
 
 #include "core/Yield.h"
+#include "device/parts/Collection.h"
+#include "device/parts/InterruptSampler.h"
 #include "device/parts/RecordFrame.h"
 #include "device/parts/RegisterPanel.h"
 #include "device/parts/StatusStrip.h"
+#include "device/parts/ThresholdPanel.h"
 #include "transport/Session.h"
 
 namespace lxm {
@@ -62,6 +65,32 @@ void DeviceFormBase::cmdReadAllRegs_Click() {
 
 void DeviceFormBase::OptMode_Click(int Index) {
     strip_->OptMode_Click(Index, [this] { cmdRDReg_Click(0); });
+}
+
+void DeviceFormBase::cmdWrtILimits_Click() {
+    thresholds_->Write();
+}
+
+void DeviceFormBase::cmdReadILimits_Click() {
+    thresholds_->Read();
+}
+
+bool DeviceFormBase::LimitsReadPending() const {
+    return thresholds_->readPending();
+}
+
+bool DeviceFormBase::IntLineActive() const {
+    return interrupts_->IntLineActive();
+}
+
+void DeviceFormBase::WireRefresh(PacedCollection& loop, std::function<void()> afterward) {
+    loop.hooks.readRow = [this](int n) { cmdRDReg_Click(n); };
+    loop.hooks.writeRow = [this](int n) { cmdWrtReg_Click(n); };
+    loop.hooks.afterRefresh = [this, afterward = std::move(afterward)] {
+        if (LimitsReadPending()) cmdReadILimits_Click();
+        s_.TransferBusy = true;
+        afterward();
+    };
 }
 
 void DeviceFormBase::RecordRun(RecordFrame& frame, const std::int32_t& sampleCount,

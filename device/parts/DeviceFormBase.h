@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "core/ActiveForm.h"
@@ -12,10 +13,13 @@ class QPushButton;
 
 namespace lxm {
 
+class InterruptSampler;
+class PacedCollection;
 class RecordFrame;
 class RegisterPanel;
 class Session;
 class StatusStrip;
+class ThresholdPanel;
 
 // What every device form is besides its own controls: the form the transfer layer reports on
 // (its lamps, "Fail" label, "Test Comm" and register rows live in the status strip and the
@@ -42,6 +46,14 @@ public:
     void cmdReadAllRegs_Click();
     void OptMode_Click(int Index);
 
+    // The interrupt thresholds and the board's interrupt line, as the form's parts hold them.
+    void cmdWrtILimits_Click();
+    void cmdReadILimits_Click();
+    // The limits are to be read again at the collection's next register refresh.
+    bool LimitsReadPending() const;
+    bool IntLineActive() const;
+    InterruptSampler& interruptSampler() { return *interrupts_; }
+
     // Called once the form has closed (the program then ends).
     std::function<void()> onClosed;
 
@@ -49,6 +61,9 @@ protected:
     explicit DeviceFormBase(Session& session, QWidget* parent);
     // "Write to Disk": the readings of the last run into the frame's file, with registers 0 and
     // 1 and the interval in the header; Start stays out of reach while the file is written.
+    // The collection loop's register refresh: deferred rows through the panel, then the limits
+    // when a read of them waits, then the form's own steps with the bus held again.
+    void WireRefresh(PacedCollection& loop, std::function<void()> afterward);
     void RecordRun(RecordFrame& frame, const std::int32_t& sampleCount, const std::vector<double>& samples,
                    QLineEdit* interval, QPushButton* collect, QLabel* result);
     // The form's own unload steps, run when it closes.
@@ -60,6 +75,8 @@ protected:
     Session& s_;
     StatusStrip* strip_ = nullptr;
     RegisterPanel* panel_ = nullptr;
+    std::unique_ptr<ThresholdPanel> thresholds_;
+    std::unique_ptr<InterruptSampler> interrupts_;
 };
 
 }  // namespace lxm
