@@ -114,7 +114,10 @@ QByteArray TraceBlock(const QString& text, const QString& date, const QString& t
 
 QString WriteFileWhole(const QString& path, const QByteArray& content, bool append) {
     if (path.isEmpty()) return Reason(ENOENT);
-    const QByteArray target = QFile::encodeName(path);
+    // Through a link the file it names is replaced, not the link.
+    const QFileInfo given(path);
+    const QFileInfo info(given.isSymLink() ? given.symLinkTarget() : path);
+    const QByteArray target = QFile::encodeName(info.filePath());
     struct stat st {};
     const bool exists = ::stat(target.constData(), &st) == 0;
     if (exists && S_ISDIR(st.st_mode)) return Reason(EISDIR);
@@ -126,7 +129,6 @@ QString WriteFileWhole(const QString& path, const QByteArray& content, bool appe
     }
     data += content;
 
-    const QFileInfo info(path);
     QByteArray temp = QFile::encodeName(info.absolutePath() + QStringLiteral("/.") + info.fileName()) +
                       QByteArrayLiteral(".XXXXXX");
     const int fd = ::mkstemp(temp.data());

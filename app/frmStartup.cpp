@@ -13,6 +13,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/frmAbout2.h"
 #include "core/Shape.h"
 #include "core/Yield.h"
 #include "device/frmLXM410.h"
@@ -227,11 +228,10 @@ void frmStartup::Command3_Click() {
 }
 
 void frmStartup::mnuAbout_Click() {
-    s_.messages.MsgBox(QStringLiteral("Velmarin ALS / Proximity Evaluation Software\nVersion %1\n\n"
-                                      "This software is provided for the evaluation of the sensors only, "
-                                      "without warranty of any kind.")
-                           .arg(QStringLiteral(LXMEVAL_VERSION)),
-                       QStringLiteral("About"));
+    if (!about_) about_ = std::make_unique<frmAbout2>(this);
+    about_->show();
+    about_->raise();
+    about_->activateWindow();
 }
 
 void frmStartup::Form_QueryUnload() {

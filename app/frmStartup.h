@@ -18,6 +18,7 @@ namespace lxm {
 class Session;
 class frmLXM410;
 class frmLXM600;
+class frmAbout2;
 
 // The start-up window: initialises the driver, waits for the board, shows the four USB
 // lamps and lets the user pick the sensor type.
@@ -45,6 +46,8 @@ public:
 
     frmLXM410* DeviceForm() { return lxm410_.get(); }
     frmLXM600* MultiFunctionForm() { return lxm600_.get(); }
+    // The about box, once "About" has opened it.
+    frmAbout2* AboutForm() { return about_.get(); }
     // Told the selected type before its form loads (the simulated board fits its chip).
     std::function<void(const std::string&)> onTypeSelected;
     // Where ExitProgram ends the program; the application quits by default.
@@ -93,6 +96,7 @@ private:
     QString commandLine_;
     std::unique_ptr<frmLXM410> lxm410_;
     std::unique_ptr<frmLXM600> lxm600_;
+    std::unique_ptr<frmAbout2> about_;
     bool selecting_ = false;
 };
 

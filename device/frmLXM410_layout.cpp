@@ -25,6 +25,7 @@
 #include "device/parts/RegisterPanel.h"
 #include "device/parts/StatusStrip.h"
 #include "device/parts/StripChart.h"
+#include "setup/SetupMenu.h"
 #include "transport/Session.h"
 
 namespace lxm {
@@ -46,6 +47,7 @@ void frmLXM410::BuildLayout() {
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
     mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));
+    AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
     layout()->setMenuBar(menuBar);
 
     // ---- status strip: link lamps, "Test Comm", the external LED, close

@@ -1,7 +1,6 @@
 // The family form's set-up, its two views, "Test Comm" and the small lifecycle handlers.
 #include <QCheckBox>
 #include <QCloseEvent>
-#include <QCoreApplication>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -95,7 +94,7 @@ void frmLXM410::Form_Load() {
     ShowRegister(1);
 
     // 8.
-    txtFilePath->setText(QCoreApplication::applicationDirPath() + QStringLiteral("/Data.txt"));
+    frmDataRecord->Form_Load();
 
     // 9.
     txtInterval->setText(QStringLiteral("8"));

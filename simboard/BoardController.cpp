@@ -161,9 +161,14 @@ bool BoardController::RedLedOn() const {
 
 void BoardController::Log(WireDir dir, std::uint8_t ep, const std::uint8_t* data, std::size_t len,
                           std::uint32_t status) {
-    // A simulated session can run for hours: the oldest half goes once the log is full.
-    if (log_.size() >= kWireLogLimit) log_.erase(log_.begin(), log_.begin() + kWireLogLimit / 2);
+    if (logCapacity_ == 0) return;
+    if (log_.size() >= logCapacity_) log_.pop_front();
     log_.push_back({dir, ep, std::vector<std::uint8_t>(data, data + len), status});
+}
+
+void BoardController::SetWireLogCapacity(std::size_t packets) {
+    logCapacity_ = packets;
+    while (log_.size() > logCapacity_) log_.pop_front();
 }
 
 }  // namespace lxm::sim

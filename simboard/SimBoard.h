@@ -88,6 +88,9 @@ struct WirePacket {
     std::uint32_t status;             // UsbStatus of the transfer
 };
 
+// The packets the board saw, oldest first. A ring: past its capacity the oldest go.
+using WireLog = std::deque<WirePacket>;
+
 // The board's controller at the byte level: bulk OUT and bulk IN by endpoint, exactly as the
 // USB host sees them. Both the simulated driver and an emulated USB bus sit on these two calls.
 class BoardController {
@@ -123,10 +126,12 @@ public:
         delayReplies_ = count;
     }  // reply withheld until the next IN after a time-out
 
-    // Every transfer, oldest first; holds at most kWireLogLimit, dropping the oldest half
-    // when full.
-    static constexpr std::size_t kWireLogLimit = 100'000;
-    std::vector<WirePacket>& wireLog() { return log_; }
+    // The wire log is for tests: it keeps the last kWireLogCapacity packets (a few MB at most)
+    // unless told otherwise; 0 keeps none, as the program does, which collects for hours.
+    static constexpr std::size_t kWireLogCapacity = 16384;
+    WireLog& wireLog() { return log_; }
+    void SetWireLogCapacity(std::size_t packets);
+    std::size_t wireLogCapacity() const { return logCapacity_; }
     Sensor& sensor() { return *sensor_; }
     // The chip on the I2C bus from now on.
     void SetSensor(Sensor& sensor) { sensor_ = &sensor; }
@@ -153,7 +158,8 @@ private:
     int nackNext_ = 0;
     int dropReplies_ = 0;
     int delayReplies_ = 0;
-    std::vector<WirePacket> log_;
+    WireLog log_;
+    std::size_t logCapacity_ = kWireLogCapacity;
 };
 
 // The chips a simulated board can carry: the four-member family shares one.

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include "acquisition/Recording.h"
@@ -93,6 +94,15 @@ TEST_F(FileTest, OverwriteReplacesAndAppendAddsWithoutLeftovers) {
     EXPECT_EQ(Read(p), "three\r\n");
     EXPECT_EQ(WriteFileWhole(Path("new.txt"), "x", true), "") << "appending to no file creates it";
     EXPECT_EQ(Entries(), (QStringList{"Data.txt", "new.txt"})) << "no temporary file stays behind";
+}
+
+TEST_F(FileTest, ThroughALinkTheLinkedFileIsReplaced) {
+    const QString real = Path("real.txt");
+    ASSERT_EQ(WriteFileWhole(real, "one\r\n", false), "");
+    ASSERT_TRUE(QFile::link(real, Path("link.txt")));
+    EXPECT_EQ(WriteFileWhole(Path("link.txt"), "two\r\n", true), "");
+    EXPECT_TRUE(QFileInfo(Path("link.txt")).isSymLink());
+    EXPECT_EQ(Read(real), "one\r\ntwo\r\n");
 }
 
 TEST_F(FileTest, KeepsThePermissionsOfTheFileItReplaces) {

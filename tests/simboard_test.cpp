@@ -114,13 +114,22 @@ TEST_F(BoardTest, InWithoutReplyTimesOutAndLateRepliesComeOneInLater) {
     EXPECT_EQ(log.back().status, kUsbTimeout);
 }
 
-TEST_F(BoardTest, WireLogStaysBoundedAndKeepsTheNewest) {
-    const std::size_t limit = BoardController::kWireLogLimit;
-    for (std::size_t i = 0; i < limit + 10; ++i) Write(8, {std::uint8_t(i)});
-    const auto& log = ctl().wireLog();
-    EXPECT_LE(log.size(), limit);
-    EXPECT_GE(log.size(), limit / 2);
-    EXPECT_EQ(log.back().bytes, (Bytes{0, kWr, 8, std::uint8_t(limit + 9)}));
+TEST_F(BoardTest, TheWireLogIsARingAndCanBeSwitchedOff) {
+    // A day's collection is millions of packets: the log keeps the newest and no more.
+    const std::size_t capacity = BoardController::kWireLogCapacity;
+    for (std::size_t i = 0; i < capacity + 100; ++i) Out(0x02, {0, kWr, 4, std::uint8_t(i)});
+    ASSERT_EQ(ctl().wireLog().size(), capacity);
+    EXPECT_EQ(ctl().wireLog().back().bytes[3], std::uint8_t(capacity + 99));
+    EXPECT_EQ(ctl().wireLog().front().bytes[3], std::uint8_t(100));
+
+    ctl().SetWireLogCapacity(3);
+    EXPECT_EQ(ctl().wireLog().size(), 3u);
+    EXPECT_EQ(ctl().wireLog().back().bytes[3], std::uint8_t(capacity + 99));
+    ctl().SetWireLogCapacity(0);
+    EXPECT_TRUE(ctl().wireLog().empty());
+    Read(8, 1, 6);
+    EXPECT_TRUE(ctl().wireLog().empty()) << "off keeps nothing, and the board still works";
+    EXPECT_EQ(board.sensor().Peek(4), std::uint8_t(capacity + 99));
 }
 
 TEST_F(BoardTest, PortLinesEchoAndPb7ReadsTheInterruptLine) {

@@ -83,7 +83,7 @@ TEST_F(SensorChoice, SelectionByNameTakesTheSameStepsAsTheUser) {
     EXPECT_EQ(told, (std::vector<std::string>{"LXM450", "LXM600"}));
 }
 
-TEST(CommandLine, AnUnknownSensorIsABadArgument) {
+TEST(SensorOption, AnUnknownSensorIsABadArgument) {
     QProcess p;
     p.setProcessEnvironment([] {
         auto env = QProcessEnvironment::systemEnvironment();
@@ -98,7 +98,7 @@ TEST(CommandLine, AnUnknownSensorIsABadArgument) {
 
     p.start(QStringLiteral(LXMEVAL_BINARY), {"--help"});
     ASSERT_TRUE(p.waitForFinished(20000));
-    EXPECT_TRUE(QString::fromLocal8Bit(p.readAllStandardOutput()).contains("--sensor <NAME>"));
+    EXPECT_TRUE(QString::fromLocal8Bit(p.readAllStandardOutput()).contains("--sensor NAME"));
 }
 
 }  // namespace

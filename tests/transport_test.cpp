@@ -57,7 +57,7 @@ protected:
         session.startupLamps = &form;
     }
     USB_Comm::Comm& comm() { return session.comm(); }
-    std::vector<sim::WirePacket> Packets() {
+    sim::WireLog Packets() {
         auto log = wire();
         wire().clear();
         return log;

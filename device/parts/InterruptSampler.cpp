@@ -19,8 +19,11 @@ void InterruptSampler::Sample() {
         s_.comm().NotConnected();
         return;
     }
+    // Outside a run the board is held only for the moment of another click's transfer; that
+    // click is not followed by a sampling point, so this one is dropped rather than kept for
+    // some later run to take by surprise.
     if (s_.TransferBusy) {
-        pending_ = true;
+        if (s_.Collecting) pending_ = true;
         return;
     }
     s_.TransferBusy = true;

@@ -34,6 +34,7 @@ ThresholdPanel::ThresholdPanel(Session& session, RegisterRows rows, ThresholdSch
 
 void ThresholdPanel::Write() {
     const std::vector<ThresholdFormat> formats = scheme_.formats();
+    if (formats.size() < scheme_.windows.size()) return;
     std::vector<ThresholdWindow> typed(scheme_.windows.size());
     bool allNumbers = true;
     for (std::size_t i = 0; i < typed.size(); ++i) {
@@ -79,6 +80,7 @@ void ThresholdPanel::Read() {
         s_.TransferDeferred = true;
         return;
     }
+    const std::vector<ThresholdFormat> formats = scheme_.formats();
     std::map<int, std::uint8_t> bytes;
     for (int reg : scheme_.readRegisters) {
         rows_.read(reg);
@@ -86,7 +88,7 @@ void ThresholdPanel::Read() {
         bytes[reg] = s_.RegReadMirror[std::size_t(reg)];
     }
     readPending_ = false;
-    const auto windows = scheme_.decode(bytes, scheme_.formats());
+    const auto windows = scheme_.decode(bytes, formats);
     for (std::size_t i = 0; i < windows.size() && i < scheme_.windows.size(); ++i) {
         scheme_.windows[i].low->setText(Trim(windows[i].first));
         scheme_.windows[i].high->setText(Trim(windows[i].second));
