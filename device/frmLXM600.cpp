@@ -2,6 +2,7 @@
 // controls that program registers 1 and 2.
 #include "device/frmLXM600.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QGroupBox>
@@ -83,6 +84,11 @@ void frmLXM600::WireHandlers() {
 
     for (auto& [i, box] : ChKLed)
         connect(box, &QCheckBox::clicked, this, AsUserAction(s_, [this, i = i] { ChKLed_Click(i); }));
+    connect(mnuGPIO, &QAction::triggered, this, AsUserAction(s_, [this] {
+                frmGPIO& g = s_.GpioForm();
+                g.show();
+                g.raise();
+            }));
     connect(Command4, &QPushButton::clicked, this, AsUserAction(s_, [this] { close(); }));
     connect(cmdReadID, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdReadID_Click(); }));
     connect(cmdUpdateReg, &QPushButton::clicked, this,

@@ -10,7 +10,9 @@
 #include "device/parts/DeviceFormBase.h"
 
 class QCheckBox;
+class QAction;
 class QLabel;
+class QMenuBar;
 class QLineEdit;
 class QPushButton;
 class QSpinBox;
@@ -92,6 +94,8 @@ public:
     PlotState& plot() { return plot_; }
 
     // ======== controls ========
+    QMenuBar* menuBar = nullptr;
+    QAction* mnuGPIO = nullptr;
     CtlArray<QCheckBox> ChKLed;  // 0 "Test Red LED", 1 "Test ORN LED"
     QLabel* lblUSBStatis = nullptr;
     QPushButton* Command4 = nullptr;

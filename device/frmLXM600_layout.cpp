@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
@@ -19,6 +20,8 @@
 #include "device/parts/RegisterPanel.h"
 #include "device/parts/StatusStrip.h"
 #include "device/parts/StripChart.h"
+#include "setup/SetupMenu.h"
+#include "transport/Session.h"
 
 namespace lxm {
 
@@ -37,6 +40,12 @@ QLabel* Caption(QWidget* parent, const QString& text = {}) {
 void frmLXM600::BuildLayout() {
     setWindowTitle(QStringLiteral("Form1"));
     FormColumns cols(this);
+
+    menuBar = new QMenuBar(this);
+    QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
+    mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
+    AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
+    layout()->setMenuBar(menuBar);
 
     // ---- status strip: lamps, "Test Comm", the two test LEDs, the transfer status, close
     strip_ = new StatusStrip(s_, this);
