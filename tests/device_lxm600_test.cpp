@@ -449,6 +449,26 @@ TEST_F(MultiFunctionForm, TheClearButtonsClearOneFlagEachAndTheLampsShowThem) {
     EXPECT_EQ(form->ShpProxFlag->hasFillIndex(12), bool(session.RegReadMirror[2] & 0x80));
 }
 
+TEST_F(MultiFunctionForm, AnUnplugInsideAReadOrAPollSaysSoOnce) {
+    driver.UnplugAfterTransfers(1);
+    form->cmdReadAd->click();
+    Pump();
+    EXPECT_EQ(messages.texts, QStringList{kDisconnected});
+    EXPECT_FALSE(session.TransferBusy);
+
+    driver.Plug();
+    Pump();
+    session.usb().InitDriver();
+    session.usb().OpenDevice();
+    messages.clear();
+    driver.UnplugAfterTransfers(1);
+    form->TimerIPol_Timer();
+    Pump();
+    form->TimerIPol_Timer();
+    EXPECT_EQ(messages.texts, QStringList{kDisconnected});
+    EXPECT_FALSE(session.TransferBusy);
+}
+
 TEST_F(MultiFunctionForm, ThePollNeverStartsATransferInsideAnother) {
     form->TimerIPol_Timer();
     EXPECT_EQ(Sends(), (std::vector<Sent>{{2, 0, -1}}));
