@@ -99,7 +99,7 @@ void frmLXM600::BuildLayout() {
     cols.column(0)->addWidget(FrmDevice);
     cols.column(0)->addStretch(1);
 
-    // ---- column 2: the register controls and the interrupt limits
+    // ---- column 4: the register controls and the interrupt limits
     frmALS = new QGroupBox(QStringLiteral("ALS / IR"), this);
     auto* ag = new QGridLayout(frmALS);
     auto* mmode = new QGroupBox(QStringLiteral("Measurement"), frmALS);
@@ -110,7 +110,7 @@ void frmLXM600::BuildLayout() {
     ag->addWidget(mmode, 0, 0);
     ag->addWidget(range, 0, 1);
     ag->addWidget(chkALSEnable, 1, 0, 1, 2);
-    cols.column(1)->addWidget(frmALS);
+    cols.column(2)->addWidget(frmALS);
 
     frmProx = new QGroupBox(QStringLiteral("Proximity"), this);
     auto* pg = new QGridLayout(frmProx);
@@ -131,7 +131,7 @@ void frmLXM600::BuildLayout() {
     pg->addWidget(drive, 0, 0);
     pg->addWidget(ChkPEnable, 0, 1);
     pg->addWidget(sleep, 1, 0, 1, 2);
-    cols.column(1)->addWidget(frmProx);
+    cols.column(2)->addWidget(frmProx);
 
     frmIntConfig = new QGroupBox(QStringLiteral("Interrupt"), this);
     auto* ig = new QGridLayout(frmIntConfig);
@@ -156,20 +156,20 @@ void frmLXM600::BuildLayout() {
     ig->addWidget(persistAls, 1, 0);
     ig->addWidget(persistProx, 2, 0);
     ig->addLayout(flags, 3, 0);
-    cols.column(1)->addWidget(frmIntConfig);
+    cols.column(3)->addWidget(frmIntConfig);
 
     BuildLimits();
-    cols.column(1)->addWidget(fraINT);
+    cols.column(3)->addWidget(fraINT);
 
     RecordCaptions record;
     record.frameTitle = QStringLiteral("Save Measurements to File");
     record.filter = QStringLiteral("All Files (*.*)|*.*|LXM20x Data Files(*.txt)|*.txt");
     record.defaultFile = QStringLiteral("Data.txt");
     frmDataRecord = new RecordFrame(s_, record, this);
-    cols.column(1)->addWidget(frmDataRecord);
-    cols.column(1)->addStretch(1);
+    cols.column(3)->addWidget(frmDataRecord);
+    cols.column(3)->addStretch(1);
 
-    // ---- column 3: single read, time base, collection
+    // ---- column 3: the collection; single read, time base and graph go under the chart
     Frame2 = new QGroupBox(QStringLiteral("Single Read"), this);
     auto* sg = new QGridLayout(Frame2);
     cmdReadAd = new QPushButton(QStringLiteral("Read AD"), Frame2);
@@ -181,7 +181,8 @@ void frmLXM600::BuildLayout() {
     sg->addWidget(lblMeasurements[1], 1, 1);
     sg->addWidget(Caption(Frame2, QStringLiteral("ALS / IR")), 2, 0);
     sg->addWidget(lblMeasurements[2], 2, 1);
-    cols.column(2)->addWidget(Frame2);
+    auto* small = new QHBoxLayout;
+    small->addWidget(Frame2);
 
     frmTimeBase = new QGroupBox(QStringLiteral("Time Base"), this);
     auto* tb = new QHBoxLayout(frmTimeBase);
@@ -190,11 +191,11 @@ void frmLXM600::BuildLayout() {
     txtInterval->setToolTip(QStringLiteral("Operator Selected time between Measurement Triggers."));
     tb->addWidget(Label3, 1);
     tb->addWidget(txtInterval);
-    cols.column(2)->addWidget(frmTimeBase);
+    small->addWidget(frmTimeBase);
 
     frmGraphSel = new QGroupBox(QStringLiteral("Graph"), this);
     MakeOptionArray(frmGraphSel, OptGraph, {{0, "Proximity"}, {1, "ALS/IR"}}, 2);
-    cols.column(2)->addWidget(frmGraphSel);
+    small->addWidget(frmGraphSel);
 
     frmCollect = new QGroupBox(QStringLiteral("Data Collection"), this);
     auto* cg = new QGridLayout(frmCollect);
@@ -240,10 +241,11 @@ void frmLXM600::BuildLayout() {
     cols.column(2)->addWidget(FrmMeasureDetails);
     cols.column(2)->addStretch(1);
 
-    // ---- column 4: the strip chart
+    // ---- column 2: the strip chart, with what chooses and paces its readings below it
     chart_ = new StripChart(s_, plot_, true, this);
-    cols.column(3)->addWidget(chart_);
-    cols.column(3)->addStretch(1);
+    cols.column(1)->addWidget(chart_);
+    cols.column(1)->addLayout(small);
+    cols.column(1)->addStretch(1);
 }
 
 void frmLXM600::BuildLimits() {
