@@ -17,6 +17,7 @@ namespace lxm {
 
 class Session;
 class frmLXM410;
+class frmLXM600;
 class frmAbout2;
 
 // The start-up window: initialises the driver, waits for the board, shows the four USB
@@ -30,6 +31,11 @@ public:
     void Form_Load();
     void Form_Activate();
     void cboTypeSelect_Click();
+    // The menu's way to the multi-function sensor, which the type list does not hold.
+    void mnuLXM600_Click();
+    // Selects a sensor by name (LXM410, LXM430, LXM450, LXM470, LXM600) the way the user
+    // would; false for a name the program does not know.
+    bool SelectSensor(const QString& name);
     void Command1_Click();  // "Open USB"
     void Command2_Click();  // "Close USB"
     void Command3_Click();  // "Init Table"
@@ -39,6 +45,7 @@ public:
     void ExitProgram();
 
     frmLXM410* DeviceForm() { return lxm410_.get(); }
+    frmLXM600* MultiFunctionForm() { return lxm600_.get(); }
     // The about box, once "About" has opened it.
     frmAbout2* AboutForm() { return about_.get(); }
     // Told the selected type before its form loads (the simulated board fits its chip).
@@ -68,6 +75,7 @@ public:
     QLabel* Label2[2] = {nullptr, nullptr};
     QMenuBar* menuBar = nullptr;
     QAction* mnuAbout = nullptr;
+    QAction* mnuLXM600 = nullptr;
     Shape* Shp_USB_Init_ = nullptr;
     Shape* ShpAttach_ = nullptr;
     Shape* Shp_USB_Info_ = nullptr;
@@ -79,10 +87,15 @@ protected:
 
 private:
     void BuildLayout();
+    // The selection steps shared by the list and the menu; type "" selects nothing.
+    void SelectType(const std::string& type);
+    template <class Form>
+    void ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& type);
 
     Session& s_;
     QString commandLine_;
     std::unique_ptr<frmLXM410> lxm410_;
+    std::unique_ptr<frmLXM600> lxm600_;
     std::unique_ptr<frmAbout2> about_;
     bool selecting_ = false;
 };

@@ -110,7 +110,11 @@ int main(int argc, char** argv) {
         simPanel->move(startup.frameGeometry().topRight() + QPoint(16, 0));
         simPanel->show();
     }
-    QTimer::singleShot(0, &startup, [&startup] { startup.Form_Load(); });
+    // --sensor makes the selection the user would, once start-up has finished.
+    QTimer::singleShot(0, &startup, [&startup, &cl] {
+        startup.Form_Load();
+        if (cl.sensor) startup.SelectSensor(QString::fromStdString(*cl.sensor));
+    });
     const int rc = app.exec();
     return rc;
 }

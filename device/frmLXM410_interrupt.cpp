@@ -23,24 +23,8 @@ void frmLXM410::BuildParts() {
     interrupts_ = std::make_unique<InterruptSampler>(s_, ShpINTexternal, ShpINt);
 }
 
-void frmLXM410::cmdWrtILimits_Click() {
-    thresholds_->Write();
-}
-
-void frmLXM410::cmdReadILimits_Click() {
-    thresholds_->Read();
-}
-
-bool frmLXM410::LimitsReadPending() const {
-    return thresholds_->readPending();
-}
-
 void frmLXM410::cmdSampleInterrupt_Click() {
     interrupts_->Sample();
-}
-
-bool frmLXM410::IntLineActive() const {
-    return interrupts_->IntLineActive();
 }
 
 void frmLXM410::cmdSampleIIIntr_Click() {
@@ -52,19 +36,7 @@ void frmLXM410::cmdBrowse_Click() {
 }
 
 void frmLXM410::cmdStartRec_Click() {
-    MeasurementSource source;
-    source.sampleCount = [this] { return SampleCount; };
-    source.samples = [this]() -> const std::vector<double>& { return SampleValues; };
-    source.header = [this] {
-        MeasurementHeader h;
-        h.reg0 = txtRegHex_[0]->text();
-        h.reg1 = txtRegHex_[1]->text();
-        h.interval = txtInterval->text();
-        return h;
-    };
-    source.collectButton = cmdCollectData;
-    source.result = Label18;
-    WriteMeasurements(s_, *frmDataRecord, source);
+    RecordRun(*frmDataRecord, SampleCount, SampleValues, txtInterval, cmdCollectData, Label18);
 }
 
 void frmLXM410::mnuDoco_Click() {

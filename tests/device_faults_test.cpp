@@ -113,7 +113,7 @@ TEST_F(FaultForm, OneClickTellsOfTheMissingBoardOnce) {
         {"read all", [&] { form->cmdReadAllRegs->click(); }},
         {"read", [&] { form->cmdRDReg[4]->click(); }},
         {"write", [&] { form->cmdWrtReg[4]->click(); }},
-        {"enter", [&] { Type(form->txtRegHex_[0], "A0"); }},
+        {"enter", [&] { Type(form->txtRegHex(0), "A0"); }},
     };
     for (const auto& [what, click] : clicks) {
         messages.clear();
@@ -197,8 +197,8 @@ TEST_F(LongWait, AHugeIntervalIsTakenAsTheMaximum) {
 }
 
 TEST_F(FaultForm, ABottomOfTheScaleAtTheInt32LimitStillPlots) {
-    form->txtScale->setText(QStringLiteral("1000"));
-    form->txtScaleMin->setText(QStringLiteral("-2147483648"));
+    form->chart().txtScale->setText(QStringLiteral("1000"));
+    form->chart().txtScaleMin->setText(QStringLiteral("-2147483648"));
     form->cmdScale_Click();
     Collect(12);
     EXPECT_EQ(form->plot.ScaleSpan, std::numeric_limits<std::int32_t>::max());
@@ -209,10 +209,10 @@ TEST_F(FaultForm, ABottomOfTheScaleAtTheInt32LimitStillPlots) {
 
 TEST_F(FaultForm, HexEntriesThatDoNotFitAreOutOfRangeHoweverLong) {
     const std::size_t mark = wire().size();
-    Type(form->txtRegHex_[4], "00000081F");
-    EXPECT_EQ(form->txtRegHex_[4]->text(), "00");
+    Type(form->txtRegHex(4), "00000081F");
+    EXPECT_EQ(form->txtRegHex(4)->text(), "00");
     EXPECT_EQ(WritesTo(4, mark), std::vector<std::uint8_t>{0x00});
-    Type(form->txtRegHex_[4], "0000000000000000000000000000000000000000001F");
+    Type(form->txtRegHex(4), "0000000000000000000000000000000000000000001F");
     EXPECT_EQ(WritesTo(4, mark), (std::vector<std::uint8_t>{0x00, 0x1F})) << "leading zeros alone are fine";
 
     for (const char* address : {"000000100", "80000000", "FFFFFFFFFFFF"}) {

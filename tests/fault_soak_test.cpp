@@ -140,7 +140,7 @@ struct Soak : FormFixture {
                 form->cmdRDReg[reg]->click();
                 break;
             case Action::Write:
-                form->txtRegHex_[reg]->setText(Hex2(Pick(256)));
+                form->txtRegHex(reg)->setText(Hex2(Pick(256)));
                 form->cmdWrtReg[reg]->click();
                 break;
             case Action::ReadAll:
@@ -227,13 +227,13 @@ struct Soak : FormFixture {
         messages.clear();
         for (int reg = 4; reg <= 7; ++reg) {
             const QString hex = Hex2(Pick(256));
-            form->txtRegHex_[reg]->setText(hex);
+            form->txtRegHex(reg)->setText(hex);
             form->txtRegHex_KeyPress(reg, 13);
             EXPECT_EQ(Hex2(chip(reg)), hex) << Where(what) << ", register " << reg;
         }
         for (int reg : {7, 4, 6, 5}) {
             form->cmdRDReg[reg]->click();
-            EXPECT_EQ(form->txtRegRd_[reg]->text(), Hex2(chip(reg))) << Where(what) << ", register " << reg;
+            EXPECT_EQ(form->txtRegRd(reg)->text(), Hex2(chip(reg))) << Where(what) << ", register " << reg;
         }
         EXPECT_TRUE(messages.texts.isEmpty()) << Where(what);
     }
@@ -375,7 +375,7 @@ struct Soak : FormFixture {
             const int reg = 4 + Pick(4);
             form->cmdRDReg[reg]->click();
             if (session.TransferOK && session.ReadStatusByte == 1) {
-                EXPECT_EQ(form->txtRegRd_[reg]->text(), Hex2(chip(reg))) << Where(what) << ", " << kind;
+                EXPECT_EQ(form->txtRegRd(reg)->text(), Hex2(chip(reg))) << Where(what) << ", " << kind;
             }
         }
         ClearTransferFaults();
