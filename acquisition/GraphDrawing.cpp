@@ -18,7 +18,7 @@ PictureBox* MakeGraphPicture(QWidget* parent) {
 }
 
 PictureBox* MakeLabelPicture(QWidget* parent) {
-    auto* labels = new PictureBox(kLabelStripSize, parent);
+    auto* labels = new PictureBox(kLabelStripSize, parent, PictureBox::Scaling::Resolution);
     // A pixel-sized font keeps the labels inside the strip whatever the desktop's font.
     QFont font = labels->font();
     font.setPixelSize(kLabelPixelSize);
@@ -31,7 +31,13 @@ PictureBox* MakeLabelPicture(QWidget* parent) {
 
 void PlaceGraph(PictureBox& labels, PictureBox& graph) {
     graph.setParent(&labels);
-    graph.move(kGraphOrigin);
+    auto place = [&labels, &graph] {
+        graph.SetDisplayScale(labels.DisplayScale());
+        graph.move(labels.ToWidget(QRect(kGraphOrigin, QSize(1, 1))).topLeft());
+    };
+    place();
+    QObject::connect(&labels, &PictureBox::Rescaled, &graph, place);
+    QObject::connect(&labels, &PictureBox::Resized, &graph, place);
     graph.show();
 }
 

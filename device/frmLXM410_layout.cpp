@@ -395,6 +395,7 @@ void frmLXM410::BuildLayout() {
     Picture2 = MakeLabelPicture(frmGraph);
     Picture1 = MakeGraphPicture(Picture2);
     PlaceGraph(*Picture2, *Picture1);
+    Picture2->SetFitToWidget(true);
     Picture1->setToolTip(QStringLiteral("Real Time Graph Display of Light Level."));
     Picture3 = new QWidget(frmGraph);
     Picture3->setFixedSize(40, 40);
@@ -427,11 +428,8 @@ void frmLXM410::BuildLayout() {
     gg->addWidget(cmdAutoScale, 4, 1);
     gg->addWidget(cmdSaveScreen, 5, 0);
     gg->addWidget(cmdRestoreScreen, 5, 1);
-    auto* col4 = new QVBoxLayout;
-    col4->addWidget(frmGraph);
-    col4->addStretch(1);
-    columns->addLayout(col4);
-    columns->addStretch(1);
+    gg->setRowStretch(0, 1);
+    columns->addWidget(frmGraph, 1);
 
     // The dual-mode panels show only while that measurement is selected.
     FrmProxExternal->hide();
@@ -480,6 +478,8 @@ void frmLXM410::WireHandlers() {
     connect(cmdRestoreScreen, &QPushButton::clicked, this, [this] { cmdRestoreScreen_Click(); });
     connect(mnuScript, &QAction::triggered, this, [this] { mnuScript_Click(); });
     connect(mnuGPIO, &QAction::triggered, this, [this] { mnuGPIO_Click(); });
+    // The labels are drawn at the resolution they are shown at, so a new scale draws them anew.
+    connect(Picture2, &PictureBox::Rescaled, this, [this] { DrawGraphLabels(); });
 }
 
 bool frmLXM410::eventFilter(QObject* watched, QEvent* event) {
