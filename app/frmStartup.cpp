@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include "core/Shape.h"
@@ -78,6 +79,12 @@ void frmStartup::BuildLayout() {
     ug->addWidget(Shp_USB_Info_, 1, 2, Qt::AlignCenter);
     ug->addWidget(Shp_USB_Transfer_, 1, 3, Qt::AlignCenter);
     root->addWidget(usb);
+    lblNoBoard = new QLabel(
+        QStringLiteral("No board found: plug it in, check the udev rule (README), or start with --simulate."),
+        this);
+    lblNoBoard->setStyleSheet(QStringLiteral("color: #a00000;"));
+    lblNoBoard->hide();
+    root->addWidget(lblNoBoard);
 
     auto* buttons = new QHBoxLayout;
     Command1 = new QPushButton(QStringLiteral("Open USB"), this);
@@ -93,6 +100,10 @@ void frmStartup::BuildLayout() {
     connect(Command2, &QPushButton::clicked, this, [this] { Command2_Click(); });
     connect(Command3, &QPushButton::clicked, this, [this] { Command3_Click(); });
     connect(mnuAbout, &QAction::triggered, this, [this] { mnuAbout_Click(); });
+    // The board may come or go at any moment, from the driver's callbacks.
+    hintTimer_ = new QTimer(this);
+    hintTimer_->setInterval(kHintRefreshMs);
+    connect(hintTimer_, &QTimer::timeout, this, [this] { ShowBoardHint(); });
     // Any change of the selection is a click, whether the user or the program made it.
     connect(cboTypeSelect, &QComboBox::currentIndexChanged, this, [this](int) { cboTypeSelect_Click(); });
 }
@@ -115,7 +126,13 @@ void frmStartup::Form_Load() {
     cboTypeSelect->clear();
     for (const char* t : kTypes) cboTypeSelect->addItem(QString::fromLatin1(t));
     cboTypeSelect->setCurrentIndex(0);
+    ShowBoardHint();
+    hintTimer_->start();
     DoEvents();
+}
+
+void frmStartup::ShowBoardHint() {
+    lblNoBoard->setVisible(!s_.UsbConnected);
 }
 
 void frmStartup::Form_Activate() {
@@ -169,6 +186,7 @@ void frmStartup::cboTypeSelect_Click() {
 
 void frmStartup::Command1_Click() {
     s_.usb().OpenDevice();
+    ShowBoardHint();
 }
 
 void frmStartup::Command2_Click() {
@@ -178,6 +196,7 @@ void frmStartup::Command2_Click() {
 
 void frmStartup::Command3_Click() {
     s_.usb().InitDriver();
+    ShowBoardHint();
 }
 
 void frmStartup::mnuAbout_Click() {

@@ -11,6 +11,7 @@ class QLabel;
 class QMenuBar;
 class QPushButton;
 class QAction;
+class QTimer;
 
 namespace lxm {
 
@@ -66,6 +67,10 @@ public:
     Shape* ShpAttach_ = nullptr;
     Shape* Shp_USB_Info_ = nullptr;
     Shape* Shp_USB_Transfer_ = nullptr;
+    // One line under the lamps while no board is there, saying what to do about it.
+    QLabel* lblNoBoard = nullptr;
+    void ShowBoardHint();
+    static constexpr int kHintRefreshMs = 500;
 
 protected:
     void changeEvent(QEvent* e) override;
@@ -78,6 +83,7 @@ private:
     QString commandLine_;
     std::unique_ptr<frmLXM410> lxm410_;
     bool selecting_ = false;
+    QTimer* hintTimer_ = nullptr;
 };
 
 }  // namespace lxm

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "app/SimulatorPanel.h"
+#include "app/WindowPlacement.h"
 #include "app/frmStartup.h"
 #include "core/Seams.h"
 #include "simboard/SimBoard.h"
@@ -57,7 +58,9 @@ int main(int argc, char** argv) {
     lxm::frmStartup startup(session, parser.positionalArguments().join(QLatin1Char(' ')));
     startup.show();
     if (simPanel) {
-        simPanel->move(startup.frameGeometry().topRight() + QPoint(16, 0));
+        // A first guess beside the start-up window; the panel corrects it once the window
+        // manager has framed that window.
+        lxm::MoveBeside(*simPanel, {&startup});
         simPanel->show();
     }
     QTimer::singleShot(0, &startup, [&startup] { startup.Form_Load(); });
