@@ -16,6 +16,7 @@
 
 #include "core/Shape.h"
 #include "core/Yield.h"
+#include "device/BoardMenu.h"
 #include "device/frmLXM410.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
@@ -174,6 +175,7 @@ void frmStartup::cboTypeSelect_Click() {
         if (!lxm410_) {
             lxm410_ = std::make_unique<frmLXM410>(s_);
             lxm410_->onClosed = [this] { ExitProgram(); };
+            lxm410_->boardMenu->SetSteps(Steps());
             lxm410_->Form_Load();
         }
         lxm410_->txtI2CADR->setText(QStringLiteral("88"));
@@ -182,6 +184,11 @@ void frmStartup::cboTypeSelect_Click() {
     }
     if (commandLine_.trimmed() != QStringLiteral("/d") && s_.UsbConnected) s_.GpioForm().hide();
     DoEvents();
+}
+
+BoardSteps frmStartup::Steps() {
+    return BoardSteps{[this] { Command3_Click(); }, [this] { Command1_Click(); },
+                      [this] { Command2_Click(); }};
 }
 
 void frmStartup::Command1_Click() {

@@ -17,6 +17,7 @@ namespace lxm {
 
 class Session;
 class frmLXM410;
+struct BoardSteps;
 
 // The start-up window: initialises the driver, waits for the board, shows the four USB
 // lamps and lets the user pick the sensor type.
@@ -33,6 +34,8 @@ public:
     void Command2_Click();  // "Close USB"
     void Command3_Click();  // "Init Table"
     void mnuAbout_Click();
+    // Its three board steps, for the Board menu of the device forms.
+    BoardSteps Steps();
     void Form_QueryUnload();
     // Shutdown of the board, a short pause, then the program ends.
     void ExitProgram();

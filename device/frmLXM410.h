@@ -30,6 +30,7 @@ class PictureBox;
 class ColorLabel;
 class Shape;
 class frmScriptOps;
+class BoardMenu;
 
 // A control array: the index is the one the handlers receive; arrays may have gaps.
 template <class T>
@@ -262,6 +263,8 @@ public:
     QMenuBar* menuBar = nullptr;
     QAction* mnuScript = nullptr;
     QAction* mnuGPIO = nullptr;
+    // Init Table, Open USB, Close USB and Reconnect.
+    BoardMenu* boardMenu = nullptr;
 
     // ======== state owned by the form while it is open ========
     // conversion state

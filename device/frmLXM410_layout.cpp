@@ -18,6 +18,7 @@
 #include "acquisition/PictureBox.h"
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
+#include "device/BoardMenu.h"
 #include "device/frmLXM410.h"
 
 namespace lxm {
@@ -47,6 +48,13 @@ void frmLXM410::BuildLayout() {
     QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
+    // The data registers 2 and 3 are read-only; the command register goes last, once the
+    // chip is configured again.
+    boardMenu = new BoardMenu(s_, *menuBar,
+                              BoardRegisters{this,
+                                             {1, 4, 5, 6, 7, 8, 0},
+                                             [this](int r) { cmdWrtReg_Click(r); },
+                                             [this](int r) { cmdRDReg_Click(r); }});
     root->setMenuBar(menuBar);
 
     // ---- status strip: link lamps, "Test Comm", the external LED, close
