@@ -128,6 +128,8 @@ public:
 
     // ---- strip chart (frmLXM410_plot.cpp)
     void cmdScale_Click();
+    // Enter in any of the four scale boxes re-scales, as "Manual Re-Scale" does.
+    void txtScale_KeyPress(int KeyAscii);
     void cmdAutoScale_Click();
     void cmdSaveScreen_Click();
     void cmdRestoreScreen_Click();

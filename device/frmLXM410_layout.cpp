@@ -17,6 +17,7 @@
 #include "acquisition/GraphDrawing.h"
 #include "acquisition/PictureBox.h"
 #include "core/ColorLabel.h"
+#include "core/EntryCheck.h"
 #include "core/Shape.h"
 #include "device/BoardMenu.h"
 #include "device/frmLXM410.h"
@@ -121,6 +122,7 @@ void frmLXM410::BuildLayout() {
         txtRegHex_[i] = Box(frmRegisters, QStringLiteral("00"), 36);
         txtRegHex_[i]->setToolTip(QStringLiteral("Display actual hex value of LXM200 control Register."));
         txtRegHex_[i]->installEventFilter(this);
+        CheckHexByte(txtRegHex_[i]);
         cmdWrtReg[i] = new QPushButton(QStringLiteral("Write to Register"), frmRegisters);
         ShpIndwr_[i] = new Shape(frmRegisters);
         txtRegRd_[i] = Box(frmRegisters, QString(), 36);
@@ -140,6 +142,7 @@ void frmLXM410::BuildLayout() {
     adrRow->addWidget(new QLabel(QStringLiteral("I2C Adr"), frmRegisters));
     txtI2CADR = Box(frmRegisters, QStringLiteral("88"), 40);
     txtI2CADR->installEventFilter(this);
+    CheckHexByte(txtI2CADR);
     adrRow->addWidget(txtI2CADR);
     adrRow->addStretch(1);
     adrRow->addWidget(new QLabel(QStringLiteral("INT flag"), frmRegisters));
@@ -481,6 +484,8 @@ void frmLXM410::WireHandlers() {
     connect(cmdStopData, &QPushButton::clicked, this, [this] { cmdStopData_Click(); });
     connect(cmdClearHist, &QPushButton::clicked, this, [this] { cmdClearHist_Click(); });
     connect(cmdScale, &QPushButton::clicked, this, [this] { cmdScale_Click(); });
+    for (QLineEdit* box : {txtScale, txtScaleMin, txtScale2, txtScaleMin2})
+        connect(box, &QLineEdit::returnPressed, this, [this] { txtScale_KeyPress(13); });
     connect(cmdAutoScale, &QPushButton::clicked, this, [this] { cmdAutoScale_Click(); });
     connect(cmdSaveScreen, &QPushButton::clicked, this, [this] { cmdSaveScreen_Click(); });
     connect(cmdRestoreScreen, &QPushButton::clicked, this, [this] { cmdRestoreScreen_Click(); });
@@ -507,7 +512,8 @@ bool frmLXM410::eventFilter(QObject* watched, QEvent* event) {
             if (watched == b) OptMeasure_GotFocus(i);
         if (watched == cmdProx_IR) cmdProx_IR_GotFocus();
     }
-    if (watched == LstDeviceSel->viewport() && type == QEvent::MouseButtonRelease) {
+    // Events reach here while the controls are still being built.
+    if (LstDeviceSel && watched == LstDeviceSel->viewport() && type == QEvent::MouseButtonRelease) {
         // Let the list take the click first, then act on its new selection.
         QWidget::eventFilter(watched, event);
         QMetaObject::invokeMethod(
