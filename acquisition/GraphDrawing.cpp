@@ -2,6 +2,7 @@
 
 #include <QFont>
 #include <QPalette>
+#include <algorithm>
 
 #include "acquisition/Conversion.h"
 #include "acquisition/FastDrawing.h"
@@ -96,9 +97,13 @@ void DrawGraphLabels(PictureBox& labels, const PictureBox& graph, const PlotStat
         labels.PrintAt(kGraphOrigin.x() + i * sx - labels.TextWidth(text) / 2, axisTop, text);
     }
 
-    const int captionTop = axisTop + lineHeight;
-    labels.PrintAt(leftColumnEnd - labels.TextWidth(state.AxisCaption), captionTop, state.AxisCaption);
-    labels.PrintAt(rightColumn, captionTop, state.AxisCaption2);
+    // The captions go under the ends of the sample axis, on the line of the sample count.
+    const int captionTop = axisTop + lineHeight + 4;
+    labels.PrintAt(std::max(0, kGraphOrigin.x() - labels.TextWidth(state.AxisCaption) / 2), captionTop,
+                   state.AxisCaption);
+    labels.PrintAt(std::min(labels.ScaleWidth() - labels.TextWidth(state.AxisCaption2),
+                            kGraphOrigin.x() + graphWidth - labels.TextWidth(state.AxisCaption2) / 2),
+                   captionTop, state.AxisCaption2);
 
     // The line's leading blanks are padding; it is placed so that its words are centred
     // under the graph.
@@ -106,7 +111,7 @@ void DrawGraphLabels(PictureBox& labels, const PictureBox& graph, const PlotStat
     const QString words = line.trimmed();
     const int padding = labels.TextWidth(line.left(line.size() - words.size()));
     const int x = kGraphOrigin.x() + graphWidth / 2 - labels.TextWidth(words) / 2 - padding;
-    labels.PrintAt(x, labels.CurrentY() + 5, line);
+    labels.PrintAt(x, captionTop, line);
     labels.Refresh();
 }
 

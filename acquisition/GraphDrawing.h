@@ -14,9 +14,9 @@ namespace lxm {
 
 // 405 columns (0..404; the trace uses up to 402) by 305 rows (0..304, the value scale).
 constexpr QSize kGraphSize{405, 305};
-constexpr QSize kLabelStripSize{525, 380};
+constexpr QSize kLabelStripSize{501, 350};
 // Top-left corner of the graph inside the label picture.
-constexpr QPoint kGraphOrigin{60, 10};
+constexpr QPoint kGraphOrigin{48, 10};
 // Gap between a value label and the graph's edge.
 constexpr int kLabelGap = 4;
 constexpr int kLabelPixelSize = 11;

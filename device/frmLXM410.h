@@ -351,6 +351,8 @@ private:
     void BuildLayout();
     void WireHandlers();
     void ApplyPartHiding();
+    // The view's own size, as far as the screen has room, and wholly on the screen.
+    void FitWindow();
     // Shows a register byte of the image in its entry box.
     void ShowRegister(int reg);
     // Read the light colour into the swatch (-1 means the "True" colour of the original).

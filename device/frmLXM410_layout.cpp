@@ -20,6 +20,7 @@
 #include "core/EntryCheck.h"
 #include "core/Shape.h"
 #include "device/BoardMenu.h"
+#include "device/FormFit.h"
 #include "device/frmLXM410.h"
 
 namespace lxm {
@@ -70,8 +71,9 @@ void frmLXM410::BuildLayout() {
     ShpStatus = new Shape(this);
     ShpStatus->hide();
     frmMode = Group(this, QString());
+    frmMode->setFlat(true);
     auto* modeRow = new QHBoxLayout(frmMode);
-    modeRow->setContentsMargins(6, 2, 6, 2);
+    modeRow->setContentsMargins(0, 0, 0, 0);
     OptMode_[2] = new QRadioButton(QStringLiteral("Test Comm"), frmMode);
     LblCommTest_ = new ColorLabel(QStringLiteral("Fail"), frmMode);
     LblCommTest_->setMinimumWidth(48);
@@ -90,11 +92,28 @@ void frmLXM410::BuildLayout() {
     strip->addWidget(ChKLed);
     strip->addStretch(1);
     strip->addWidget(Command4);
-    root->addLayout(strip);
+    // The strip rides in the menu bar's corner: a laptop screen has no height to spare.
+    auto* stripBox = new QWidget(menuBar);
+    stripBox->setLayout(strip);
+    strip->setContentsMargins(12, 0, 4, 0);
+    menuBar->setCornerWidget(stripBox, Qt::TopRightCorner);
 
-    auto* columns = new QHBoxLayout;
+    // Left, the register panel and the configuration in a scroll area that scrolls only on a
+    // screen too small for them. Right, the operation column beside the strip chart, and under
+    // them the panels that change with the measurement; the chart takes all the room left over.
+    auto* body = new QHBoxLayout;
+    body->setSpacing(6);
+    root->addLayout(body, 1);
+    auto* controls = new QWidget(this);
+    auto* columns = new QHBoxLayout(controls);
+    columns->setContentsMargins(0, 0, 0, 0);
     columns->setSpacing(6);
-    root->addLayout(columns, 1);
+    auto* scroll = new ControlsArea(this);
+    scroll->setWidget(controls);
+    body->addWidget(scroll);
+    auto* right = new QGridLayout;
+    right->setSpacing(6);
+    body->addLayout(right, 1);
 
     // ---- column 1: the register access panel
     auto* col1 = new QVBoxLayout;
@@ -184,11 +203,9 @@ void frmLXM410::BuildLayout() {
     drg->addWidget(new QLabel(QStringLiteral("File"), frmDataRecord));
     drg->addWidget(txtFilePath, 1);
     col1->addWidget(frmDataRecord);
-    col1->addStretch(1);
-    columns->addLayout(col1);
 
     // ---- column 2: configuration of registers 0 and 1
-    auto* col2 = new QVBoxLayout;
+    auto* col2 = col1;
     auto optionRow = [](QGroupBox* box, CtlArray<QRadioButton>& arr,
                         const std::vector<std::pair<int, QString>>& items, int perRow) {
         auto* g = new QGridLayout(box);
@@ -220,13 +237,13 @@ void frmLXM410::BuildLayout() {
 
     FraScheme = Group(this, QStringLiteral("Measurement Type"));
     optionRow(FraScheme, OptIRMode, {{0, "Scheme0"}, {1, "Scheme1"}}, 2);
-    col2->addWidget(FraScheme);
 
     auto* modeTiming = new QHBoxLayout;
     Frame4 = Group(this, QStringLiteral("Measurement"));
     optionRow(Frame4, OptMeasMode, {{0, "ADC"}}, 1);
     Frame5 = Group(this, QStringLiteral("Timing"));
     optionRow(Frame5, OptExtTime, {{0, "Internal"}}, 1);
+    modeTiming->addWidget(FraScheme);
     modeTiming->addWidget(Frame4);
     modeTiming->addWidget(Frame5);
     col2->addLayout(modeTiming);
@@ -239,7 +256,6 @@ void frmLXM410::BuildLayout() {
     optionRow(Frame6, OptPSrc, {{0, "100mA"}, {1, "50mA"}, {2, "25mA"}, {3, "12.5mA"}}, 2);
     pc->addWidget(Frame7);
     pc->addWidget(Frame6);
-    col2->addWidget(frmProxControl);
 
     fraINT = Group(this, QStringLiteral("Interrupt Persistance"));
     auto* ng = optionRow(fraINT, optINTP, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 4);
@@ -257,12 +273,14 @@ void frmLXM410::BuildLayout() {
     ng->addWidget(lblIlimitsformat[1], 2, 2, 1, 2);
     ng->addWidget(lblIlimitsformat[3], 3, 0, 1, 2);
     ng->addWidget(lblIlimitsformat[2], 3, 2, 1, 2);
-    col2->addWidget(fraINT);
-    col2->addStretch(1);
-    columns->addLayout(col2);
+    col1->addWidget(fraINT);
+    col1->addStretch(1);
+    columns->addLayout(col1);
 
     // ---- column 3: operation, readings, collection
     auto* col3 = new QVBoxLayout;
+    auto* underLeft = new QVBoxLayout;
+    auto* underRight = new QVBoxLayout;
     frmMeasure = Group(this, QStringLiteral("Operation"));
     optionRow(frmMeasure, OptMeasure,
               {{0, "Power Down"},
@@ -275,6 +293,11 @@ void frmLXM410::BuildLayout() {
                {7, "Prox. Cont"}},
               1);
     for (auto& [i, b] : OptMeasure) b->installEventFilter(this);
+    // Two to a row, the long one on a row of its own.
+    auto* mg3 = static_cast<QGridLayout*>(frmMeasure->layout());
+    const int place[8][3] = {{0, 0, 1}, {0, 1, 1}, {1, 0, 1}, {1, 1, 1},
+                             {2, 0, 2}, {3, 0, 1}, {3, 1, 1}, {4, 0, 1}};
+    for (int i = 0; i < 8; ++i) mg3->addWidget(OptMeasure.at(i), place[i][0], place[i][1], 1, place[i][2]);
     col3->addWidget(frmMeasure);
 
     Frame3 = Group(this, QStringLiteral("Measurement Loop Timing"));
@@ -297,7 +320,6 @@ void frmLXM410::BuildLayout() {
     txtPLoopDelay->setToolTip(QStringLiteral("Delay in Milliseconds between measurement sequence execution"));
     xg->addWidget(Label3, 3, 0);
     xg->addWidget(txtPLoopDelay, 3, 1);
-    col3->addWidget(FrmProxExternal);
 
     frmCollect = Group(this, QStringLiteral("Data Collection"));
     auto* rdg = new QGridLayout(frmCollect);
@@ -333,10 +355,10 @@ void frmLXM410::BuildLayout() {
     rdg->addWidget(txtTime1, 2, 1);
     rdg->addWidget(lblLoop_Count, 3, 0);
     rdg->addWidget(lblRange, 3, 1);
-    rdg->addWidget(cmdCollectData, 4, 0, 1, 2);
-    rdg->addWidget(cmdStopData, 5, 0, 1, 2);
-    rdg->addWidget(Label18, 6, 0, 1, 2);
-    rdg->addWidget(ChkSampleInt, 7, 0, 1, 2);
+    rdg->addWidget(cmdCollectData, 4, 0);
+    rdg->addWidget(cmdStopData, 4, 1);
+    rdg->addWidget(Label18, 5, 0);
+    rdg->addWidget(ChkSampleInt, 5, 1);
     col3->addWidget(frmCollect);
 
     // Single reads; the compact view hides them with their frame.
@@ -346,7 +368,7 @@ void frmLXM410::BuildLayout() {
     cmdProx_IR->setParent(Frame2);
     sr->addWidget(cmdRead_ADC);
     sr->addWidget(cmdProx_IR);
-    col3->addWidget(Frame2);
+    underRight->addWidget(Frame2);
 
     Frame9 = Group(this, QStringLiteral("Prox && IR Hex"));
     auto* h9 = new QGridLayout(Frame9);
@@ -356,19 +378,17 @@ void frmLXM410::BuildLayout() {
         h9->addWidget(new QLabel(QString::fromLatin1(kHexCaps[i]), Frame9), 0, i);
         h9->addWidget(txtProx_IR[i], 1, i);
     }
-    col3->addWidget(Frame9);
     Frame10 = Group(this, QStringLiteral("Prox && IR Decimal"));
     auto* h10 = new QGridLayout(Frame10);
     static const char* kDecCaps[3] = {"Prox", "IR", "Prox-IR"};
-    h10->addWidget(new QLabel(QStringLiteral("Over Range   V"), Frame10), 2, 0, 1, 3);
+    h10->addWidget(new QLabel(QStringLiteral("Over Range   V"), Frame10), 2, 3);
     for (int i = 0; i < 3; ++i) {
         txtProx_IR[4 + i] = Box(Frame10, QString(), 64);
         h10->addWidget(new QLabel(QString::fromLatin1(kDecCaps[i]), Frame10), 0, i);
         h10->addWidget(txtProx_IR[4 + i], 1, i);
         ShpOVRange[i] = new Shape(Frame10);
-        h10->addWidget(ShpOVRange[i], 3, i, Qt::AlignCenter);
+        h10->addWidget(ShpOVRange[i], 2, i, Qt::AlignCenter);
     }
-    col3->addWidget(Frame10);
 
     FrmMeasureDetails = Group(this, QStringLiteral("Max / Min"));
     auto* mg = new QGridLayout(FrmMeasureDetails);
@@ -388,7 +408,20 @@ void frmLXM410::BuildLayout() {
     cmdClearHist = new QPushButton(QStringLiteral("Clear"), FrmMeasureDetails);
     mg->addWidget(Label37, 3, 0, 1, 2);
     mg->addWidget(cmdClearHist, 3, 2);
-    col3->addWidget(FrmMeasureDetails);
+    // The max/min panel and the dual-mode panels take turns in one place, which keeps room for
+    // the larger of the two: choosing a measurement moves nothing else.
+    auto* details = new QGridLayout;
+    auto* dualPanels = new QHBoxLayout;
+    auto* hexAndDecimal = new QVBoxLayout;
+    hexAndDecimal->addWidget(Frame9);
+    hexAndDecimal->addWidget(Frame10);
+    dualPanels->addWidget(FrmProxExternal, 0, Qt::AlignTop);
+    dualPanels->addLayout(hexAndDecimal);
+    dualPanels->addStretch(1);
+    details->addWidget(FrmMeasureDetails, 0, 0, Qt::AlignTop);
+    details->addLayout(dualPanels, 0, 0, Qt::AlignTop);
+    underRight->addLayout(details);
+    underRight->addStretch(1);
 
     Frame11 = Group(this, QStringLiteral("Demonstrations"));
     auto* dm = new QHBoxLayout(Frame11);
@@ -396,9 +429,13 @@ void frmLXM410::BuildLayout() {
     cmdIDemo = new QPushButton(QStringLiteral("Interrupt Demo"), Frame11);
     dm->addWidget(cmdProxDemo);
     dm->addWidget(cmdIDemo);
+    underLeft->addWidget(frmProxControl);
     col3->addWidget(Frame11);
+    underLeft->addStretch(1);
     col3->addStretch(1);
-    columns->addLayout(col3);
+    right->addLayout(col3, 0, 0);
+    right->addLayout(underLeft, 1, 0);
+    right->addLayout(underRight, 1, 1);
 
     // ---- column 4: the strip chart
     frmGraph = Group(this, QStringLiteral("Real Time Graph"));
@@ -428,24 +465,42 @@ void frmLXM410::BuildLayout() {
         QStringLiteral("Updates Graph Scaling based on value enter into the \"Scale Max\" entry box."));
     cmdSaveScreen = new QPushButton(QStringLiteral("Save Screen"), frmGraph);
     cmdRestoreScreen = new QPushButton(QStringLiteral("Clear Graph"), frmGraph);
-    gg->addWidget(lblScaleCaption, 1, 0, 1, 2);
-    gg->addWidget(new QLabel(QStringLiteral("Light"), frmGraph), 1, 3, Qt::AlignCenter);
-    gg->addWidget(txtScale, 2, 0);
-    gg->addWidget(txtScaleMin, 2, 1);
-    gg->addWidget(Picture3, 2, 3, 2, 1, Qt::AlignCenter);
-    gg->addWidget(txtScale2, 3, 0);
-    gg->addWidget(txtScaleMin2, 3, 1);
-    gg->addWidget(cmdScale, 4, 0);
-    gg->addWidget(cmdAutoScale, 4, 1);
-    gg->addWidget(cmdSaveScreen, 5, 0);
-    gg->addWidget(cmdRestoreScreen, 5, 1);
+    // Scale boxes and buttons in two rows under the chart.
+    auto* scaleRow = new QHBoxLayout;
+    scaleRow->addWidget(lblScaleCaption);
+    scaleRow->addWidget(txtScale);
+    scaleRow->addWidget(txtScaleMin);
+    scaleRow->addWidget(txtScale2);
+    scaleRow->addWidget(txtScaleMin2);
+    scaleRow->addStretch(1);
+    scaleRow->addWidget(new QLabel(QStringLiteral("Light"), frmGraph));
+    scaleRow->addWidget(Picture3);
+    auto* buttonRow = new QHBoxLayout;
+    for (QPushButton* b : {cmdScale, cmdAutoScale, cmdSaveScreen, cmdRestoreScreen}) buttonRow->addWidget(b);
+    buttonRow->addStretch(1);
+    gg->addLayout(scaleRow, 1, 0);
+    gg->addLayout(buttonRow, 2, 0);
     gg->setRowStretch(0, 1);
-    columns->addWidget(frmGraph, 1);
+    right->addWidget(frmGraph, 0, 1);
+    right->setColumnStretch(1, 1);
+    right->setRowStretch(0, 1);
+
+    // Tight frames: on a laptop screen every row counts.
+    TightFrames(*this, {frmMode});
+    // Controls that come and go while the form is in use keep their room, so that nothing
+    // moves under the pointer.
+    KeepRoomWhenHidden({FrmProxExternal, Frame9, Frame10, FrmMeasureDetails, fraINT, Frame11, Label36,
+                        txtADCRaw, Label6, txtTime1, lblRange, cmdStopData, cmdSaveScreen, cmdRestoreScreen,
+                        cmdProx_IR, LblCommTest_});
 
     // The dual-mode panels show only while that measurement is selected.
     FrmProxExternal->hide();
     Frame9->hide();
     Frame10->hide();
+}
+
+void frmLXM410::FitWindow() {
+    lxm::FitWindow(*this);
 }
 
 void frmLXM410::WireHandlers() {

@@ -194,7 +194,7 @@ void frmLXM410::Label13_DblClick() {
         FrmDevice->hide();
     }
     ApplyPartHiding();
-    adjustSize();
+    FitWindow();
 }
 
 void frmLXM410::ApplyPartHiding() {

@@ -15,7 +15,7 @@ namespace lxm {
 namespace {
 
 TEST(FitScale, HalfStepsAboveOneAndAnyFractionBelow) {
-    const QSize strip = kLabelStripSize;  // 525 x 380
+    const QSize strip(525, 380);
     EXPECT_EQ(FitScale(strip, QSizeF(525, 380), 1.0), 1.0);
     EXPECT_EQ(FitScale(strip, QSizeF(700, 380), 1.0), 1.0) << "the height limits";
     EXPECT_EQ(FitScale(strip, QSizeF(800, 580), 1.0), 1.5);
@@ -48,7 +48,8 @@ TEST_F(ScaledChart, GrowsInStepsAndKeepsTheGraphInItsPlace) {
     EXPECT_EQ(labels->DisplayScale(), 1.0);
     EXPECT_EQ(graph->pos(), kGraphOrigin);
 
-    labels->resize(1100, 800);  // fits 2 (1050 x 760), centred in the room
+    const QSize twice = kLabelStripSize * 2;
+    labels->resize(twice + QSize(50, 40));  // fits 2, centred in the room
     EXPECT_EQ(labels->DisplayScale(), 2.0);
     EXPECT_EQ(rescaled.count(), 1);
     EXPECT_EQ(graph->DisplayScale(), 2.0);
@@ -60,13 +61,13 @@ TEST_F(ScaledChart, GrowsInStepsAndKeepsTheGraphInItsPlace) {
     EXPECT_EQ(labels->image().size(), kLabelStripSize * 2);
     EXPECT_EQ(labels->ScaleWidth(), kLabelStripSize.width());
 
-    labels->resize(1110, 800);  // same scale: only the place moves
+    labels->resize(twice + QSize(60, 40));  // same scale: only the place moves
     EXPECT_EQ(rescaled.count(), 1);
     EXPECT_EQ(graph->pos(), QPoint(30, 20) + kGraphOrigin * 2);
 }
 
 TEST_F(ScaledChart, EachGraphPixelIsAnUnsmoothedBlock) {
-    labels->resize(1050, 760);
+    labels->resize(kLabelStripSize * 2);
     ASSERT_EQ(graph->DisplayScale(), 2.0);
     graph->SetPixel(100, 50, Qt::red);
     graph->SetPixel(101, 50, Qt::blue);
@@ -84,7 +85,7 @@ TEST_F(ScaledChart, EachGraphPixelIsAnUnsmoothedBlock) {
 }
 
 TEST_F(ScaledChart, AtAHalfStepEveryGridLineIsEquallyWideAndSharp) {
-    labels->resize(800, 580);
+    labels->resize(kLabelStripSize * 1.5 + QSize(10, 10));
     ASSERT_EQ(graph->DisplayScale(), 1.5);
     DrawGrid(*graph);
     graph->Refresh();
@@ -117,7 +118,7 @@ TEST_F(ScaledChart, AtAHalfStepEveryGridLineIsEquallyWideAndSharp) {
 }
 
 TEST_F(ScaledChart, ALabelPixelPaintedAtTwiceTheSizeIsABlockOfTheLabelColour) {
-    labels->resize(1050, 760);
+    labels->resize(kLabelStripSize * 2);
     labels->SetPixel(3, 3, Qt::black);
     EXPECT_EQ(labels->Pixel(3, 3), QColor(Qt::black));
     EXPECT_EQ(labels->image().pixel(7, 7), qRgb(0, 0, 0));

@@ -1,0 +1,76 @@
+#include "FormFit.h"
+
+#include <QEvent>
+#include <QGroupBox>
+#include <QLayout>
+#include <QScreen>
+#include <QScrollBar>
+#include <algorithm>
+
+namespace lxm {
+
+ControlsArea::ControlsArea(QWidget* parent) : QScrollArea(parent) {
+    setFrameShape(QFrame::NoFrame);
+    setWidgetResizable(true);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
+}
+
+QSize ControlsArea::sizeHint() const {
+    if (!widget()) return QScrollArea::sizeHint();
+    const QSize content = widget()->sizeHint().expandedTo(widget()->minimumSizeHint());
+    // Room for a scroll bar down the side, so that scrolling up and down never hides a column.
+    return content + QSize(2 * frameWidth() + verticalScrollBar()->sizeHint().width(), 2 * frameWidth());
+}
+
+QSize ControlsArea::minimumSizeHint() const {
+    if (!widget()) return QScrollArea::minimumSizeHint();
+    return QSize(sizeHint().width(), 200);
+}
+
+bool ControlsArea::eventFilter(QObject* watched, QEvent* event) {
+    // The controls change size with the view: the window's layout must look again.
+    if (watched == widget() && event->type() == QEvent::LayoutRequest) updateGeometry();
+    return QScrollArea::eventFilter(watched, event);
+}
+
+void FitWindow(QWidget& window) {
+    // The view has just changed: settle the sizes now, not at the next event.
+    for (ControlsArea* area : window.findChildren<ControlsArea*>()) {
+        if (area->widget() && area->widget()->layout()) area->widget()->layout()->activate();
+        area->updateGeometry();
+    }
+    if (window.layout()) window.layout()->activate();
+    if (window.isMaximized() || window.isFullScreen()) return;
+    QSize want = window.sizeHint();
+    const QScreen* screen = window.screen();
+    if (!screen) {
+        window.resize(want);
+        return;
+    }
+    const QRect room = screen->availableGeometry();
+    const QSize frame = window.isVisible() ? window.frameGeometry().size() - window.size() : QSize(0, 0);
+    want = want.boundedTo(room.size() - frame).expandedTo(window.minimumSizeHint());
+    window.resize(want);
+    if (!window.isVisible()) return;
+    const QSize outer = want + frame;
+    QPoint corner = window.frameGeometry().topLeft();
+    corner.setX(std::max(room.left(), std::min(corner.x(), room.right() + 1 - outer.width())));
+    corner.setY(std::max(room.top(), std::min(corner.y(), room.bottom() + 1 - outer.height())));
+    if (corner != window.frameGeometry().topLeft()) window.move(corner);
+}
+
+void KeepRoomWhenHidden(std::initializer_list<QWidget*> widgets) {
+    for (QWidget* w : widgets) {
+        QSizePolicy policy = w->sizePolicy();
+        policy.setRetainSizeWhenHidden(true);
+        w->setSizePolicy(policy);
+    }
+}
+
+void TightFrames(QWidget& window, std::initializer_list<QGroupBox*> except) {
+    for (QGroupBox* box : window.findChildren<QGroupBox*>())
+        if (box->layout() && std::find(except.begin(), except.end(), box) == except.end())
+            box->layout()->setContentsMargins(6, 3, 6, 4);
+}
+
+}  // namespace lxm
