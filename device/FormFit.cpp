@@ -3,8 +3,10 @@
 #include <QEvent>
 #include <QGroupBox>
 #include <QLayout>
+#include <QPointer>
 #include <QScreen>
 #include <QScrollBar>
+#include <QTimer>
 #include <algorithm>
 
 namespace lxm {
@@ -52,11 +54,22 @@ void FitWindow(QWidget& window) {
     want = want.boundedTo(room.size() - frame).expandedTo(window.minimumSizeHint());
     window.resize(want);
     if (!window.isVisible()) return;
-    const QSize outer = want + frame;
-    QPoint corner = window.frameGeometry().topLeft();
+    // The window manager frames the new size in its own time; look where the window is then.
+    QPointer<QWidget> guard(&window);
+    QTimer::singleShot(kSettleMs, &window, [guard] {
+        if (guard) KeepOnScreen(*guard);
+    });
+}
+
+void KeepOnScreen(QWidget& window) {
+    const QScreen* screen = window.screen();
+    if (!screen || window.isMaximized() || window.isFullScreen()) return;
+    const QRect room = screen->availableGeometry();
+    const QRect outer = window.frameGeometry();
+    QPoint corner = outer.topLeft();
     corner.setX(std::max(room.left(), std::min(corner.x(), room.right() + 1 - outer.width())));
     corner.setY(std::max(room.top(), std::min(corner.y(), room.bottom() + 1 - outer.height())));
-    if (corner != window.frameGeometry().topLeft()) window.move(corner);
+    if (corner != outer.topLeft()) window.move(corner);
 }
 
 void KeepRoomWhenHidden(std::initializer_list<QWidget*> widgets) {

@@ -23,6 +23,9 @@ protected:
 // The window at its layout's natural size, as far as its screen has room, and wholly on the
 // screen. A maximised window keeps its size.
 void FitWindow(QWidget& window);
+// Moves a window that reaches past its screen's edge back onto it, its title bar first.
+void KeepOnScreen(QWidget& window);
+constexpr int kSettleMs = 100;
 
 // These keep their room while hidden, so that showing and hiding them moves nothing else.
 void KeepRoomWhenHidden(std::initializer_list<QWidget*> widgets);
