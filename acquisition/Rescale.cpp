@@ -68,6 +68,10 @@ std::optional<AutoScaleResult> AutoRescale(std::span<const double> sampleValues,
     return r;
 }
 
+std::int32_t ScaleSpanOf(std::int32_t scaleMax, std::int32_t scaleMin) {
+    return ToScale(double(std::int64_t(scaleMax) - scaleMin));
+}
+
 void ApplyScale(const ScaleResult& scale, PlotState& state) {
     state.ScaleMax = scale.scaleMax;
     state.ScaleMin = scale.scaleMin;

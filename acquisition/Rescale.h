@@ -40,6 +40,10 @@ struct AutoScaleResult {
 std::optional<AutoScaleResult> AutoRescale(std::span<const double> sampleValues, std::int32_t sampleCount,
                                            bool signedCase);
 
+// The span between a scale's top and bottom. Both come from the user's text, so the difference
+// may not fit 32 bits ("-2147483648" as the bottom): it saturates, as the scale values do.
+std::int32_t ScaleSpanOf(std::int32_t scaleMax, std::int32_t scaleMin);
+
 // Puts a result into the plot state. The automatic case also re-captions both axes.
 void ApplyScale(const ScaleResult& scale, PlotState& state);
 void ApplyScale(const AutoScaleResult& scale, PlotState& state);

@@ -14,6 +14,7 @@
 #include <QMenuBar>
 #include <QPushButton>
 #include <QScreen>
+#include <QSignalBlocker>
 #include <QSlider>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -126,21 +127,26 @@ void SimulatorPanel::Build() {
 
     auto* board = new QGroupBox(QStringLiteral("Board"), this);
     auto* bg = new QGridLayout(board);
+    cboChip = new QComboBox(board);
+    for (const sim::Chip chip : {sim::Chip::Family, sim::Chip::Lxm600})
+        cboChip->addItem(QString::fromLatin1(sim::ChipCaption(chip)), int(chip));
+    bg->addWidget(new QLabel(QStringLiteral("Chip"), board), 0, 0);
+    bg->addWidget(cboChip, 0, 1, 1, 5);
     cmdUnplug = new QPushButton(QStringLiteral("Unplug"), board);
     cmdPlug = new QPushButton(QStringLiteral("Plug In"), board);
     lblCable = new QLabel(board);
-    bg->addWidget(cmdUnplug, 0, 0);
-    bg->addWidget(cmdPlug, 0, 1);
-    bg->addWidget(lblCable, 0, 2, 1, 4);
+    bg->addWidget(cmdUnplug, 1, 0);
+    bg->addWidget(cmdPlug, 1, 1);
+    bg->addWidget(lblCable, 1, 2, 1, 4);
     lampExternal = new Shape(board, kLedOff);
     lampGreen = new Shape(board, kLedOff);
     lampRed = new Shape(board, kLedOff);
-    bg->addWidget(lampExternal, 1, 0, Qt::AlignRight);
-    bg->addWidget(new QLabel(QStringLiteral("External LED"), board), 1, 1);
-    bg->addWidget(lampGreen, 1, 2, Qt::AlignRight);
-    bg->addWidget(new QLabel(QStringLiteral("Green"), board), 1, 3);
-    bg->addWidget(lampRed, 1, 4, Qt::AlignRight);
-    bg->addWidget(new QLabel(QStringLiteral("Red"), board), 1, 5);
+    bg->addWidget(lampExternal, 2, 0, Qt::AlignRight);
+    bg->addWidget(new QLabel(QStringLiteral("External LED"), board), 2, 1);
+    bg->addWidget(lampGreen, 2, 2, Qt::AlignRight);
+    bg->addWidget(new QLabel(QStringLiteral("Green"), board), 2, 3);
+    bg->addWidget(lampRed, 2, 4, Qt::AlignRight);
+    bg->addWidget(new QLabel(QStringLiteral("Red"), board), 2, 5);
     root->addWidget(board);
     root->addStretch(1);
 }
@@ -207,6 +213,8 @@ void SimulatorPanel::Wire() {
     connect(cboScene, &QComboBox::currentIndexChanged, this, [this] { ApplyScene(); });
     connect(spnPeriod, &QDoubleSpinBox::valueChanged, this, [this] { ApplyScene(); });
     connect(spnDepth, &QDoubleSpinBox::valueChanged, this, [this] { ApplyScene(); });
+    connect(cboChip, &QComboBox::currentIndexChanged, this,
+            [this] { driver_.board().Carry(sim::Chip(cboChip->currentData().toInt())); });
     connect(cmdUnplug, &QPushButton::clicked, this, [this] {
         driver_.Unplug();
         RefreshFromBoard();
@@ -230,10 +238,22 @@ void SimulatorPanel::RefreshFromBoard() {
     cmdPlug->setEnabled(!plugged);
     lblCable->setText(plugged ? QStringLiteral("Plugged in") : QStringLiteral("Unplugged"));
 
+    // The chip can change from outside the panel (a type chosen at start-up).
+    const int chipIndex = cboChip->findData(int(board.chip()));
+    if (cboChip->currentIndex() != chipIndex) {
+        const QSignalBlocker quiet(cboChip);
+        cboChip->setCurrentIndex(chipIndex);
+    }
+
     const sim::LightScene::Sample now = board.scene().At(board.clock().Micros());
     QString text = QStringLiteral("%1 lux, IR %2").arg(now.lux, 0, 'f', 0).arg(now.ir, 0, 'f', 0);
     if (now.distanceMm > 0) text += QStringLiteral(", object at %1 mm").arg(now.distanceMm, 0, 'f', 0);
     if (lblNow->text() != text) lblNow->setText(text);
+}
+
+void SimulatorPanel::CarryForType(const std::string& type) {
+    driver_.board().CarryForType(type);
+    RefreshFromBoard();
 }
 
 void SimulatorPanel::Reopen() {

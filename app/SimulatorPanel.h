@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QWidget>
+#include <string>
 
 class QComboBox;
 class QDoubleSpinBox;
@@ -19,16 +20,19 @@ class SimDriver;
 }
 
 // A small control window for the simulated board: the light the sensor sees (ambient lux,
-// infrared, a reflecting object and how it varies over time), the USB cable, and the board's
-// three LEDs as lamps.
+// infrared, a reflecting object and how it varies over time), the chip on the board, the USB
+// cable, and the board's three LEDs as lamps.
 class SimulatorPanel : public QWidget {
 public:
     explicit SimulatorPanel(sim::SimDriver& driver, QWidget* parent = nullptr);
 
     // Brings the panel to the front, opening it again after it was closed.
     void Reopen();
-    // Lamps, cable state and the light seen right now, from the board.
+    // Lamps, cable state, the chip and the light seen right now, from the board.
     void RefreshFromBoard();
+    // Puts the chip of a sensor type name on the board (the start-up window's choice);
+    // a name without a chip leaves the board as it is.
+    void CarryForType(const std::string& type);
 
     // Scene: each value has a spin box for typing and a slider for sweeping.
     QDoubleSpinBox* spnLux = nullptr;
@@ -43,6 +47,7 @@ public:
     QDoubleSpinBox* spnPeriod = nullptr;
     QDoubleSpinBox* spnDepth = nullptr;
     QLabel* lblNow = nullptr;
+    QComboBox* cboChip = nullptr;  // the chip on the board
     // Cable
     QPushButton* cmdUnplug = nullptr;
     QPushButton* cmdPlug = nullptr;

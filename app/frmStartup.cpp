@@ -14,10 +14,13 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include "app/frmAbout2.h"
 #include "core/Shape.h"
 #include "core/Yield.h"
 #include "device/BoardMenu.h"
 #include "device/frmLXM410.h"
+#include "device/frmLXM600.h"
+#include "device/parts/RegisterPanel.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
 #include "transport/frmGPIO.h"
@@ -29,6 +32,13 @@ namespace {
 const char* const kTypes[] = {"ALS Type Selections", "LXM410 Adr 88", "LXM430 Adr 88", "LXM450 Adr 88",
                               "LXM470 Adr 88"};
 const char* const kTypeNames[] = {"", "LXM410", "LXM430", "LXM450", "LXM470"};
+
+QLineEdit* AddressEntry(frmLXM410& form) {
+    return form.txtI2CADR;
+}
+QLineEdit* AddressEntry(frmLXM600& form) {
+    return form.panel().txtI2CADR();
+}
 }  // namespace
 
 frmStartup::frmStartup(Session& session, QString commandLine, QWidget* parent)
@@ -40,6 +50,7 @@ frmStartup::frmStartup(Session& session, QString commandLine, QWidget* parent)
 
 frmStartup::~frmStartup() {
     lxm410_.reset();
+    lxm600_.reset();
     s_.FormGone(this);
     if (s_.startupLamps == this) s_.startupLamps = nullptr;
 }
@@ -47,6 +58,9 @@ frmStartup::~frmStartup() {
 void frmStartup::BuildLayout() {
     auto* root = new QVBoxLayout(this);
     menuBar = new QMenuBar(this);
+    QMenu* sensors = menuBar->addMenu(QStringLiteral("Sensor"));
+    mnuLXM600 = sensors->addAction(QStringLiteral("LXM600 Adr 88"));
+    mnuLXM600->setToolTip(QStringLiteral("The multi-function ALS / IR and proximity sensor"));
     mnuAbout = menuBar->addAction(QStringLiteral("About"));
     root->setMenuBar(menuBar);
 
@@ -101,12 +115,14 @@ void frmStartup::BuildLayout() {
     connect(Command2, &QPushButton::clicked, this, [this] { Command2_Click(); });
     connect(Command3, &QPushButton::clicked, this, [this] { Command3_Click(); });
     connect(mnuAbout, &QAction::triggered, this, [this] { mnuAbout_Click(); });
+    connect(mnuLXM600, &QAction::triggered, this, AsUserAction(s_, [this] { mnuLXM600_Click(); }));
     // The board may come or go at any moment, from the driver's callbacks.
     hintTimer_ = new QTimer(this);
     hintTimer_->setInterval(kHintRefreshMs);
     connect(hintTimer_, &QTimer::timeout, this, [this] { ShowBoardHint(); });
     // Any change of the selection is a click, whether the user or the program made it.
-    connect(cboTypeSelect, &QComboBox::currentIndexChanged, this, [this](int) { cboTypeSelect_Click(); });
+    connect(cboTypeSelect, &QComboBox::currentIndexChanged, this,
+            AsUserAction(s_, [this] { cboTypeSelect_Click(); }));
 }
 
 void frmStartup::Form_Load() {
@@ -149,11 +165,35 @@ void frmStartup::changeEvent(QEvent* e) {
 void frmStartup::cboTypeSelect_Click() {
     const int index = cboTypeSelect->currentIndex();
     if (index < 0) return;  // the list is being refilled
+    SelectType(kTypeNames[index]);
+}
+
+void frmStartup::mnuLXM600_Click() {
+    SelectType("LXM600");
+}
+
+bool frmStartup::SelectSensor(const QString& name) {
+    if (name == QLatin1String("LXM600")) {
+        mnuLXM600_Click();
+        return true;
+    }
+    for (int i = 1; i < cboTypeSelect->count() && i < int(std::size(kTypeNames)); ++i) {
+        if (name == QLatin1String(kTypeNames[i])) {
+            // A choice in the list, as the user makes it.
+            cboTypeSelect->setCurrentIndex(i);
+            return true;
+        }
+    }
+    return false;
+}
+
+void frmStartup::SelectType(const std::string& type) {
     s_.activeForm = this;
     s_.Collecting = false;
-    if (index != 0 && !s_.UsbConnected) {
+    if (!type.empty() && !s_.UsbConnected) {
         s_.messages.MsgBox(
             QStringLiteral("Evaluation Board is not connected, or another application is using it."));
+        // The list goes back to its first entry; that selection re-enters here and stops below.
         cboTypeSelect->setCurrentIndex(0);
         DoEvents();
         return;
@@ -166,22 +206,10 @@ void frmStartup::cboTypeSelect_Click() {
     s_.activeForm = this;
     DoEvents();
 
-    if (index >= 1 && index <= 4) {
-        s_.SelectedType = kTypeNames[index];
-        // The address is set before the form loads: loading programs the chip, and it must
-        // reach the sensor at its default address, not whatever was entered before.
-        s_.I2cWriteAddr = std::uint8_t(USB_Comm::HexValue(QStringLiteral("88")));
-        s_.I2cReadAddr = std::uint8_t(s_.I2cWriteAddr + 1);
-        if (!lxm410_) {
-            lxm410_ = std::make_unique<frmLXM410>(s_);
-            lxm410_->onClosed = [this] { ExitProgram(); };
-            lxm410_->boardMenu->SetSteps(Steps());
-            lxm410_->Form_Load();
-        }
-        lxm410_->txtI2CADR->setText(QStringLiteral("88"));
-        lxm410_->show();
-        hide();
-    }
+    if (type == "LXM600")
+        ShowDeviceForm(lxm600_, type);
+    else if (!type.empty())
+        ShowDeviceForm(lxm410_, type);
     if (commandLine_.trimmed() != QStringLiteral("/d") && s_.UsbConnected) s_.GpioForm().hide();
     DoEvents();
 }
@@ -189,6 +217,25 @@ void frmStartup::cboTypeSelect_Click() {
 BoardSteps frmStartup::Steps() {
     return BoardSteps{[this] { Command3_Click(); }, [this] { Command1_Click(); },
                       [this] { Command2_Click(); }};
+}
+
+template <class Form>
+void frmStartup::ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& type) {
+    s_.SelectedType = type;
+    if (onTypeSelected) onTypeSelected(type);
+    // The address is set before the form loads: loading programs the chip, and it must reach
+    // the sensor at its default address, not whatever was entered before.
+    s_.I2cWriteAddr = std::uint8_t(USB_Comm::HexValue(QStringLiteral("88")));
+    s_.I2cReadAddr = std::uint8_t(s_.I2cWriteAddr + 1);
+    if (!form) {
+        form = std::make_unique<Form>(s_);
+        form->onClosed = [this] { ExitProgram(); };
+        form->boardMenu->SetSteps(Steps());
+        form->Form_Load();
+    }
+    AddressEntry(*form)->setText(QStringLiteral("88"));
+    form->show();
+    hide();
 }
 
 void frmStartup::Command1_Click() {
@@ -207,11 +254,10 @@ void frmStartup::Command3_Click() {
 }
 
 void frmStartup::mnuAbout_Click() {
-    s_.messages.MsgBox(QStringLiteral("Velmarin ALS / Proximity Evaluation Software\nVersion %1\n\n"
-                                      "This software is provided for the evaluation of the sensors only, "
-                                      "without warranty of any kind.")
-                           .arg(QStringLiteral(LXMEVAL_VERSION)),
-                       QStringLiteral("About"));
+    if (!about_) about_ = std::make_unique<frmAbout2>(this);
+    about_->show();
+    about_->raise();
+    about_->activateWindow();
 }
 
 void frmStartup::Form_QueryUnload() {
@@ -223,6 +269,7 @@ void frmStartup::closeEvent(QCloseEvent* e) {
     Form_QueryUnload();
     e->accept();
     if (lxm410_) lxm410_->hide();
+    if (lxm600_) lxm600_->hide();
     s_.UnloadGpioForm();
     if (onExit)
         onExit();

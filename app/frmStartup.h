@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "core/ActiveForm.h"
 
@@ -18,6 +19,8 @@ namespace lxm {
 class Session;
 class frmLXM410;
 struct BoardSteps;
+class frmLXM600;
+class frmAbout2;
 
 // The start-up window: initialises the driver, waits for the board, shows the four USB
 // lamps and lets the user pick the sensor type.
@@ -30,6 +33,11 @@ public:
     void Form_Load();
     void Form_Activate();
     void cboTypeSelect_Click();
+    // The menu's way to the multi-function sensor, which the type list does not hold.
+    void mnuLXM600_Click();
+    // Selects a sensor by name (LXM410, LXM430, LXM450, LXM470, LXM600) the way the user
+    // would; false for a name the program does not know.
+    bool SelectSensor(const QString& name);
     void Command1_Click();  // "Open USB"
     void Command2_Click();  // "Close USB"
     void Command3_Click();  // "Init Table"
@@ -41,6 +49,11 @@ public:
     void ExitProgram();
 
     frmLXM410* DeviceForm() { return lxm410_.get(); }
+    frmLXM600* MultiFunctionForm() { return lxm600_.get(); }
+    // The about box, once "About" has opened it.
+    frmAbout2* AboutForm() { return about_.get(); }
+    // Told the selected type before its form loads (the simulated board fits its chip).
+    std::function<void(const std::string&)> onTypeSelected;
     // Where ExitProgram ends the program; the application quits by default.
     std::function<void()> onExit;
 
@@ -66,6 +79,7 @@ public:
     QLabel* Label2[2] = {nullptr, nullptr};
     QMenuBar* menuBar = nullptr;
     QAction* mnuAbout = nullptr;
+    QAction* mnuLXM600 = nullptr;
     Shape* Shp_USB_Init_ = nullptr;
     Shape* ShpAttach_ = nullptr;
     Shape* Shp_USB_Info_ = nullptr;
@@ -81,10 +95,16 @@ protected:
 
 private:
     void BuildLayout();
+    // The selection steps shared by the list and the menu; type "" selects nothing.
+    void SelectType(const std::string& type);
+    template <class Form>
+    void ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& type);
 
     Session& s_;
     QString commandLine_;
     std::unique_ptr<frmLXM410> lxm410_;
+    std::unique_ptr<frmLXM600> lxm600_;
+    std::unique_ptr<frmAbout2> about_;
     bool selecting_ = false;
     QTimer* hintTimer_ = nullptr;
 };

@@ -1,9 +1,16 @@
 // lxmeval: evaluation program for ambient-light, infrared and proximity sensors on the USB
-// evaluation board. With --simulate it runs on the built-in simulated board.
+// evaluation board. With --simulate it runs on the built-in simulated board; with --script it
+// runs a register script without any window.
 #include <QApplication>
-#include <QCommandLineParser>
+#include <QCoreApplication>
 #include <QTimer>
+#include <cstdio>
 #include <memory>
+#include <string>
+#include <vector>
+
+#include "app/CommandLine.h"
+#include "app/HeadlessScript.h"
 
 #include "app/SimulatorPanel.h"
 #include "app/WindowPlacement.h"
@@ -14,22 +21,50 @@
 #include "transport/Session.h"
 #include "transport/libusb/LibusbDriver.h"
 
+namespace {
+
+// Runs a script with no window at all: a core application serves the driver's notifications.
+int RunHeadless(int argc, char** argv, const lxm::CommandLine& cl) {
+    QCoreApplication app(argc, argv);
+    lxm::SteadyClock clock;
+    std::unique_ptr<lxm::sim::SimBoard> board;
+    std::unique_ptr<lxm::UsbDriver> driver;
+    if (cl.simulate) {
+        board = std::make_unique<lxm::sim::SimBoard>(clock);
+        // The chip of the type the script is meant for, as a type selection would fit it.
+        board->CarryForType(cl.sensor.value_or("LXM410"));
+        auto sim = std::make_unique<lxm::sim::SimDriver>(*board);
+        sim->SetLatencyMicros(1000);
+        driver = std::move(sim);
+    } else {
+        driver = std::make_unique<lxm::usb::LibusbDriver>();
+    }
+    lxm::StdinTerminal terminal;
+    return lxm::RunScriptHeadless(cl, *driver, clock, terminal, stdout, stderr);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+    // Parsed before any application object, which would want a display.
+    const lxm::CommandLine cl = lxm::ParseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
+    if (!cl.error.empty()) {
+        std::fprintf(stderr, "lxmeval: %s\nTry 'lxmeval --help' for the options.\n", cl.error.c_str());
+        return 2;
+    }
+    if (cl.help) {
+        std::fputs(lxm::HelpText().c_str(), stdout);
+        return 0;
+    }
+    if (cl.version) {
+        std::fputs(lxm::VersionText().c_str(), stdout);
+        return 0;
+    }
+    if (cl.script) return RunHeadless(argc, argv, cl);
+
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("lxmeval"));
     QApplication::setApplicationVersion(QStringLiteral(LXMEVAL_VERSION));
-
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Velmarin ALS / Proximity Evaluation Software"));
-    parser.addHelpOption();
-    parser.addVersionOption();
-    QCommandLineOption simulate(QStringLiteral("simulate"),
-                                QStringLiteral("Run on the simulated evaluation board."));
-    parser.addOption(simulate);
-    parser.addPositionalArgument(QStringLiteral("/d"),
-                                 QStringLiteral("Keep the GPIO panel loaded after type selection."),
-                                 QStringLiteral("[/d]"));
-    parser.process(app);
 
     lxm::SteadyClock clock;
     lxm::QtMessages messages;
@@ -39,8 +74,10 @@ int main(int argc, char** argv) {
     std::unique_ptr<lxm::UsbDriver> driver;
     std::unique_ptr<lxm::SimulatorPanel> simPanel;
     std::unique_ptr<lxm::SimulatorMenu> simMenu;
-    if (parser.isSet(simulate)) {
+    if (cl.simulate) {
         board = std::make_unique<lxm::sim::SimBoard>(clock);
+        // Nobody reads the packet log here, and a day's collection would fill memory with it.
+        board->controller().SetWireLogCapacity(0);
         // A full-speed USB frame per transfer, as a real board has.
         auto sim = std::make_unique<lxm::sim::SimDriver>(*board);
         sim->SetLatencyMicros(1000);
@@ -55,7 +92,13 @@ int main(int argc, char** argv) {
     }
 
     lxm::Session session(*driver, messages, files, clock);
-    lxm::frmStartup startup(session, parser.positionalArguments().join(QLatin1Char(' ')));
+    lxm::frmStartup startup(session, QString::fromStdString(cl.StartupArguments()));
+    // The simulated board carries the chip of the type the user picks, so the form finds the
+    // chip it expects; a real board carries whatever is soldered on it.
+    if (simPanel)
+        startup.onTypeSelected = [panel = simPanel.get()](const std::string& type) {
+            panel->CarryForType(type);
+        };
     startup.show();
     if (simPanel) {
         // A first guess beside the start-up window; the panel corrects it once the window
@@ -63,7 +106,11 @@ int main(int argc, char** argv) {
         lxm::MoveBeside(*simPanel, {&startup});
         simPanel->show();
     }
-    QTimer::singleShot(0, &startup, [&startup] { startup.Form_Load(); });
+    // --sensor makes the selection the user would, once start-up has finished.
+    QTimer::singleShot(0, &startup, [&startup, &cl] {
+        startup.Form_Load();
+        if (cl.sensor) startup.SelectSensor(QString::fromStdString(*cl.sensor));
+    });
     const int rc = app.exec();
     return rc;
 }

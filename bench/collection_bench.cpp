@@ -59,7 +59,7 @@ struct Bench {
         form->show();
         form->OptMeasure.at(6)->setChecked(true);
         form->OptMeasure_Click(6);
-        form->txtScale->setText(QStringLiteral("999"));
+        form->chart().txtScale->setText(QStringLiteral("999"));
         form->cmdScale_Click();
         board.scene().kind = sim::LightScene::Kind::Sine;
         board.scene().periodS = 1.0;

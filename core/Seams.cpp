@@ -32,6 +32,10 @@ void SteadyClock::SleepMicros(std::int64_t us) {
     if (us > 0) std::this_thread::sleep_for(std::chrono::microseconds(us));
 }
 
+QDateTime SteadyClock::Now() {
+    return QDateTime::currentDateTime();
+}
+
 void QtMessages::MsgBox(const QString& text, const QString& title) {
     QMessageBox::information(parent_, title.isEmpty() ? QString::fromLatin1(kAppTitle) : title, text);
 }

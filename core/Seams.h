@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 #include <cstdint>
@@ -44,6 +45,8 @@ public:
     virtual void SleepMicros(std::int64_t us) {
         if (us > 0) Sleep(std::uint32_t((us + 500) / 1000));
     }
+    // The local date and time, for what the user records in files.
+    virtual QDateTime Now() = 0;
 };
 
 class SteadyClock final : public Clock {
@@ -53,6 +56,7 @@ public:
     std::int64_t Micros() override;
     void Sleep(std::uint32_t ms) override;
     void SleepMicros(std::int64_t us) override;
+    QDateTime Now() override;
 
 private:
     std::int64_t start_;

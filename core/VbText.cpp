@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 namespace lxm {
 
@@ -55,7 +56,21 @@ QString Hex(long value) {
 }
 
 std::int64_t RoundEven(double v) {
-    return std::int64_t(std::nearbyint(v));
+    // 2^63 is exact in a double; converting it or anything above it would be undefined.
+    constexpr double kTwo63 = 9223372036854775808.0;
+    if (std::isnan(v)) return 0;
+    const double r = std::nearbyint(v);
+    if (r >= kTwo63) return std::numeric_limits<std::int64_t>::max();
+    if (r < -kTwo63) return std::numeric_limits<std::int64_t>::min();
+    return std::int64_t(r);
+}
+
+std::int32_t TruncInt32(double v) {
+    if (std::isnan(v)) return 0;
+    const double t = std::trunc(v);
+    if (t >= 2147483647.0) return std::numeric_limits<std::int32_t>::max();
+    if (t <= -2147483648.0) return std::numeric_limits<std::int32_t>::min();
+    return std::int32_t(t);
 }
 
 }  // namespace lxm

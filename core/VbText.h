@@ -16,7 +16,11 @@ double Val(const QString& text);
 QString Hex2(int value);
 // Upper-case hexadecimal without padding (negative values as 32-bit two's complement).
 QString Hex(long value);
-// Whole-number rounding that rounds halves to the even neighbour (2.5 -> 2, 3.5 -> 4).
+// Whole-number rounding that rounds halves to the even neighbour (2.5 -> 2, 3.5 -> 4). A value
+// beyond the 64-bit range gives the nearest end of it, NaN gives 0.
 std::int64_t RoundEven(double v);
+// A number cut to its whole part (towards zero) as a 32-bit integer, the way a typed number
+// becomes a count: beyond the 32-bit range it gives the nearest end of it, NaN gives 0.
+std::int32_t TruncInt32(double v);
 
 }  // namespace lxm

@@ -5,12 +5,15 @@
 #include <array>
 #include <cstdint>
 #include <functional>
-#include <map>
+#include <memory>
 #include <vector>
 
 #include "acquisition/Conversion.h"
 #include "acquisition/PlotState.h"
-#include "core/ActiveForm.h"
+#include "device/parts/Collection.h"
+#include "device/parts/Controls.h"
+#include "device/parts/DeviceFormBase.h"
+#include "device/parts/StripChart.h"
 
 class QCheckBox;
 class QComboBox;
@@ -19,6 +22,7 @@ class QLabel;
 class QLineEdit;
 class QListWidget;
 class QMenuBar;
+class QVBoxLayout;
 class QAction;
 class QPushButton;
 class QRadioButton;
@@ -28,13 +32,16 @@ namespace lxm {
 class Session;
 class PictureBox;
 class ColorLabel;
+class RegisterPanel;
 class Shape;
 class frmScriptOps;
 class BoardMenu;
-
-// A control array: the index is the one the handlers receive; arrays may have gaps.
-template <class T>
-using CtlArray = std::map<int, T*>;
+class DeviceSelection;
+class MaxMinFrame;
+class Doco;
+class InterruptSampler;
+class RecordFrame;
+class ThresholdPanel;
 
 // The device form of the four-member sensor family. Its handlers are split by concern:
 //   frmLXM410_layout.cpp     building the controls
@@ -43,33 +50,24 @@ using CtlArray = std::map<int, T*>;
 //   frmLXM410_config.cpp     the option controls that program registers 0 and 1
 //   frmLXM410_measure.cpp    measurement selection, single reads, conversion
 //   frmLXM410_collect.cpp    continuous collection
+//   frmLXM410_interrupt.cpp  interrupt thresholds, the interrupt line and recording
 //   frmLXM410_plot.cpp       the strip chart's buttons and drawing
-class frmLXM410 : public QWidget, public ActiveForm {
+// The register panel, the status strip, the strip chart, the max/min panel and the collection
+// loop are the device-form parts it shares with the multi-function form.
+class frmLXM410 : public DeviceFormBase, public CollectionState {
 public:
     static constexpr int kRegisterRows = 9;
-    static constexpr int kSampleLast = 1010;
+    static constexpr int kSampleLast = CollectionState::kSampleLast;
 
     explicit frmLXM410(Session& session, QWidget* parent = nullptr);
     ~frmLXM410() override;
 
-    // ---- ActiveForm
-    Shape* ShpAttach() override { return ShpAttach_; }
-    Shape* Shp_USB_Transfer() override { return Shp_USB_Transfer_; }
-    ColorLabel* LblCommTest() override { return LblCommTest_; }
-    QRadioButton* OptMode(int index) override;
-    QLineEdit* txtRegRd(int reg) override;
-    QLineEdit* txtRegHex(int reg) override;
-    Shape* ShpIndrd(int reg) override;
-    Shape* ShpIndwr(int reg) override;
-
     // ---- form lifecycle (frmLXM410_load.cpp)
     void Form_Load();
     void Form_Activate();
-    void Form_GotFocus();
     void Form_QueryUnload();
-    void Form_Unload();
+    void Form_Unload() override;
     void Label13_DblClick();
-    void OptMode_Click(int Index);  // "Test Comm"
     void Command4_Click();
     void mnuScript_Click();
     void mnuGPIO_Click();
@@ -82,9 +80,6 @@ public:
     // ---- register access panel (frmLXM410_registers.cpp)
     void txtRegHex_KeyPress(int Index, int KeyAscii);
     void txtRegHex_LostFocus(int Index);
-    void cmdRDReg_Click(int Index);
-    void cmdWrtReg_Click(int Index);
-    void cmdReadAllRegs_Click();
     void txtI2CADR_KeyPress(int KeyAscii);
     void txtI2CADR_LostFocus();
     void LstDeviceSel_MouseUp();
@@ -117,14 +112,18 @@ public:
     void cmdClearHist_Click();
     void txtInterval_KeyPress(int KeyAscii);
     void txtInterval_LostFocus();
-    // Placeholders for the interrupt-threshold controls the loop calls.
-    void cmdReadILimits_Click() {}
-    void cmdSampleInterrupt_Click() {}
-    // Runs at the end of every collection pass while the pass still holds the transport, the
-    // way a click arriving during the pass would; tests and benchmarks stop the loop from here.
-    std::function<void()> onPass;
     // The strip chart's signed case: proximity readings in the two's-complement scheme.
     bool SignedPlotCase() const { return MeasureProx && ProxScheme == 1; }
+
+    // ---- interrupt thresholds and the interrupt line (frmLXM410_interrupt.cpp)
+    void cmdSampleInterrupt_Click();
+    void cmdSampleIIIntr_Click();
+
+    // ---- recording (frmLXM410_interrupt.cpp)
+    void cmdBrowse_Click();
+    void cmdStartRec_Click();
+    void mnuDoco_Click();
+    Doco* DocoForm() { return doco_; }
 
     // ---- strip chart (frmLXM410_plot.cpp)
     void cmdScale_Click();
@@ -137,27 +136,22 @@ public:
     void DrawGraphLabels();
     void PreparePlot();  // form-load part of the chart
 
-    // Called once the form has closed (the program then ends).
-    std::function<void()> onClosed;
+    RegisterPanel& panel() { return *panel_; }
+    StripChart& chart() { return *chart_; }
 
     // ======== controls ========
-    // frame frmMode (no caption)
+    // The status strip's frame frmMode (no caption) and "USB COMM".
     QGroupBox* frmMode = nullptr;
-    CtlArray<QRadioButton> OptMode_;
-    ColorLabel* LblCommTest_ = nullptr;
-    // register access panel
+    QLabel* Label13 = nullptr;
+    // register access panel (the panel's own controls, by the names the handlers use)
     QGroupBox* frmRegisters = nullptr;
-    std::array<QLineEdit*, kRegisterRows> txtRegHex_{};
-    std::array<QLineEdit*, kRegisterRows> txtRegRd_{};
     std::array<QPushButton*, kRegisterRows> cmdRDReg{};
     std::array<QPushButton*, kRegisterRows> cmdWrtReg{};
-    std::array<Shape*, kRegisterRows> ShpIndrd_{};
-    std::array<Shape*, kRegisterRows> ShpIndwr_{};
     QPushButton* cmdReadAllRegs = nullptr;
     QLineEdit* txtI2CADR = nullptr;
     Shape* ShpIntFlag = nullptr;  // register 0 bit 2, the sensor's interrupt flag
     // FrmDevice "Device Selection"
-    QGroupBox* FrmDevice = nullptr;
+    DeviceSelection* FrmDevice = nullptr;
     QLineEdit* txtI2cXmitAdr = nullptr;
     QLineEdit* txtI2CAddr = nullptr;
     QListWidget* LstDeviceSel = nullptr;
@@ -202,6 +196,13 @@ public:
     CtlArray<QLineEdit> txtILow;
     CtlArray<QLabel> lblIlimitsformat;
     CtlArray<QLabel> Label38;
+    QLabel* Label39 = nullptr;  // "Interrupt Limits Dec     Hex"
+    QPushButton* cmdWrtILimits = nullptr;
+    QPushButton* cmdReadILimits = nullptr;
+    QPushButton* cmdSampleInterrupt = nullptr;
+    QPushButton* cmdSampleIIIntr = nullptr;
+    Shape* ShpINTexternal = nullptr;  // the board's interrupt line
+    Shape* ShpINt = nullptr;          // flips on every sample of the line
     // Frame3 "Measurement Loop Timing"
     QGroupBox* Frame3 = nullptr;
     QLabel* Label9 = nullptr;
@@ -229,9 +230,8 @@ public:
     CtlArray<QLineEdit> txtProx_IR;
     CtlArray<Shape> ShpOVRange;
     // FrmMeasureDetails: maximum/minimum panel
-    QGroupBox* FrmMeasureDetails = nullptr;
+    MaxMinFrame* FrmMeasureDetails = nullptr;
     CtlArray<QLineEdit> txtADMax;
-    QLabel* Label37 = nullptr;
     QPushButton* cmdClearHist = nullptr;
     // proximity demo, device variant, recording
     QGroupBox* Frame11 = nullptr;
@@ -239,32 +239,18 @@ public:
     QPushButton* cmdIDemo = nullptr;
     QGroupBox* Frame12 = nullptr;
     CtlArray<QRadioButton> OptVariant;
-    QGroupBox* frmDataRecord = nullptr;
-    QLineEdit* txtFilePath = nullptr;
-    // the strip chart
-    QGroupBox* frmGraph = nullptr;
-    PictureBox* Picture1 = nullptr;
-    PictureBox* Picture2 = nullptr;
-    QWidget* Picture3 = nullptr;  // light swatch
-    QLineEdit* txtScale = nullptr;
-    QLineEdit* txtScaleMin = nullptr;
-    QLineEdit* txtScale2 = nullptr;
-    QLineEdit* txtScaleMin2 = nullptr;
-    QLabel* lblScaleCaption = nullptr;
-    QPushButton* cmdAutoScale = nullptr;
-    QPushButton* cmdScale = nullptr;
-    QPushButton* cmdSaveScreen = nullptr;
-    QPushButton* cmdRestoreScreen = nullptr;
+    RecordFrame* frmDataRecord = nullptr;  // "Save Measurements to File"
+    QLineEdit* txtFilePath = nullptr;      // the frame's own controls, by their names
+    QPushButton* cmdBrowse = nullptr;
+    QCheckBox* chkAppend = nullptr;
+    QPushButton* cmdStartRec = nullptr;
     // the form's own
     QCheckBox* ChKLed = nullptr;
     QPushButton* Command4 = nullptr;
-    QLabel* Label13 = nullptr;
-    Shape* ShpAttach_ = nullptr;
-    Shape* Shp_USB_Transfer_ = nullptr;
-    Shape* ShpStatus = nullptr;
     QMenuBar* menuBar = nullptr;
     QAction* mnuScript = nullptr;
     QAction* mnuGPIO = nullptr;
+    QAction* mnuDoco = nullptr;
     // Init Table, Open USB, Close USB and Reconnect.
     BoardMenu* boardMenu = nullptr;
 
@@ -316,60 +302,37 @@ public:
     std::int32_t ProxCount = 0, ProxCountSigned = 0, ProxMinusIr = 0;
     std::uint8_t LastLow = 0, LastHigh = 0;  // data bytes of the last reply
 
-    // collection state
-    bool CollectStopRequested = false;
-    bool CollectAbort = false;
+    // collection state beyond the shared one
     bool InterruptHold = false;
-    bool LimitsReadPending = false;
-    std::int32_t IntervalMs = 8;
-    std::vector<double> SampleValues = std::vector<double>(kSampleLast + 1, 1.0);
-    std::vector<double> SampleValues2 = std::vector<double>(kSampleLast + 1, 1.0);
-    std::int32_t SampleCount = 0;
-    double LatestReading = 0;
-    double PeakSample = -999999.0;
-    std::int32_t CountMax = -9999999;
-    std::int32_t CountMin = 9999999;
-    int MaxMinCounter = 0;
-    MaxMinPanel maxMinPanel;  // CountMax, CountMin and MaxMinCounter mirror it
-    // Pacing, in clock microseconds: the deadline of the next pass, the end of the previous
-    // pass (for the measured loop time), and for the pass under way the deadline it was
-    // paced against and the moment the pacing let it go.
-    std::int64_t DeadlineUs = 0;
-    std::int64_t PassStartUs = 0;
-    std::int64_t PacedDeadlineUs = 0;
-    std::int64_t PassReleasedUs = 0;
 
     // plot state
     PlotState plot;
 
 protected:
-    void changeEvent(QEvent* e) override;
-    void closeEvent(QCloseEvent* e) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void BuildLayout();
+    void BuildConfigColumn(QVBoxLayout* col);
+    void BuildMeasureColumn(QVBoxLayout* col);
     void WireHandlers();
+    // The shared parts the form is composed of, given the form's values.
+    void BuildParts();
     void ApplyPartHiding();
     // The view's own size, as far as the screen has room, and wholly on the screen.
     void FitWindow();
     // Shows a register byte of the image in its entry box.
     void ShowRegister(int reg);
-    // Read the light colour into the swatch (-1 means the "True" colour of the original).
-    void SetSwatch(int red);
-    // Collection (frmLXM410_collect.cpp).
+    // Collection hooks (frmLXM410_collect.cpp).
+    void WireCollection();
     void StartCollection();
-    void CollectionPass();
-    void PaceToDeadline();
+    bool SamplePass();
     void EndCollection();
-    void ShowMaxMin();
 
-    Session& s_;
     frmScriptOps* script_ = nullptr;
-    // Collection: loops on the stack, a restart asked for from inside one, the swatch level.
-    int collectDepth_ = 0;
-    bool restartPending_ = false;
-    int swatchRed_ = -2;
+    StripChart* chart_ = nullptr;
+    std::unique_ptr<PacedCollection> loop_;
+    Doco* doco_ = nullptr;
 };
 
 }  // namespace lxm

@@ -17,10 +17,6 @@ namespace lxm {
 
 namespace {
 
-void SetField(std::uint8_t& reg, std::uint8_t mask, std::uint8_t value) {
-    reg = std::uint8_t((reg & ~mask) | (value & mask));
-}
-
 struct Resolution {
     int bits;
     const char* caption;
@@ -51,14 +47,14 @@ void frmLXM410::OptGain_Click(int Index) {
     cmdWrtReg_Click(1);
     cmdWrtReg_Click(0);
     if (!ShowLux) {
-        txtScale2->setText(Trim(IntLimitMax));
-        txtScale->setText(Trim(IntLimitMax));
-        txtScaleMin2->setText(Trim(IntLimitMin));
-        txtScaleMin->setText(Trim(IntLimitMin));
+        chart_->txtScale2->setText(Trim(IntLimitMax));
+        chart_->txtScale->setText(Trim(IntLimitMax));
+        chart_->txtScaleMin2->setText(Trim(IntLimitMin));
+        chart_->txtScaleMin->setText(Trim(IntLimitMin));
     } else {
-        txtScale->setText(Trim(RangeTable[RangeIndex]));
-        txtScale2->setText(Trim(IntLimitMax));
-        txtScaleMin2->setText(Trim(IntLimitMin));
+        chart_->txtScale->setText(Trim(RangeTable[RangeIndex]));
+        chart_->txtScale2->setText(Trim(IntLimitMax));
+        chart_->txtScaleMin2->setText(Trim(IntLimitMin));
     }
     cmdScale_Click();
 }
@@ -97,16 +93,17 @@ void frmLXM410::OptITime_Click(int Index) {
     ShowRegister(1);
     lblIlimitsformat.at(2)->setText(Trim(IntLimitMax) + QStringLiteral(" Max"));
     lblIlimitsformat.at(3)->setText(Trim(IntLimitMin) + QStringLiteral(" Min"));
-    txtScale->setText(Trim(IntLimitMax));
-    txtScale2->setText(Trim(IntLimitMax));
-    txtScaleMin->setText(Trim(IntLimitMin));
-    txtScaleMin2->setText(Trim(IntLimitMin));
+    chart_->txtScale->setText(Trim(IntLimitMax));
+    chart_->txtScale2->setText(Trim(IntLimitMax));
+    chart_->txtScaleMin->setText(Trim(IntLimitMin));
+    chart_->txtScaleMin2->setText(Trim(IntLimitMin));
     cmdWrtReg_Click(1);
     cmdWrtReg_Click(0);
     txtInterval->setText(Trim(SampleDelayMs));
     txtSampling_Delay->setText(Trim(SampleDelayMs));
-    txtScale2->setText(Trim(FullScaleCounts));
-    if (ShowLux) txtScale->setText(Trim(double(RangeTable[RangeIndex]) * FullScaleCounts / FullScaleCounts));
+    chart_->txtScale2->setText(Trim(FullScaleCounts));
+    if (ShowLux)
+        chart_->txtScale->setText(Trim(double(RangeTable[RangeIndex]) * FullScaleCounts / FullScaleCounts));
     cmdScale_Click();
 }
 
@@ -119,11 +116,11 @@ void frmLXM410::OptIRMode_Click(int Index) {
     if (Index == 0) {
         SetField(s_.RegWriteMirror[1], 0x80, 0);
         ProxScheme = 0;
-        txtScale->setText(Trim(FullScaleCounts));
-        txtScale2->setText(Trim(FullScaleCounts));
-        txtScaleMin->setText(QStringLiteral("0000"));
-        txtScaleMin2->setText(QStringLiteral("0"));
-        plot.ScaleMax = std::int32_t(Val(txtScale2->text()) + 1);
+        chart_->txtScale->setText(Trim(FullScaleCounts));
+        chart_->txtScale2->setText(Trim(FullScaleCounts));
+        chart_->txtScaleMin->setText(QStringLiteral("0000"));
+        chart_->txtScaleMin2->setText(QStringLiteral("0"));
+        plot.ScaleMax = TruncInt32(Val(chart_->txtScale2->text()) + 1);
         plot.ScaleMin = 0;
         rightLabels();
         lblIlimitsformat.at(0)->setText(QStringLiteral("Single Polarity"));
@@ -132,11 +129,11 @@ void frmLXM410::OptIRMode_Click(int Index) {
         SetField(s_.RegWriteMirror[1], 0x80, 0x80);
         ProxScheme = 1;
         SinglePolarity = false;
-        txtScale->setText(Trim(FullScaleCounts / 2));
-        txtScale2->setText(Trim(FullScaleCounts / 2));
-        txtScaleMin->setText(QStringLiteral("-100"));
-        txtScaleMin2->setText(QStringLiteral("-100"));
-        plot.ScaleMax = std::int32_t(Val(txtScale2->text()) + 1);
+        chart_->txtScale->setText(Trim(FullScaleCounts / 2));
+        chart_->txtScale2->setText(Trim(FullScaleCounts / 2));
+        chart_->txtScaleMin->setText(QStringLiteral("-100"));
+        chart_->txtScaleMin2->setText(QStringLiteral("-100"));
+        plot.ScaleMax = TruncInt32(Val(chart_->txtScale2->text()) + 1);
         plot.ScaleMin = -100;
         lblIlimitsformat.at(0)->setText(QStringLiteral("2s Complement"));
     }

@@ -1,5 +1,5 @@
-// Building the family form's controls. Positions are ours: group boxes on grid layouts, so
-// that the compact view can simply hide frames and the rest closes up.
+// Building the family form's controls from the device-form parts and its own frames. Group
+// boxes on grid layouts, so that the compact view can simply hide frames and the rest closes up.
 #include <QAction>
 #include <QCheckBox>
 #include <QEvent>
@@ -17,22 +17,22 @@
 #include "acquisition/GraphDrawing.h"
 #include "acquisition/PictureBox.h"
 #include "core/ColorLabel.h"
-#include "core/EntryCheck.h"
 #include "core/Shape.h"
 #include "device/BoardMenu.h"
 #include "device/FormFit.h"
 #include "device/frmLXM410.h"
+#include "device/parts/FormLayout.h"
+#include "device/parts/MaxMinFrame.h"
+#include "device/parts/RecordFrame.h"
+#include "device/parts/RegisterPanel.h"
+#include "device/parts/StatusStrip.h"
+#include "device/parts/StripChart.h"
+#include "setup/SetupMenu.h"
+#include "transport/Session.h"
 
 namespace lxm {
 
 namespace {
-
-QLineEdit* Box(QWidget* parent, const QString& text = {}, int width = 44) {
-    auto* e = new QLineEdit(text, parent);
-    e->setFixedWidth(width);
-    e->setAlignment(Qt::AlignCenter);
-    return e;
-}
 
 QGroupBox* Group(QWidget* parent, const QString& caption) {
     return new QGroupBox(caption, parent);
@@ -42,14 +42,14 @@ QGroupBox* Group(QWidget* parent, const QString& caption) {
 
 void frmLXM410::BuildLayout() {
     setWindowTitle(QStringLiteral("Form1"));
-    auto* root = new QVBoxLayout(this);
-    root->setContentsMargins(6, 4, 6, 6);
-    root->setSpacing(4);
+    FormColumns cols(this, 4);
 
     menuBar = new QMenuBar(this);
     QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
+    mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));
+    AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
     // The data registers 2 and 3 are read-only; the command register goes last, once the
     // chip is configured again.
     boardMenu = new BoardMenu(s_, *menuBar,
@@ -57,135 +57,48 @@ void frmLXM410::BuildLayout() {
                                              {1, 4, 5, 6, 7, 8, 0},
                                              [this](int r) { cmdWrtReg_Click(r); },
                                              [this](int r) { cmdRDReg_Click(r); }});
-    root->setMenuBar(menuBar);
+    layout()->setMenuBar(menuBar);
 
     // ---- status strip: link lamps, "Test Comm", the external LED, close
-    auto* strip = new QHBoxLayout;
-    Label13 = new QLabel(QStringLiteral("USB COMM"), this);
-    Label13->setToolTip(QStringLiteral("Double-click to switch between the compact and the full view"));
-    Label13->installEventFilter(this);
-    ShpAttach_ = new Shape(this);
-    ShpAttach_->setToolTip(QStringLiteral("Attach / outgoing transfer"));
-    Shp_USB_Transfer_ = new Shape(this);
-    Shp_USB_Transfer_->setToolTip(QStringLiteral("Incoming transfer"));
-    ShpStatus = new Shape(this);
-    ShpStatus->hide();
-    frmMode = Group(this, QString());
-    frmMode->setFlat(true);
-    auto* modeRow = new QHBoxLayout(frmMode);
-    modeRow->setContentsMargins(0, 0, 0, 0);
-    OptMode_[2] = new QRadioButton(QStringLiteral("Test Comm"), frmMode);
-    LblCommTest_ = new ColorLabel(QStringLiteral("Fail"), frmMode);
-    LblCommTest_->setMinimumWidth(48);
-    modeRow->addWidget(OptMode_[2]);
-    modeRow->addWidget(LblCommTest_);
-    ChKLed = new QCheckBox(QStringLiteral("External LED"), this);
+    strip_ = new StatusStrip(s_, this);
+    frmMode = strip_->frmMode();
+    Label13 = strip_->Label13();
+    ChKLed = new QCheckBox(QStringLiteral("External LED"), strip_);
     ChKLed->setToolTip(QStringLiteral("Turns LED on Eval board on/off."));
-    Command4 = new QPushButton(QStringLiteral("Close"), this);
-    strip->addWidget(Label13);
-    strip->addWidget(ShpAttach_);
-    strip->addWidget(Shp_USB_Transfer_);
-    strip->addWidget(ShpStatus);
-    strip->addSpacing(12);
-    strip->addWidget(frmMode);
-    strip->addSpacing(12);
-    strip->addWidget(ChKLed);
-    strip->addStretch(1);
-    strip->addWidget(Command4);
-    // The strip rides in the menu bar's corner: a laptop screen has no height to spare.
-    auto* stripBox = new QWidget(menuBar);
-    stripBox->setLayout(strip);
-    strip->setContentsMargins(12, 0, 4, 0);
-    menuBar->setCornerWidget(stripBox, Qt::TopRightCorner);
-
-    // Left, the register panel and the configuration in a scroll area that scrolls only on a
-    // screen too small for them. Right, the operation column beside the strip chart, and under
-    // them the panels that change with the measurement; the chart takes all the room left over.
-    auto* body = new QHBoxLayout;
-    body->setSpacing(6);
-    root->addLayout(body, 1);
-    auto* controls = new QWidget(this);
-    auto* columns = new QHBoxLayout(controls);
-    columns->setContentsMargins(0, 0, 0, 0);
-    columns->setSpacing(6);
-    auto* scroll = new ControlsArea(this);
-    scroll->setWidget(controls);
-    body->addWidget(scroll);
-    auto* right = new QGridLayout;
-    right->setSpacing(6);
-    body->addLayout(right, 1);
+    Command4 = new QPushButton(QStringLiteral("Close"), strip_);
+    strip_->row()->addWidget(ChKLed);
+    strip_->row()->addStretch(1);
+    strip_->row()->addWidget(Command4);
+    cols.top()->addWidget(strip_);
 
     // ---- column 1: the register access panel
-    auto* col1 = new QVBoxLayout;
-    frmRegisters = Group(this, QStringLiteral("Register Access"));
-    auto* rg = new QGridLayout(frmRegisters);
-    rg->setHorizontalSpacing(4);
-    rg->setVerticalSpacing(2);
-    rg->addWidget(new QLabel(QStringLiteral("Reg"), frmRegisters), 0, 0);
-    rg->addWidget(new QLabel(QStringLiteral("Write"), frmRegisters), 0, 1, 1, 2, Qt::AlignCenter);
-    rg->addWidget(new QLabel(QStringLiteral("Read"), frmRegisters), 0, 4, 1, 2, Qt::AlignCenter);
-    static const char* kReadTips[kRegisterRows] = {
-        "Hex Read back of control register",
-        "Hex Read back of control register",
-        "ADC Readback LSB (7:0)",
-        "ADC Readback MSB (15:8)",
-        "Integration Counter LSB Value",
-        "Integration Counter MSB Value",
-        "Hex Read back of control register",
-        "Hex Read back of control register",
-        "Hex Read back of control register",
-    };
+    QVBoxLayout* col1 = cols.column(0);
+    panel_ = new RegisterPanel(
+        s_, kRegisterRows,
+        {"Hex Read back of control register", "Hex Read back of control register", "ADC Readback LSB (7:0)",
+         "ADC Readback MSB (15:8)", "Integration Counter LSB Value", "Integration Counter MSB Value",
+         "Hex Read back of control register"},
+        this);
+    frmRegisters = panel_;
     for (int i = 0; i < kRegisterRows; ++i) {
-        const int row = i + 1;
-        rg->addWidget(new QLabel(QStringLiteral("%1").arg(i), frmRegisters), row, 0);
-        txtRegHex_[i] = Box(frmRegisters, QStringLiteral("00"), 36);
-        txtRegHex_[i]->setToolTip(QStringLiteral("Display actual hex value of LXM200 control Register."));
-        txtRegHex_[i]->installEventFilter(this);
-        CheckHexByte(txtRegHex_[i]);
-        cmdWrtReg[i] = new QPushButton(QStringLiteral("Write to Register"), frmRegisters);
-        ShpIndwr_[i] = new Shape(frmRegisters);
-        txtRegRd_[i] = Box(frmRegisters, QString(), 36);
-        txtRegRd_[i]->setReadOnly(true);
-        txtRegRd_[i]->setToolTip(QString::fromLatin1(kReadTips[i]));
-        cmdRDReg[i] = new QPushButton(QStringLiteral("Read Register"), frmRegisters);
-        ShpIndrd_[i] = new Shape(frmRegisters);
-        rg->addWidget(txtRegHex_[i], row, 1);
-        rg->addWidget(cmdWrtReg[i], row, 2);
-        rg->addWidget(ShpIndwr_[i], row, 3);
-        rg->addWidget(txtRegRd_[i], row, 4);
-        rg->addWidget(cmdRDReg[i], row, 5);
-        rg->addWidget(ShpIndrd_[i], row, 6);
+        cmdRDReg[i] = panel_->cmdRDReg(i);
+        cmdWrtReg[i] = panel_->cmdWrtReg(i);
     }
-    cmdReadAllRegs = new QPushButton(QStringLiteral("Read All"), frmRegisters);
-    auto* adrRow = new QHBoxLayout;
-    adrRow->addWidget(new QLabel(QStringLiteral("I2C Adr"), frmRegisters));
-    txtI2CADR = Box(frmRegisters, QStringLiteral("88"), 40);
-    txtI2CADR->installEventFilter(this);
-    CheckHexByte(txtI2CADR);
-    adrRow->addWidget(txtI2CADR);
-    adrRow->addStretch(1);
-    adrRow->addWidget(new QLabel(QStringLiteral("INT flag"), frmRegisters));
-    ShpIntFlag = new Shape(frmRegisters);
+    cmdReadAllRegs = panel_->cmdReadAllRegs();
+    txtI2CADR = panel_->txtI2CADR();
+    ShpIntFlag = new Shape(panel_);
     ShpIntFlag->setToolTip(QStringLiteral("Interrupt flag of the sensor (register 0, bit 2)"));
-    adrRow->addWidget(ShpIntFlag);
-    rg->addLayout(adrRow, kRegisterRows + 1, 0, 1, 4);
-    rg->addWidget(cmdReadAllRegs, kRegisterRows + 1, 4, 1, 3);
-    col1->addWidget(frmRegisters);
+    panel_->footer()->addWidget(new QLabel(QStringLiteral("INT flag"), panel_), 0, 0, Qt::AlignRight);
+    panel_->footer()->addWidget(ShpIntFlag, 0, 1);
+    col1->addWidget(panel_);
 
-    FrmDevice = Group(this, QStringLiteral("Device Selection"));
-    auto* dg = new QGridLayout(FrmDevice);
-    LstDeviceSel = new QListWidget(FrmDevice);
-    LstDeviceSel->setMaximumHeight(44);
+    FrmDevice = new DeviceSelection(this);
+    LstDeviceSel = FrmDevice->LstDeviceSel;
     LstDeviceSel->viewport()->installEventFilter(this);
-    Label10 = new QLabel(QStringLiteral("I2C Adr"), FrmDevice);
-    Label20 = new QLabel(QStringLiteral("Actual"), FrmDevice);
-    txtI2CAddr = Box(FrmDevice, QStringLiteral("44"), 40);
-    txtI2cXmitAdr = Box(FrmDevice, QStringLiteral("88"), 40);
-    dg->addWidget(LstDeviceSel, 0, 0, 2, 1);
-    dg->addWidget(Label10, 0, 1);
-    dg->addWidget(txtI2CAddr, 0, 2);
-    dg->addWidget(Label20, 1, 1);
-    dg->addWidget(txtI2cXmitAdr, 1, 2);
+    txtI2CAddr = FrmDevice->txtI2CAddr;
+    txtI2cXmitAdr = FrmDevice->txtI2cXmitAdr;
+    Label20 = FrmDevice->Label20;
+    Label10 = FrmDevice->Label10;
     col1->addWidget(FrmDevice);
 
     Frame12 = Group(this, QStringLiteral("Device Variant"));
@@ -197,37 +110,43 @@ void frmLXM410::BuildLayout() {
     vg->addWidget(OptVariant[1]);
     col1->addWidget(Frame12);
 
-    frmDataRecord = Group(this, QStringLiteral("Data Record"));
-    auto* drg = new QHBoxLayout(frmDataRecord);
-    txtFilePath = new QLineEdit(frmDataRecord);
-    drg->addWidget(new QLabel(QStringLiteral("File"), frmDataRecord));
-    drg->addWidget(txtFilePath, 1);
+    RecordCaptions record;
+    record.frameTitle = QStringLiteral("Save Measurements to File");
+    record.filter = QStringLiteral("All Files (*.*)|*.*|LXM20x Data Files(*.txt)|*.txt");
+    record.defaultFile = QStringLiteral("Data.txt");
+    frmDataRecord = new RecordFrame(s_, record, this);
+    txtFilePath = frmDataRecord->txtFilePath;
+    cmdBrowse = frmDataRecord->cmdBrowse;
+    chkAppend = frmDataRecord->chkAppend;
+    cmdStartRec = frmDataRecord->cmdStartRec;
     col1->addWidget(frmDataRecord);
+    col1->addStretch(1);
 
-    // ---- column 2: configuration of registers 0 and 1
-    auto* col2 = col1;
-    auto optionRow = [](QGroupBox* box, CtlArray<QRadioButton>& arr,
-                        const std::vector<std::pair<int, QString>>& items, int perRow) {
-        auto* g = new QGridLayout(box);
-        g->setVerticalSpacing(1);
-        int n = 0;
-        for (const auto& [index, caption] : items) {
-            arr[index] = new QRadioButton(caption, box);
-            g->addWidget(arr[index], n / perRow, n % perRow);
-            ++n;
-        }
-        return g;
-    };
+    BuildConfigColumn(cols.column(1));
+    BuildMeasureColumn(cols.column(2));
+
+    // ---- column 4: the strip chart
+    chart_ = new StripChart(s_, plot, false, this);
+    cols.column(3)->addWidget(chart_);
+    cols.Grow(3);
+
+    // The dual-mode panels show only while that measurement is selected.
+    FrmProxExternal->hide();
+    Frame9->hide();
+    Frame10->hide();
+}
+
+void frmLXM410::BuildConfigColumn(QVBoxLayout* col2) {
     frGain = Group(this, QStringLiteral("AD Sensitivity - Range Select"));
-    optionRow(frGain, OptGain, {{0, "1000"}, {1, "4000"}, {2, "16000"}, {3, "64000"}}, 4);
+    MakeOptionArray(frGain, OptGain, {{0, "1000"}, {1, "4000"}, {2, "16000"}, {3, "64000"}}, 4);
     for (auto& [i, b] : OptGain) b->setToolTip(QStringLiteral("Set the AD Sensitivity Gain  / Level."));
     col2->addWidget(frGain);
 
     frItime = Group(this, QStringLiteral("AD Resolution / Integration Time"));
-    auto* ig = optionRow(frItime, OptITime, {{0, "16"}, {1, "12"}, {2, "8 "}, {3, "4"}}, 4);
+    auto* ig = MakeOptionArray(frItime, OptITime, {{0, "16"}, {1, "12"}, {2, "8 "}, {3, "4"}}, 4);
     Label25 = new QLabel(QStringLiteral("N-bit A/D Converter"), frItime);
     Label4 = new QLabel(QStringLiteral("Integration Time"), frItime);
-    txtInterval = Box(frItime, QString(), 56);
+    txtInterval = MakeBox(frItime, QString(), 56);
     txtInterval->setToolTip(QStringLiteral("Operator Selected time between Measurement Triggers."));
     txtInterval->installEventFilter(this);
     ig->addWidget(Label25, 1, 0, 1, 2);
@@ -236,14 +155,14 @@ void frmLXM410::BuildLayout() {
     col2->addWidget(frItime);
 
     FraScheme = Group(this, QStringLiteral("Measurement Type"));
-    optionRow(FraScheme, OptIRMode, {{0, "Scheme0"}, {1, "Scheme1"}}, 2);
+    MakeOptionArray(FraScheme, OptIRMode, {{0, "Scheme0"}, {1, "Scheme1"}}, 2);
+    col2->addWidget(FraScheme);
 
     auto* modeTiming = new QHBoxLayout;
     Frame4 = Group(this, QStringLiteral("Measurement"));
-    optionRow(Frame4, OptMeasMode, {{0, "ADC"}}, 1);
+    MakeOptionArray(Frame4, OptMeasMode, {{0, "ADC"}}, 1);
     Frame5 = Group(this, QStringLiteral("Timing"));
-    optionRow(Frame5, OptExtTime, {{0, "Internal"}}, 1);
-    modeTiming->addWidget(FraScheme);
+    MakeOptionArray(Frame5, OptExtTime, {{0, "Internal"}}, 1);
     modeTiming->addWidget(Frame4);
     modeTiming->addWidget(Frame5);
     col2->addLayout(modeTiming);
@@ -251,86 +170,108 @@ void frmLXM410::BuildLayout() {
     frmProxControl = Group(this, QStringLiteral("Proximity Options"));
     auto* pc = new QVBoxLayout(frmProxControl);
     Frame7 = Group(frmProxControl, QStringLiteral("IR Modulation Frequency kHz"));
-    optionRow(Frame7, OptMFreq, {{0, "DC"}, {3, "327.7"}}, 2);
+    MakeOptionArray(Frame7, OptMFreq, {{0, "DC"}, {3, "327.7"}}, 2);
     Frame6 = Group(frmProxControl, QStringLiteral("IRDR Pin Source Current"));
-    optionRow(Frame6, OptPSrc, {{0, "100mA"}, {1, "50mA"}, {2, "25mA"}, {3, "12.5mA"}}, 2);
+    MakeOptionArray(Frame6, OptPSrc, {{0, "100mA"}, {1, "50mA"}, {2, "25mA"}, {3, "12.5mA"}}, 2);
     pc->addWidget(Frame7);
     pc->addWidget(Frame6);
+    col2->addWidget(frmProxControl);
 
     fraINT = Group(this, QStringLiteral("Interrupt Persistance"));
-    auto* ng = optionRow(fraINT, optINTP, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 4);
+    auto* ng = MakeOptionArray(fraINT, optINTP, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 4);
     for (auto& [i, b] : optINTP) b->setToolTip(QStringLiteral("Sets the Clock Cycle Integration Time"));
+    Label39 = new QLabel(QStringLiteral("Interrupt Limits Dec     Hex"), fraINT);
     Label38[0] = new QLabel(QStringLiteral("Lower"), fraINT);
     Label38[1] = new QLabel(QStringLiteral("Upper"), fraINT);
-    txtILow[0] = Box(fraINT, QString(), 56);
-    txtIHigh[0] = Box(fraINT, QString(), 56);
+    // Index 0 takes the decimal entry, index 1 shows the bytes written.
+    txtILow[0] = MakeBox(fraINT, QString(), 56);
+    txtIHigh[0] = MakeBox(fraINT, QString(), 56);
+    txtILow[1] = MakeBox(fraINT, QString(), 48);
+    txtIHigh[1] = MakeBox(fraINT, QString(), 48);
+    txtILow[1]->setReadOnly(true);
+    txtIHigh[1]->setReadOnly(true);
     for (int i = 0; i < 4; ++i) lblIlimitsformat[i] = new QLabel(fraINT);
-    ng->addWidget(Label38[0], 1, 0);
-    ng->addWidget(txtILow[0], 1, 1);
-    ng->addWidget(Label38[1], 1, 2);
-    ng->addWidget(txtIHigh[0], 1, 3);
-    ng->addWidget(lblIlimitsformat[0], 2, 0, 1, 2);
-    ng->addWidget(lblIlimitsformat[1], 2, 2, 1, 2);
-    ng->addWidget(lblIlimitsformat[3], 3, 0, 1, 2);
-    ng->addWidget(lblIlimitsformat[2], 3, 2, 1, 2);
-    col1->addWidget(fraINT);
-    col1->addStretch(1);
-    columns->addLayout(col1);
+    cmdWrtILimits = new QPushButton(QStringLiteral("Write Limits"), fraINT);
+    cmdReadILimits = new QPushButton(QStringLiteral("Read Limits"), fraINT);
+    cmdSampleInterrupt = new QPushButton(QStringLiteral("INT Line"), fraINT);
+    cmdSampleInterrupt->setToolTip(QStringLiteral("Samples the interrupt line of the board (red: asserted)"));
+    cmdSampleIIIntr = new QPushButton(QStringLiteral("INT Flag"), fraINT);
+    cmdSampleIIIntr->setToolTip(
+        QStringLiteral("Reads register 0, which carries the sensor's interrupt flag"));
+    ShpINTexternal = new Shape(fraINT);
+    ShpINTexternal->setToolTip(QStringLiteral("Interrupt line (red: asserted)"));
+    ShpINt = new Shape(fraINT);
+    ShpINt->setToolTip(QStringLiteral("Changes colour with every sample of the interrupt line"));
+    auto* lamps = new QHBoxLayout;
+    lamps->addWidget(cmdSampleInterrupt);
+    lamps->addWidget(ShpINTexternal);
+    lamps->addWidget(ShpINt);
+    lamps->addWidget(cmdSampleIIIntr);
+    ng->addWidget(Label39, 1, 0, 1, 4);
+    ng->addWidget(Label38[0], 2, 0);
+    ng->addWidget(txtILow[0], 2, 1);
+    ng->addWidget(txtILow[1], 2, 2);
+    ng->addWidget(cmdWrtILimits, 2, 3);
+    ng->addWidget(Label38[1], 3, 0);
+    ng->addWidget(txtIHigh[0], 3, 1);
+    ng->addWidget(txtIHigh[1], 3, 2);
+    ng->addWidget(cmdReadILimits, 3, 3);
+    ng->addWidget(lblIlimitsformat[0], 4, 0, 1, 2);
+    ng->addWidget(lblIlimitsformat[1], 4, 2, 1, 2);
+    ng->addWidget(lblIlimitsformat[3], 5, 0, 1, 2);
+    ng->addWidget(lblIlimitsformat[2], 5, 2, 1, 2);
+    ng->addLayout(lamps, 6, 0, 1, 4);
+    col2->addWidget(fraINT);
+    col2->addStretch(1);
+}
 
-    // ---- column 3: operation, readings, collection
-    auto* col3 = new QVBoxLayout;
-    auto* underLeft = new QVBoxLayout;
-    auto* underRight = new QVBoxLayout;
+void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     frmMeasure = Group(this, QStringLiteral("Operation"));
-    optionRow(frmMeasure, OptMeasure,
-              {{0, "Power Down"},
-               {1, "ALS Once"},
-               {2, "IR Once"},
-               {3, "Prox. Once"},
-               {4, "Prox-IR External Calculated"},
-               {5, "ALS Cont."},
-               {6, "IR Cont"},
-               {7, "Prox. Cont"}},
-              1);
+    MakeOptionArray(frmMeasure, OptMeasure,
+                    {{0, "Power Down"},
+                     {1, "ALS Once"},
+                     {2, "IR Once"},
+                     {3, "Prox. Once"},
+                     {4, "Prox-IR External Calculated"},
+                     {5, "ALS Cont."},
+                     {6, "IR Cont"},
+                     {7, "Prox. Cont"}},
+                    1);
     for (auto& [i, b] : OptMeasure) b->installEventFilter(this);
-    // Two to a row, the long one on a row of its own.
-    auto* mg3 = static_cast<QGridLayout*>(frmMeasure->layout());
-    const int place[8][3] = {{0, 0, 1}, {0, 1, 1}, {1, 0, 1}, {1, 1, 1},
-                             {2, 0, 2}, {3, 0, 1}, {3, 1, 1}, {4, 0, 1}};
-    for (int i = 0; i < 8; ++i) mg3->addWidget(OptMeasure.at(i), place[i][0], place[i][1], 1, place[i][2]);
     col3->addWidget(frmMeasure);
 
     Frame3 = Group(this, QStringLiteral("Measurement Loop Timing"));
     auto* tg = new QHBoxLayout(Frame3);
     Label9 = new QLabel(QStringLiteral("Integration Time"), Frame3);
-    txtSampling_Delay = Box(Frame3, QString(), 56);
+    txtSampling_Delay = MakeBox(Frame3, QString(), 56);
     tg->addWidget(Label9, 1);
     tg->addWidget(txtSampling_Delay);
     col3->addWidget(Frame3);
 
     FrmProxExternal = Group(this, QStringLiteral("Prox External Options"));
-    auto* xg =
-        optionRow(FrmProxExternal, OptProxE, {{0, "IR Before"}, {1, "IR After"}, {2, "IR Both / Avg"}}, 1);
+    auto* xg = MakeOptionArray(FrmProxExternal, OptProxE,
+                               {{0, "IR Before"}, {1, "IR After"}, {2, "IR Both / Avg"}}, 1);
     for (int i = 0; i < 3; ++i) {
         lblIR1[i] = new QLabel(QStringLiteral("------"), FrmProxExternal);
         xg->addWidget(lblIR1[i], i, 1);
     }
     Label3 = new QLabel(QStringLiteral("Delay MS"), FrmProxExternal);
-    txtPLoopDelay = Box(FrmProxExternal, QStringLiteral("0"), 56);
+    txtPLoopDelay = MakeBox(FrmProxExternal, QStringLiteral("0"), 56);
     txtPLoopDelay->setToolTip(QStringLiteral("Delay in Milliseconds between measurement sequence execution"));
     xg->addWidget(Label3, 3, 0);
     xg->addWidget(txtPLoopDelay, 3, 1);
+    col3->addWidget(FrmProxExternal);
 
     frmCollect = Group(this, QStringLiteral("Data Collection"));
     auto* rdg = new QGridLayout(frmCollect);
     Label16 = new QLabel(QStringLiteral("ADC Reading"), frmCollect);
-    txtReading = Box(frmCollect, QString(), 90);
+    txtReading = MakeBox(frmCollect, QString(), 90);
     txtReading->setReadOnly(true);
     Label36 = new QLabel(QStringLiteral("ADC Reading"), frmCollect);
-    txtADCRaw = Box(frmCollect, QString(), 90);
+    txtADCRaw = MakeBox(frmCollect, QString(), 90);
     txtADCRaw->setReadOnly(true);
     Label6 = new QLabel(QStringLiteral("Measured Loop Time"), frmCollect);
-    txtTime1 = Box(frmCollect, QString(), 90);
+    txtTime1 = MakeBox(frmCollect, QString(), 90);
     txtTime1->setReadOnly(true);
     lblLoop_Count = new QLabel(frmCollect);
     Label18 = new QLabel(frmCollect);
@@ -355,10 +296,10 @@ void frmLXM410::BuildLayout() {
     rdg->addWidget(txtTime1, 2, 1);
     rdg->addWidget(lblLoop_Count, 3, 0);
     rdg->addWidget(lblRange, 3, 1);
-    rdg->addWidget(cmdCollectData, 4, 0);
-    rdg->addWidget(cmdStopData, 4, 1);
-    rdg->addWidget(Label18, 5, 0);
-    rdg->addWidget(ChkSampleInt, 5, 1);
+    rdg->addWidget(cmdCollectData, 4, 0, 1, 2);
+    rdg->addWidget(cmdStopData, 5, 0, 1, 2);
+    rdg->addWidget(Label18, 6, 0, 1, 2);
+    rdg->addWidget(ChkSampleInt, 7, 0, 1, 2);
     col3->addWidget(frmCollect);
 
     // Single reads; the compact view hides them with their frame.
@@ -368,60 +309,34 @@ void frmLXM410::BuildLayout() {
     cmdProx_IR->setParent(Frame2);
     sr->addWidget(cmdRead_ADC);
     sr->addWidget(cmdProx_IR);
-    underRight->addWidget(Frame2);
+    col3->addWidget(Frame2);
 
     Frame9 = Group(this, QStringLiteral("Prox && IR Hex"));
     auto* h9 = new QGridLayout(Frame9);
     static const char* kHexCaps[4] = {"IR  Hex", "IR  Hex", "Prox Hex", "Prox Hex"};
     for (int i = 0; i < 4; ++i) {
-        txtProx_IR[i] = Box(Frame9, QString(), 40);
+        txtProx_IR[i] = MakeBox(Frame9, QString(), 40);
         h9->addWidget(new QLabel(QString::fromLatin1(kHexCaps[i]), Frame9), 0, i);
         h9->addWidget(txtProx_IR[i], 1, i);
     }
+    col3->addWidget(Frame9);
     Frame10 = Group(this, QStringLiteral("Prox && IR Decimal"));
     auto* h10 = new QGridLayout(Frame10);
     static const char* kDecCaps[3] = {"Prox", "IR", "Prox-IR"};
-    h10->addWidget(new QLabel(QStringLiteral("Over Range   V"), Frame10), 2, 3);
+    h10->addWidget(new QLabel(QStringLiteral("Over Range   V"), Frame10), 2, 0, 1, 3);
     for (int i = 0; i < 3; ++i) {
-        txtProx_IR[4 + i] = Box(Frame10, QString(), 64);
+        txtProx_IR[4 + i] = MakeBox(Frame10, QString(), 64);
         h10->addWidget(new QLabel(QString::fromLatin1(kDecCaps[i]), Frame10), 0, i);
         h10->addWidget(txtProx_IR[4 + i], 1, i);
         ShpOVRange[i] = new Shape(Frame10);
-        h10->addWidget(ShpOVRange[i], 2, i, Qt::AlignCenter);
+        h10->addWidget(ShpOVRange[i], 3, i, Qt::AlignCenter);
     }
+    col3->addWidget(Frame10);
 
-    FrmMeasureDetails = Group(this, QStringLiteral("Max / Min"));
-    auto* mg = new QGridLayout(FrmMeasureDetails);
-    static const char* kMaxCaps[3] = {"Max", "Min", "Now"};
-    for (int r = 0; r < 3; ++r) {
-        mg->addWidget(new QLabel(QString::fromLatin1(kMaxCaps[r]), FrmMeasureDetails), r, 0);
-        txtADMax[2 * r] = Box(FrmMeasureDetails, QString(), 70);
-        txtADMax[2 * r + 1] = Box(FrmMeasureDetails, QString(), 56);
-        mg->addWidget(txtADMax[2 * r], r, 1);
-        mg->addWidget(txtADMax[2 * r + 1], r, 2);
-    }
-    txtADMax[6] = Box(FrmMeasureDetails, QString(), 70);
-    txtADMax[7] = Box(FrmMeasureDetails, QString(), 56);
-    txtADMax[6]->hide();
-    txtADMax[7]->hide();
-    Label37 = new QLabel(QStringLiteral("Max Min Count"), FrmMeasureDetails);
-    cmdClearHist = new QPushButton(QStringLiteral("Clear"), FrmMeasureDetails);
-    mg->addWidget(Label37, 3, 0, 1, 2);
-    mg->addWidget(cmdClearHist, 3, 2);
-    // The max/min panel and the dual-mode panels take turns in one place, which keeps room for
-    // the larger of the two: choosing a measurement moves nothing else.
-    auto* details = new QGridLayout;
-    auto* dualPanels = new QHBoxLayout;
-    auto* hexAndDecimal = new QVBoxLayout;
-    hexAndDecimal->addWidget(Frame9);
-    hexAndDecimal->addWidget(Frame10);
-    dualPanels->addWidget(FrmProxExternal, 0, Qt::AlignTop);
-    dualPanels->addLayout(hexAndDecimal);
-    dualPanels->addStretch(1);
-    details->addWidget(FrmMeasureDetails, 0, 0, Qt::AlignTop);
-    details->addLayout(dualPanels, 0, 0, Qt::AlignTop);
-    underRight->addLayout(details);
-    underRight->addStretch(1);
+    FrmMeasureDetails = new MaxMinFrame(this);
+    txtADMax = FrmMeasureDetails->txtADMax;
+    cmdClearHist = FrmMeasureDetails->cmdClearHist;
+    col3->addWidget(FrmMeasureDetails);
 
     Frame11 = Group(this, QStringLiteral("Demonstrations"));
     auto* dm = new QHBoxLayout(Frame11);
@@ -429,146 +344,80 @@ void frmLXM410::BuildLayout() {
     cmdIDemo = new QPushButton(QStringLiteral("Interrupt Demo"), Frame11);
     dm->addWidget(cmdProxDemo);
     dm->addWidget(cmdIDemo);
-    underLeft->addWidget(frmProxControl);
     col3->addWidget(Frame11);
-    underLeft->addStretch(1);
     col3->addStretch(1);
-    right->addLayout(col3, 0, 0);
-    right->addLayout(underLeft, 1, 0);
-    right->addLayout(underRight, 1, 1);
-
-    // ---- column 4: the strip chart
-    frmGraph = Group(this, QStringLiteral("Real Time Graph"));
-    auto* gg = new QGridLayout(frmGraph);
-    Picture2 = MakeLabelPicture(frmGraph);
-    Picture1 = MakeGraphPicture(Picture2);
-    PlaceGraph(*Picture2, *Picture1);
-    Picture2->SetFitToWidget(true);
-    Picture1->setToolTip(QStringLiteral("Real Time Graph Display of Light Level."));
-    Picture3 = new QWidget(frmGraph);
-    Picture3->setFixedSize(40, 40);
-    Picture3->setAutoFillBackground(true);
-    Picture3->setToolTip(QStringLiteral("Light level"));
-    gg->addWidget(Picture2, 0, 0, 1, 4);
-    lblScaleCaption = new QLabel(QStringLiteral("Scale Max    Scale Min"), frmGraph);
-    txtScale = Box(frmGraph, QStringLiteral("25000"), 64);
-    txtScale->setToolTip(QStringLiteral(
-        "Enter a number here followed by the \"Enter\" key to set the Max range toa specific number."));
-    txtScaleMin = Box(frmGraph, QStringLiteral("-25000"), 64);
-    txtScale2 = Box(frmGraph, QStringLiteral("65535"), 64);
-    txtScaleMin2 = Box(frmGraph, QString(), 64);
-    cmdAutoScale = new QPushButton(QStringLiteral("Automatic Re-Scale"), frmGraph);
-    cmdAutoScale->setToolTip(QStringLiteral(
-        "If measurements are executing, click here for an automatic calculation of the Graph Scaling."));
-    cmdScale = new QPushButton(QStringLiteral("Manual Re-Scale"), frmGraph);
-    cmdScale->setToolTip(
-        QStringLiteral("Updates Graph Scaling based on value enter into the \"Scale Max\" entry box."));
-    cmdSaveScreen = new QPushButton(QStringLiteral("Save Screen"), frmGraph);
-    cmdRestoreScreen = new QPushButton(QStringLiteral("Clear Graph"), frmGraph);
-    // Scale boxes and buttons in two rows under the chart.
-    auto* scaleRow = new QHBoxLayout;
-    scaleRow->addWidget(lblScaleCaption);
-    scaleRow->addWidget(txtScale);
-    scaleRow->addWidget(txtScaleMin);
-    scaleRow->addWidget(txtScale2);
-    scaleRow->addWidget(txtScaleMin2);
-    scaleRow->addStretch(1);
-    scaleRow->addWidget(new QLabel(QStringLiteral("Light"), frmGraph));
-    scaleRow->addWidget(Picture3);
-    auto* buttonRow = new QHBoxLayout;
-    for (QPushButton* b : {cmdScale, cmdAutoScale, cmdSaveScreen, cmdRestoreScreen}) buttonRow->addWidget(b);
-    buttonRow->addStretch(1);
-    gg->addLayout(scaleRow, 1, 0);
-    gg->addLayout(buttonRow, 2, 0);
-    gg->setRowStretch(0, 1);
-    right->addWidget(frmGraph, 0, 1);
-    right->setColumnStretch(1, 1);
-    right->setRowStretch(0, 1);
-
-    // Tight frames: on a laptop screen every row counts.
-    TightFrames(*this, {frmMode});
-    // Controls that come and go while the form is in use keep their room, so that nothing
-    // moves under the pointer.
-    KeepRoomWhenHidden({FrmProxExternal, Frame9, Frame10, FrmMeasureDetails, fraINT, Frame11, Label36,
-                        txtADCRaw, Label6, txtTime1, lblRange, cmdStopData, cmdSaveScreen, cmdRestoreScreen,
-                        cmdProx_IR, LblCommTest_});
-
-    // The dual-mode panels show only while that measurement is selected.
-    FrmProxExternal->hide();
-    Frame9->hide();
-    Frame10->hide();
 }
 
+// Every handler a control starts runs as one user action, which tells of a missing board once.
 void frmLXM410::FitWindow() {
     lxm::FitWindow(*this);
 }
 
 void frmLXM410::WireHandlers() {
-    auto wireArray = [this](CtlArray<QRadioButton>& arr, void (frmLXM410::*handler)(int)) {
-        for (auto& [index, button] : arr) {
-            const int i = index;
-            connect(button, &QRadioButton::clicked, this, [this, handler, i] { (this->*handler)(i); });
-        }
+    auto wire = [this](CtlArray<QRadioButton>& arr, void (frmLXM410::*handler)(int)) {
+        WireArray(s_, arr, this, [this, handler](int i) { (this->*handler)(i); });
     };
-    wireArray(OptMode_, &frmLXM410::OptMode_Click);
-    wireArray(OptGain, &frmLXM410::OptGain_Click);
-    wireArray(OptITime, &frmLXM410::OptITime_Click);
-    wireArray(OptIRMode, &frmLXM410::OptIRMode_Click);
-    wireArray(OptMeasMode, &frmLXM410::OptMeasMode_Click);
-    wireArray(OptExtTime, &frmLXM410::OptExtTime_Click);
-    wireArray(optINTP, &frmLXM410::optINTP_Click);
-    wireArray(OptPSrc, &frmLXM410::OptPSrc_Click);
-    wireArray(OptMFreq, &frmLXM410::OptMFreq_Click);
-    wireArray(OptProxE, &frmLXM410::OptProxE_Click);
-    wireArray(OptMeasure, &frmLXM410::OptMeasure_Click);
-    for (int i = 0; i < kRegisterRows; ++i) {
-        connect(cmdRDReg[i], &QPushButton::clicked, this, [this, i] { cmdRDReg_Click(i); });
-        connect(cmdWrtReg[i], &QPushButton::clicked, this, [this, i] { cmdWrtReg_Click(i); });
-        connect(txtRegHex_[i], &QLineEdit::returnPressed, this, [this, i] { txtRegHex_KeyPress(i, 13); });
-    }
-    connect(cmdReadAllRegs, &QPushButton::clicked, this, [this] { cmdReadAllRegs_Click(); });
-    connect(txtI2CADR, &QLineEdit::returnPressed, this, [this] { txtI2CADR_KeyPress(13); });
-    connect(txtInterval, &QLineEdit::returnPressed, this, [this] { txtInterval_KeyPress(13); });
-    connect(ChKLed, &QCheckBox::clicked, this, [this] { ChKLed_Click(); });
-    connect(Command4, &QPushButton::clicked, this, [this] { Command4_Click(); });
-    connect(cmdProxDemo, &QPushButton::clicked, this, [this] { cmdProxDemo_Click(); });
-    connect(cmdIDemo, &QPushButton::clicked, this, [this] { cmdIDemo_Click(); });
-    connect(cmdRead_ADC, &QPushButton::clicked, this, [this] { cmdRead_ADC_Click(); });
-    connect(cmdProx_IR, &QPushButton::clicked, this, [this] { cmdProx_IR_Click(); });
-    connect(cmdCollectData, &QPushButton::clicked, this, [this] { cmdCollectData_Click(); });
-    connect(cmdStopData, &QPushButton::clicked, this, [this] { cmdStopData_Click(); });
-    connect(cmdClearHist, &QPushButton::clicked, this, [this] { cmdClearHist_Click(); });
-    connect(cmdScale, &QPushButton::clicked, this, [this] { cmdScale_Click(); });
-    for (QLineEdit* box : {txtScale, txtScaleMin, txtScale2, txtScaleMin2})
-        connect(box, &QLineEdit::returnPressed, this, [this] { txtScale_KeyPress(13); });
-    connect(cmdAutoScale, &QPushButton::clicked, this, [this] { cmdAutoScale_Click(); });
-    connect(cmdSaveScreen, &QPushButton::clicked, this, [this] { cmdSaveScreen_Click(); });
-    connect(cmdRestoreScreen, &QPushButton::clicked, this, [this] { cmdRestoreScreen_Click(); });
-    connect(mnuScript, &QAction::triggered, this, [this] { mnuScript_Click(); });
-    connect(mnuGPIO, &QAction::triggered, this, [this] { mnuGPIO_Click(); });
-    // The labels are drawn at the resolution they are shown at, so a new scale draws them anew.
-    connect(Picture2, &PictureBox::Rescaled, this, [this] { DrawGraphLabels(); });
+    connect(strip_->OptMode(2), &QRadioButton::clicked, this, AsUserAction(s_, [this] { OptMode_Click(2); }));
+    strip_->onLabel13DblClick = [this] { Label13_DblClick(); };
+    wire(OptGain, &frmLXM410::OptGain_Click);
+    wire(OptITime, &frmLXM410::OptITime_Click);
+    wire(OptIRMode, &frmLXM410::OptIRMode_Click);
+    wire(OptMeasMode, &frmLXM410::OptMeasMode_Click);
+    wire(OptExtTime, &frmLXM410::OptExtTime_Click);
+    wire(optINTP, &frmLXM410::optINTP_Click);
+    wire(OptPSrc, &frmLXM410::OptPSrc_Click);
+    wire(OptMFreq, &frmLXM410::OptMFreq_Click);
+    wire(OptProxE, &frmLXM410::OptProxE_Click);
+    wire(OptMeasure, &frmLXM410::OptMeasure_Click);
+    panel_->onRead = [this](int i) { cmdRDReg_Click(i); };
+    panel_->onWrite = [this](int i) { cmdWrtReg_Click(i); };
+    panel_->onEnter = [this](int i) { txtRegHex_KeyPress(i, 13); };
+    panel_->onLostFocus = [this](int i) { txtRegHex_LostFocus(i); };
+    auto& rules = panel_->rules();
+    rules.activityRows = {2, 3};
+    rules.flagLamps = {{0, 0x04, ShpIntFlag}};
+    rules.commTest = strip_->LblCommTest();
+    connect(txtInterval, &QLineEdit::returnPressed, this,
+            AsUserAction(s_, [this] { txtInterval_KeyPress(13); }));
+    connect(ChKLed, &QCheckBox::clicked, this, AsUserAction(s_, [this] { ChKLed_Click(); }));
+    connect(Command4, &QPushButton::clicked, this, AsUserAction(s_, [this] { Command4_Click(); }));
+    connect(cmdProxDemo, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdProxDemo_Click(); }));
+    connect(cmdIDemo, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdIDemo_Click(); }));
+    connect(cmdRead_ADC, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdRead_ADC_Click(); }));
+    connect(cmdProx_IR, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdProx_IR_Click(); }));
+    connect(cmdCollectData, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdCollectData_Click(); }));
+    connect(cmdStopData, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdStopData_Click(); }));
+    connect(cmdClearHist, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdClearHist_Click(); }));
+    connect(chart_->cmdScale, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdScale_Click(); }));
+    for (QLineEdit* box : {chart_->txtScale, chart_->txtScaleMin, chart_->txtScale2, chart_->txtScaleMin2})
+        connect(box, &QLineEdit::returnPressed, this, AsUserAction(s_, [this] { txtScale_KeyPress(13); }));
+    connect(chart_->cmdAutoScale, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdAutoScale_Click(); }));
+    connect(chart_->cmdRestoreScreen, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdRestoreScreen_Click(); }));
+    connect(mnuScript, &QAction::triggered, this, AsUserAction(s_, [this] { mnuScript_Click(); }));
+    connect(mnuGPIO, &QAction::triggered, this, AsUserAction(s_, [this] { mnuGPIO_Click(); }));
+    connect(mnuDoco, &QAction::triggered, this, AsUserAction(s_, [this] { mnuDoco_Click(); }));
+    connect(cmdWrtILimits, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdWrtILimits_Click(); }));
+    connect(cmdReadILimits, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdReadILimits_Click(); }));
+    connect(cmdSampleInterrupt, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdSampleInterrupt_Click(); }));
+    connect(cmdSampleIIIntr, &QPushButton::clicked, this,
+            AsUserAction(s_, [this] { cmdSampleIIIntr_Click(); }));
+    connect(cmdStartRec, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdStartRec_Click(); }));
 }
 
 bool frmLXM410::eventFilter(QObject* watched, QEvent* event) {
     const auto type = event->type();
-    if (watched == Label13 && type == QEvent::MouseButtonDblClick) {
-        Label13_DblClick();
-        return true;
-    }
-    if (type == QEvent::FocusOut) {
-        for (int i = 0; i < kRegisterRows; ++i)
-            if (watched == txtRegHex_[i]) txtRegHex_LostFocus(i);
-        if (watched == txtI2CADR) txtI2CADR_LostFocus();
-        if (watched == txtInterval) txtInterval_LostFocus();
-    }
+    if (type == QEvent::FocusOut && watched == txtInterval) txtInterval_LostFocus();
     if (type == QEvent::FocusIn) {
         for (auto& [i, b] : OptMeasure)
             if (watched == b) OptMeasure_GotFocus(i);
         if (watched == cmdProx_IR) cmdProx_IR_GotFocus();
     }
-    // Events reach here while the controls are still being built.
-    if (LstDeviceSel && watched == LstDeviceSel->viewport() && type == QEvent::MouseButtonRelease) {
+    if (watched == LstDeviceSel->viewport() && type == QEvent::MouseButtonRelease) {
         // Let the list take the click first, then act on its new selection.
         QWidget::eventFilter(watched, event);
         QMetaObject::invokeMethod(

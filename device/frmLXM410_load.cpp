@@ -1,7 +1,6 @@
 // The family form's set-up, its two views, "Test Comm" and the small lifecycle handlers.
 #include <QCheckBox>
 #include <QCloseEvent>
-#include <QCoreApplication>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -17,6 +16,12 @@
 #include "core/VbText.h"
 #include "core/Yield.h"
 #include "device/frmLXM410.h"
+#include "device/parts/InterruptSampler.h"
+#include "device/parts/RecordFrame.h"
+#include "device/parts/RegisterPanel.h"
+#include "device/parts/StatusStrip.h"
+#include "device/parts/StripChart.h"
+#include "device/parts/ThresholdPanel.h"
 #include "scripts/frmScriptOps.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
@@ -24,41 +29,23 @@
 
 namespace lxm {
 
-frmLXM410::frmLXM410(Session& session, QWidget* parent) : QWidget(parent), s_(session) {
+frmLXM410::frmLXM410(Session& session, QWidget* parent) : DeviceFormBase(session, parent) {
     BuildLayout();
+    BuildParts();
     WireHandlers();
+    WireCollection();
 }
 
-frmLXM410::~frmLXM410() {
-    s_.Collecting = false;
-    s_.FormGone(this);
-}
-
-QRadioButton* frmLXM410::OptMode(int index) {
-    auto it = OptMode_.find(index);
-    return it == OptMode_.end() ? nullptr : it->second;
-}
-QLineEdit* frmLXM410::txtRegRd(int reg) {
-    return reg >= 0 && reg < kRegisterRows ? txtRegRd_[reg] : nullptr;
-}
-QLineEdit* frmLXM410::txtRegHex(int reg) {
-    return reg >= 0 && reg < kRegisterRows ? txtRegHex_[reg] : nullptr;
-}
-Shape* frmLXM410::ShpIndrd(int reg) {
-    return reg >= 0 && reg < kRegisterRows ? ShpIndrd_[reg] : nullptr;
-}
-Shape* frmLXM410::ShpIndwr(int reg) {
-    return reg >= 0 && reg < kRegisterRows ? ShpIndwr_[reg] : nullptr;
-}
+frmLXM410::~frmLXM410() = default;
 
 void frmLXM410::ShowRegister(int reg) {
-    txtRegHex_[reg]->setText(Hex2(s_.RegWriteMirror[reg]));
+    panel_->ShowRegister(reg);
 }
 
 void frmLXM410::Form_Load() {
     // 1. This form is the one the transfer layer reports on.
     s_.activeForm = this;
-    ShpStatus->setFillIndex(PaletteIndex(s_.colours.ColLightBlue));
+    strip_->ShpStatus()->setFillIndex(PaletteIndex(s_.colours.ColLightBlue));
 
     // 2. Family defaults.
     s_.CmdPipe = 2;
@@ -71,13 +58,8 @@ void frmLXM410::Form_Load() {
     RangeScaleDivisor = 500000;
 
     // 3. Row tool tips; the number follows with its sign blank, so two blanks stand before it.
-    for (int i = 0; i < kRegisterRows; ++i) {
-        txtRegHex_[i]->setToolTip(
-            QStringLiteral("Enter Hex value, click Wr Button below to write to register"));
-        txtRegRd_[i]->setToolTip(QStringLiteral("Rd Hex Value, click RD Button below to read from register"));
-        cmdWrtReg[i]->setToolTip(QStringLiteral("Click to Write to Register ") + Str(i));
-        cmdRDReg[i]->setToolTip(QStringLiteral("Click to Read from Register ") + Str(i));
-    }
+    panel_->SetRowToolTips(QStringLiteral("Enter Hex value, click Wr Button below to write to register"),
+                           QStringLiteral("Rd Hex Value, click RD Button below to read from register"));
 
     // 4. Resolution and interrupt-limit defaults.
     AdcBits = 12;
@@ -96,7 +78,7 @@ void frmLXM410::Form_Load() {
     Label36->hide();
     txtADCRaw->hide();
     InitColours(s_.colours);
-    LblCommTest_->hide();
+    strip_->LblCommTest()->hide();
 
     // 6.
     LstDeviceSel->clear();
@@ -112,7 +94,7 @@ void frmLXM410::Form_Load() {
     ShowRegister(1);
 
     // 8.
-    txtFilePath->setText(QCoreApplication::applicationDirPath() + QStringLiteral("/Data.txt"));
+    frmDataRecord->Form_Load();
 
     // 9.
     txtInterval->setText(QStringLiteral("8"));
@@ -123,12 +105,7 @@ void frmLXM410::Form_Load() {
     // 10.
     Label36->hide();
     txtADCRaw->hide();
-    txtScale2->setText(QStringLiteral("4095"));
-    txtScale->setText(QStringLiteral("4095"));
-    txtScaleMin->setText(QStringLiteral("0"));
-    txtScaleMin2->setText(QStringLiteral("0"));
-    plot.ScaleMax = std::int32_t(RoundEven(Val(txtScale2->text()) + 1));
-    PreparePlot();
+    chart_->PreparePlot(QStringLiteral("4095"), QStringLiteral("0"));
 
     // 11.
     frmMode->show();
@@ -175,24 +152,14 @@ void frmLXM410::Form_Load() {
 }
 
 void frmLXM410::Label13_DblClick() {
-    if (!CompactView) {
-        CompactView = true;
-        Picture3->setFixedSize(28, 28);
-        for (QWidget* w : std::initializer_list<QWidget*>{
-                 Frame12, FrmDevice, Frame4, Frame5, Frame10, Frame11, Frame2, Frame3, frmDataRecord,
-                 OptITime.at(2), OptITime.at(3), OptMeasure.at(1), OptMeasure.at(2), OptMeasure.at(3),
-                 cmdRead_ADC, cmdProx_IR})
-            w->hide();
-    } else {
-        CompactView = false;
-        Picture3->setFixedSize(40, 40);
-        for (QWidget* w : std::initializer_list<QWidget*>{
-                 Frame11, Frame4, Frame5, Frame2, Frame3, frmDataRecord, OptITime.at(2), OptITime.at(3),
-                 OptMeasure.at(1), OptMeasure.at(2), OptMeasure.at(3), cmdRead_ADC, cmdProx_IR})
-            w->show();
-        Frame10->hide();
-        FrmDevice->hide();
-    }
+    chart_->Picture3->setFixedSize(CompactView ? 40 : 28, CompactView ? 40 : 28);
+    CompactView = ToggleView(
+        CompactView,
+        {{Frame12, FrmDevice, Frame4, Frame5, Frame10, Frame11, Frame2, Frame3, frmDataRecord, OptITime.at(2),
+          OptITime.at(3), OptMeasure.at(1), OptMeasure.at(2), OptMeasure.at(3), cmdRead_ADC, cmdProx_IR},
+         {Frame11, Frame4, Frame5, Frame2, Frame3, frmDataRecord, OptITime.at(2), OptITime.at(3),
+          OptMeasure.at(1), OptMeasure.at(2), OptMeasure.at(3), cmdRead_ADC, cmdProx_IR},
+         {Frame10, FrmDevice}});
     ApplyPartHiding();
     FitWindow();
 }
@@ -210,48 +177,7 @@ void frmLXM410::ApplyPartHiding() {
     }
 }
 
-void frmLXM410::OptMode_Click(int Index) {
-    if (Index != 2) return;
-    auto fail = [this] {
-        LblCommTest_->setBackColor(kRgbRed);
-        LblCommTest_->setForeColor(kRgbWhite);
-        LblCommTest_->setText(QStringLiteral("Fail"));
-    };
-    if (!s_.UsbDetached && !s_.UsbConnected) {
-        fail();
-        SetOptionValue(OptMode_.at(2), false);
-        s_.messages.MsgBox(QStringLiteral("USB is not Connected"));
-        return;
-    }
-    if (s_.UsbDetached) {
-        fail();
-        s_.messages.MsgBox(QStringLiteral("USB has been disconnected"));
-        return;
-    }
-    frmGPIO& gpio = s_.GpioForm();
-    for (int n = 0; n < 2; ++n) {
-        QCheckBox* box = gpio.chkOutEn.at(n);
-        box->setChecked(!box->isChecked());
-        gpio.chkOutEn_Click(n);
-    }
-    gpio.cmdGPIO_Write_Click();
-    cmdRDReg_Click(0);
-    LblCommTest_->setBackColor(kRgbGreen);
-    LblCommTest_->setForeColor(LongFromColor(palette().color(QPalette::ButtonText)));
-    LblCommTest_->setText(QStringLiteral("Good"));
-    if (s_.ReadStatusByte != 1) fail();
-    LblCommTest_->show();
-    SetOptionValue(OptMode_.at(2), false);
-    DoEvents();
-    DoEvents();
-}
-
 void frmLXM410::Form_Activate() {
-    DoEvents();
-}
-
-void frmLXM410::Form_GotFocus() {
-    s_.activeForm = this;
     DoEvents();
 }
 
@@ -262,19 +188,6 @@ void frmLXM410::Form_QueryUnload() {
 void frmLXM410::Form_Unload() {
     s_.UnloadGpioForm();
     if (script_) script_->close();
-}
-
-void frmLXM410::changeEvent(QEvent* e) {
-    if (e->type() == QEvent::ActivationChange && isActiveWindow()) Form_GotFocus();
-    QWidget::changeEvent(e);
-}
-
-void frmLXM410::closeEvent(QCloseEvent* e) {
-    s_.Collecting = false;
-    Form_QueryUnload();
-    Form_Unload();
-    e->accept();
-    if (onClosed) onClosed();
 }
 
 void frmLXM410::Command4_Click() {
@@ -318,7 +231,7 @@ void frmLXM410::UpdateAdStats() {
 void frmLXM410::RestartCollection() {
     s_.Collecting = false;
     DoEvents();
-    Picture1->Cls();
+    chart_->Picture1->Cls();
     cmdCollectData_Click();
 }
 

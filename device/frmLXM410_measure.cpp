@@ -8,10 +8,14 @@
 #include "acquisition/Conversion.h"
 #include "core/ColorLabel.h"
 #include "core/Colours.h"
+#include "core/ServedWait.h"
 #include "core/Shape.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
 #include "device/frmLXM410.h"
+#include "device/parts/MaxMinFrame.h"
+#include "device/parts/RegisterPanel.h"
+#include "device/parts/StripChart.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
 #include "transport/generic_usb_lib.h"
@@ -49,10 +53,10 @@ void FailLabel(ColorLabel* label) {
     label->setText(QStringLiteral("Fail"));
 }
 
-// Delays typed as fractions of a millisecond are rounded the way the pause call takes them;
-// zero or less means no pause.
-void PauseMs(Clock& clock, double ms) {
-    if (ms > 0) clock.Sleep(std::uint32_t(RoundEven(ms)));
+// A pause of the sequence keeps the window served; a running collection's Stop cuts it short.
+void PauseMs(Session& s, double ms) {
+    const bool running = s.Collecting;
+    ServedPauseMs(s, s.clock, ms, [&s, running] { return !running || s.Collecting; });
 }
 
 }  // namespace
@@ -119,7 +123,7 @@ void frmLXM410::OptMeasure_Click(int Index) {
     // always did so and the byte has no operation bits either way.
     if (Index == 0) {
         Frame3->setTitle(QString::fromLatin1(type.frameCaption));
-        txtRegHex_[0]->setText(Trim(command));
+        txtRegHex(0)->setText(Trim(command));
         cmdWrtReg_Click(0);
         return;
     }
@@ -135,16 +139,16 @@ void frmLXM410::OptMeasure_Click(int Index) {
     OptIRMode.at(1)->show();
     OptIRMode_Click(0);
     if (!MeasureProx) {
-        txtRegHex_[8]->setText(QStringLiteral("00"));
+        txtRegHex(8)->setText(QStringLiteral("00"));
         cmdWrtReg_Click(8);
     } else {
         if (DeviceVariant == QLatin1String("A"))
-            txtRegHex_[8]->setText(QStringLiteral("01"));
+            txtRegHex(8)->setText(QStringLiteral("01"));
         else if (DeviceVariant == QLatin1String("B"))
-            txtRegHex_[8]->setText(QStringLiteral("00"));
+            txtRegHex(8)->setText(QStringLiteral("00"));
         // Both variants run with the test register cleared; the per-variant value above only
         // survives in the entry box until here.
-        txtRegHex_[8]->setText(QStringLiteral("00"));
+        txtRegHex(8)->setText(QStringLiteral("00"));
         cmdWrtReg_Click(8);
         OptIRMode.at(1)->setChecked(true);
         OptIRMode_Click(1);
@@ -157,17 +161,17 @@ void frmLXM410::OptMeasure_Click(int Index) {
     if (ShowLux) {
         OptIRMode.at(0)->setChecked(true);
         OptIRMode_Click(0);
-        txtScale->setText(Trim(double(RangeTable[RangeIndex]) * (500000.0 / RangeScaleDivisor) *
-                               FullScaleCounts / FullScaleCounts));
+        chart_->txtScale->setText(Trim(double(RangeTable[RangeIndex]) * (500000.0 / RangeScaleDivisor) *
+                                       FullScaleCounts / FullScaleCounts));
         plot.ScaleMin = 0;
     }
-    plot.ScaleMax = std::int32_t(Val(txtScale2->text()) + 1);
+    plot.ScaleMax = TruncInt32(Val(chart_->txtScale2->text()) + 1);
     const std::int32_t step = plot.ScaleMax / 10;
     plot.ScaleLabels2[0] = QStringLiteral("0");
     for (int k = 1; k <= 10; ++k) plot.ScaleLabels2[k] = Trim(double(k) * step);
     // The handlers below write register 0 from this box, so the new operation reaches the
     // chip with them.
-    txtRegHex_[0]->setText(Hex2(command));
+    txtRegHex(0)->setText(Hex2(command));
     Label9->setText(MeasureSingleShot ? QStringLiteral("Delay Command to Sample")
                                       : QStringLiteral("Delay Between Samples"));
     for (int i = 0; i < 4; ++i)
@@ -196,21 +200,11 @@ std::int32_t frmLXM410::ReadDataRegisters() {
         SignMax = r.signMax;
         LastNegative = r.lastNegative;
     }
-    SetSwatch(SwatchRed(r.value, r.signedBranch, FullScaleCounts));
+    chart_->SetSwatch(SwatchRed(r.value, r.signedBranch, FullScaleCounts));
 
-    LblCommTest_->hide();
-    if (s_.ReadStatusByte != 2) FailLabel(LblCommTest_);
+    LblCommTest()->hide();
+    if (s_.ReadStatusByte != 2) FailLabel(LblCommTest());
     return r.value;
-}
-
-void frmLXM410::SetSwatch(int red) {
-    if (red == swatchRed_) return;
-    swatchRed_ = red;
-    // Below one count the swatch gets the colour value -1, whose low three bytes are white.
-    const QColor colour = red < 0 ? QColor(255, 255, 255) : QColor(red, 0, 0);
-    QPalette p = Picture3->palette();
-    p.setColor(QPalette::Window, colour);
-    Picture3->setPalette(p);
 }
 
 double frmLXM410::ConvertToLux(double counts) const {
@@ -220,33 +214,7 @@ double frmLXM410::ConvertToLux(double counts) const {
 void frmLXM410::cmdRead_ADC_Click() {
     // A read asked for while another transfer holds the bus is left to the collection loop's
     // register refresh, which reads both data registers into the same boxes.
-    if (s_.TransferBusy) {
-        s_.TransferDeferred = true;
-        s_.PendingRead[kDataLow] = true;
-        s_.PendingRead[kDataLow + 1] = true;
-        return;
-    }
-    s_.TransferBusy = true;
-    if (!s_.SessionOpen) {
-        s_.usb().OpenDevice();
-        DoEvents();
-    }
-    const std::vector<std::uint8_t>& reply = s_.comm().ReadBlock(kDataLow, 2, 3);
-    const std::uint8_t low = reply.size() > 1 ? reply[1] : 0;
-    const std::uint8_t high = reply.size() > 2 ? reply[2] : 0;
-    txtRegRd_[2]->setText(Hex2(low));
-    txtRegRd_[3]->setText(Hex2(high));
-    s_.RegReadMirror[2] = low;
-    s_.RegReadMirror[3] = high;
-    const int ok = PaletteIndex(s_.colours.ColOK);
-    const int alt = PaletteIndex(s_.colours.ColAlt);
-    for (int reg : {2, 3}) {
-        Shape* lamp = ShpIndrd_[reg];
-        lamp->setFillIndex(lamp->hasFillIndex(ok) ? alt : ok);
-    }
-    if (!s_.SessionOpen) s_.usb().CloseDevice();
-    s_.TransferBusy = false;
-    DoEvents();
+    panel_->ReadRows(kDataLow, 2);
 }
 
 void frmLXM410::cmdProx_IR_Click() {
@@ -273,7 +241,7 @@ void frmLXM410::cmdProx_IR_Click() {
     if (irBefore) {
         IrMsb = IrLsb = 0;
         s_.comm().WriteBlock(0, {irCommand});
-        PauseMs(s_.clock, IntervalDisplayMs);
+        PauseMs(s_, IntervalDisplayMs);
         ReadDataRegisters();
         IrMsb = LastHigh;
         IrLsb = LastLow;
@@ -284,7 +252,7 @@ void frmLXM410::cmdProx_IR_Click() {
     // 4.
     ProxMsb = ProxLsb = 0;
     s_.comm().WriteBlock(0, {proxCommand});
-    PauseMs(s_.clock, IntervalDisplayMs);
+    PauseMs(s_, IntervalDisplayMs);
     ReadDataRegisters();
     ProxMsb = LastHigh;
     ProxLsb = LastLow;
@@ -294,7 +262,7 @@ void frmLXM410::cmdProx_IR_Click() {
     // so it is read twice and the second one kept.
     if (irAfter) {
         s_.comm().WriteBlock(0, {irCommand});
-        PauseMs(s_.clock, IntervalDisplayMs);
+        PauseMs(s_, IntervalDisplayMs);
         ReadDataRegisters();
         ReadDataRegisters();
         IrMsb = LastHigh;
@@ -329,7 +297,7 @@ void frmLXM410::cmdProx_IR_Click() {
     // 10.
     if (!s_.SessionOpen) s_.usb().CloseDevice();
     s_.TransferBusy = false;
-    PauseMs(s_.clock, LoopDelayMs);
+    PauseMs(s_, LoopDelayMs);
 }
 
 void frmLXM410::cmdProx_IR_GotFocus() {

@@ -18,12 +18,12 @@ constexpr std::uint8_t kExternalLed = 0x40;    // PB6
 constexpr std::uint8_t kGreenLed = 0x10;       // PC4
 constexpr std::uint8_t kRedLed = 0x20;         // PC5
 
-constexpr std::uint8_t kSensorWrite = FamilySensor::kAddress7 << 1;
+constexpr std::uint8_t kSensorWrite = Sensor::kAddress7 << 1;
 constexpr std::uint8_t kSensorRead = kSensorWrite | 1;
 
 }  // namespace
 
-BoardController::BoardController(Clock& clock, FamilySensor& sensor) : clock_(clock), sensor_(sensor) {}
+BoardController::BoardController(Clock& clock, Sensor& sensor) : clock_(clock), sensor_(&sensor) {}
 
 std::uint32_t BoardController::BulkOut(std::uint8_t endpoint, const std::uint8_t* data, std::size_t len) {
     std::uint32_t status = kUsbOk;
@@ -101,14 +101,14 @@ std::uint32_t BoardController::I2cPacket(const std::uint8_t* data, std::size_t l
 
     if (!read) {
         if (ack) {
-            for (std::size_t i = 3; i < len; ++i) sensor_.Write(reg++, data[i]);
+            for (std::size_t i = 3; i < len; ++i) sensor_->Write(reg++, data[i]);
         }
         return kUsbOk;
     }
     std::vector<std::uint8_t> reply(std::size_t(count) + 1, 0);
     if (ack) {
         reply[0] = count;
-        for (std::size_t i = 1; i <= count; ++i) reply[i] = sensor_.Read(reg++);
+        for (std::size_t i = 1; i <= count; ++i) reply[i] = sensor_->Read(reg++);
     }
     Queue(i2cReplies_, std::move(reply));
     return kUsbOk;
@@ -124,7 +124,7 @@ std::uint32_t BoardController::GpioPacket(const std::uint8_t* data, std::size_t 
     std::uint8_t portB = pbLvl_;
     if (!(pbEn_ & kInterruptLine)) {
         // PB7 as an input follows the sensor's open-drain line, pulled up on the board.
-        const bool high = !sensorPresent_ || sensor_.InterruptLineHigh();
+        const bool high = !sensorPresent_ || sensor_->InterruptLineHigh();
         portB = std::uint8_t((portB & ~kInterruptLine) | (high ? kInterruptLine : 0));
     }
     std::vector<std::uint8_t> reply(kGpioReplyLength, 0);
@@ -161,7 +161,14 @@ bool BoardController::RedLedOn() const {
 
 void BoardController::Log(WireDir dir, std::uint8_t ep, const std::uint8_t* data, std::size_t len,
                           std::uint32_t status) {
+    if (logCapacity_ == 0) return;
+    if (log_.size() >= logCapacity_) log_.pop_front();
     log_.push_back({dir, ep, std::vector<std::uint8_t>(data, data + len), status});
+}
+
+void BoardController::SetWireLogCapacity(std::size_t packets) {
+    logCapacity_ = packets;
+    while (log_.size() > logCapacity_) log_.pop_front();
 }
 
 }  // namespace lxm::sim

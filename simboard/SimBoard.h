@@ -4,8 +4,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <random>
+#include <string_view>
 #include <vector>
+
+#include "Lxm600Sensor.h"
+#include "Sensor.h"
 
 namespace lxm {
 class Clock;
@@ -40,22 +45,20 @@ struct LightScene {
 // thresholds 4..7, test register 8. Conversions take time according to the resolution and
 // run once or continuously; the interrupt flag (register 0 bit 2) and the active-low line
 // follow the thresholds and the persistence.
-class FamilySensor {
+class FamilySensor final : public Sensor {
 public:
     static constexpr int kRegisterCount = 9;
-    static constexpr std::uint8_t kAddress7 = 0x44;
     // Reflected infrared, in the scene's lux-like units, of an object of reflectance 1 at 1 cm
     // with the LED at 100 mA; falls with the square of the distance.
     static constexpr double kProximityGain = 28800.0;
 
     FamilySensor(Clock& clock, const LightScene& scene);
 
-    std::uint8_t Read(std::uint8_t reg);
-    void Write(std::uint8_t reg, std::uint8_t value);
-    // Register content without side effects (for tests and the simulator panel).
-    std::uint8_t Peek(std::uint8_t reg);
-    bool InterruptLineHigh();  // active low: false while the interrupt is asserted
-    void Reset();              // power-on state
+    std::uint8_t Read(std::uint8_t reg) override;
+    void Write(std::uint8_t reg, std::uint8_t value) override;
+    std::uint8_t Peek(std::uint8_t reg) override;
+    bool InterruptLineHigh() override;
+    void Reset() override;
 
     // Conversion time at a resolution in bits: about 100 ms at 16, 6 ms at 12, 0.4 ms at 8, 25 us at 4.
     static std::int64_t ConversionMicros(int bits);
@@ -85,11 +88,14 @@ struct WirePacket {
     std::uint32_t status;             // UsbStatus of the transfer
 };
 
+// The packets the board saw, oldest first. A ring: past its capacity the oldest go.
+using WireLog = std::deque<WirePacket>;
+
 // The board's controller at the byte level: bulk OUT and bulk IN by endpoint, exactly as the
 // USB host sees them. Both the simulated driver and an emulated USB bus sit on these two calls.
 class BoardController {
 public:
-    BoardController(Clock& clock, FamilySensor& sensor);
+    BoardController(Clock& clock, Sensor& sensor);
 
     // Returns a UsbStatus. OUT 0x02: I2C command packets; OUT 0x01: port-line packets.
     std::uint32_t BulkOut(std::uint8_t endpoint, const std::uint8_t* data, std::size_t len);
@@ -120,8 +126,15 @@ public:
         delayReplies_ = count;
     }  // reply withheld until the next IN after a time-out
 
-    std::vector<WirePacket>& wireLog() { return log_; }
-    FamilySensor& sensor() { return sensor_; }
+    // The wire log is for tests: it keeps the last kWireLogCapacity packets (a few MB at most)
+    // unless told otherwise; 0 keeps none, as the program does, which collects for hours.
+    static constexpr std::size_t kWireLogCapacity = 16384;
+    WireLog& wireLog() { return log_; }
+    void SetWireLogCapacity(std::size_t packets);
+    std::size_t wireLogCapacity() const { return logCapacity_; }
+    Sensor& sensor() { return *sensor_; }
+    // The chip on the I2C bus from now on.
+    void SetSensor(Sensor& sensor) { sensor_ = &sensor; }
 
 private:
     // A reply the board has ready for the host. A late one makes the first IN that reaches it
@@ -137,7 +150,7 @@ private:
     void Log(WireDir dir, std::uint8_t ep, const std::uint8_t* data, std::size_t len, std::uint32_t status);
 
     Clock& clock_;
-    FamilySensor& sensor_;
+    Sensor* sensor_;
     std::deque<Reply> i2cReplies_;
     std::deque<Reply> gpioReplies_;
     std::uint8_t pbEn_ = 0, pcEn_ = 0, pbLvl_ = 0, pcLvl_ = 0;
@@ -145,22 +158,44 @@ private:
     int nackNext_ = 0;
     int dropReplies_ = 0;
     int delayReplies_ = 0;
-    std::vector<WirePacket> log_;
+    WireLog log_;
+    std::size_t logCapacity_ = kWireLogCapacity;
 };
 
-// Scene, sensor and controller together: one simulated evaluation board.
+// The chips a simulated board can carry: the four-member family shares one.
+enum class Chip { Family, Lxm600 };
+
+// The chip for a sensor type name as the start-up window gives it ("LXM410" .. "LXM470",
+// "LXM600"); nothing for a name the board has no chip for.
+std::optional<Chip> ChipForType(std::string_view type);
+// A short caption for the simulator panel.
+const char* ChipCaption(Chip chip);
+
+// Scene, sensor and controller together: one simulated evaluation board. It carries one chip
+// at a time; both are driven by the same scene.
 class SimBoard {
 public:
-    explicit SimBoard(Clock& clock);
+    explicit SimBoard(Clock& clock, Chip chip = Chip::Family);
     LightScene& scene() { return scene_; }
-    FamilySensor& sensor() { return sensor_; }
+    // The chip on the board now.
+    Sensor& sensor() { return controller_.sensor(); }
+    Chip chip() const { return chip_; }
+    // Puts another chip on the board. The new chip starts from power-on, as after a swap;
+    // choosing the chip already carried changes nothing.
+    void Carry(Chip chip);
+    // Carries the chip of a sensor type name; false (and no change) for an unknown name.
+    bool CarryForType(std::string_view type);
+    FamilySensor& family() { return family_; }
+    Lxm600Sensor& lxm600() { return lxm600_; }
     BoardController& controller() { return controller_; }
     Clock& clock() { return clock_; }
 
 private:
     Clock& clock_;
     LightScene scene_;
-    FamilySensor sensor_;
+    FamilySensor family_;
+    Lxm600Sensor lxm600_;
+    Chip chip_;
     BoardController controller_;
 };
 

@@ -17,6 +17,8 @@
 #include "acquisition/PictureBox.h"
 #include "app/SimulatorPanel.h"
 #include "core/Shape.h"
+#include "device/parts/MaxMinFrame.h"
+#include "device/parts/RegisterPanel.h"
 #include "device_form_fixture.h"
 #include "transport/frmGPIO.h"
 
@@ -34,11 +36,11 @@ struct CollectTest : FormFixture {
         scene().infrared = 120;  // 491 counts
         Settle();
     }
-    QRgb Pixel(int x, int y) { return form->Picture1->image().pixel(x, y); }
-    bool ShowsBackground() { return form->Picture1->image() == form->plot.GraphBackground; }
+    QRgb Pixel(int x, int y) { return form->chart().Picture1->image().pixel(x, y); }
+    bool ShowsBackground() { return form->chart().Picture1->image() == form->plot.GraphBackground; }
     void ManualScale(const char* max, const char* min) {
-        form->txtScale->setText(QString::fromLatin1(max));
-        form->txtScaleMin->setText(QString::fromLatin1(min));
+        form->chart().txtScale->setText(QString::fromLatin1(max));
+        form->chart().txtScaleMin->setText(QString::fromLatin1(min));
         form->cmdScale_Click();
     }
 };
@@ -175,16 +177,16 @@ TEST_F(CollectTest, ClearGraphRestoresTheBackgroundAndSaveScreenKeepsTheTrace) {
     Collect(40);
     ASSERT_FALSE(ShowsBackground());
     form->cmdRestoreScreen_Click();
-    EXPECT_EQ(form->Picture1->image(), grid);
+    EXPECT_EQ(form->chart().Picture1->image(), grid);
 
     Collect(40);
-    const QImage withTrace = form->Picture1->image();
+    const QImage withTrace = form->chart().Picture1->image();
     form->cmdSaveScreen_Click();
     form->cmdRestoreScreen_Click();
-    EXPECT_EQ(form->Picture1->image(), withTrace);
-    EXPECT_NE(form->Picture1->image(), grid);
-    EXPECT_FALSE(form->cmdSaveScreen->isHidden());
-    EXPECT_FALSE(form->cmdRestoreScreen->isHidden());
+    EXPECT_EQ(form->chart().Picture1->image(), withTrace);
+    EXPECT_NE(form->chart().Picture1->image(), grid);
+    EXPECT_FALSE(form->chart().cmdSaveScreen->isHidden());
+    EXPECT_FALSE(form->chart().cmdRestoreScreen->isHidden());
 }
 
 TEST_F(CollectTest, ClearGraphDuringTheRunEndsItWithoutDrawingAgain) {
@@ -195,7 +197,7 @@ TEST_F(CollectTest, ClearGraphDuringTheRunEndsItWithoutDrawingAgain) {
         return true;
     });
     EXPECT_EQ(passes, 30);
-    EXPECT_EQ(form->Picture1->image(), grid);
+    EXPECT_EQ(form->chart().Picture1->image(), grid);
     EXPECT_TRUE(form->cmdCollectData->isEnabled());
 
     // Stop comes back with the next run.
@@ -214,7 +216,7 @@ TEST_F(CollectTest, ManualRescaleLabelsStepByTenthsRoundingHalvesToEven) {
 
     // With lux the right column keeps counts from its own box: 4096 / 10 rounds to 410.
     Measure(5);
-    form->txtScale2->setText(QStringLiteral("4095"));
+    form->chart().txtScale2->setText(QStringLiteral("4095"));
     ManualScale("24", "0");  // step 2.5 rounds down to 2
     EXPECT_EQ(form->plot.ScaleLabels[1], "2");
     EXPECT_EQ(form->plot.ScaleLabels[10], "20");
@@ -231,8 +233,8 @@ TEST_F(CollectTest, AutomaticRescaleDuringTheRunRelabelsAndRestarts) {
     });
     EXPECT_EQ(runs, 2);
     // 491 counts with 15 % head-room: 564, scale top 565, step 56.5 rounded to 56.
-    EXPECT_EQ(form->txtScale->text(), "564");
-    EXPECT_EQ(form->txtScaleMin->text(), "0");
+    EXPECT_EQ(form->chart().txtScale->text(), "564");
+    EXPECT_EQ(form->chart().txtScaleMin->text(), "0");
     const ScaleTexts expected{"0", "56", "112", "168", "224", "280", "336", "392", "448", "504", "560"};
     EXPECT_EQ(form->plot.ScaleLabels, expected);
     EXPECT_EQ(form->plot.ScaleLabels2, expected);
@@ -249,7 +251,7 @@ TEST_F(CollectTest, AutomaticRescaleDuringTheRunRelabelsAndRestarts) {
         if (runs == 1 && n == 8) form->cmdAutoScale_Click();
         return runs < 2;
     });
-    EXPECT_EQ(form->txtScaleMin->text(), "-100");
+    EXPECT_EQ(form->chart().txtScaleMin->text(), "-100");
     EXPECT_EQ(form->plot.ScaleMin, -100);
 }
 

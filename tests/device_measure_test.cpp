@@ -8,6 +8,8 @@
 
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
+#include "device/parts/MaxMinFrame.h"
+#include "device/parts/RegisterPanel.h"
 #include "device_form_fixture.h"
 
 namespace lxm::test {
@@ -124,13 +126,13 @@ TEST_F(MeasureTest, SwatchAndFailLabelFollowEachRead) {
     scene().ambientLux = 500;  // 2048 of 4095 counts
     Settle();
     EXPECT_EQ(form->ReadDataRegisters(), 2048);
-    EXPECT_EQ(form->Picture3->palette().color(QPalette::Window), QColor(128, 0, 0));
+    EXPECT_EQ(form->chart().Picture3->palette().color(QPalette::Window), QColor(128, 0, 0));
     EXPECT_TRUE(form->LblCommTest()->isHidden());
 
     scene().ambientLux = 0;
     Settle();
     EXPECT_EQ(form->ReadDataRegisters(), 0);
-    EXPECT_EQ(form->Picture3->palette().color(QPalette::Window), QColor(255, 255, 255));
+    EXPECT_EQ(form->chart().Picture3->palette().color(QPalette::Window), QColor(255, 255, 255));
 
     board.controller().NackNext(1);
     form->ReadDataRegisters();

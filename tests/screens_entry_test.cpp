@@ -5,6 +5,7 @@
 
 #include "core/EntryCheck.h"
 #include "device/frmLXM410.h"
+#include "device/parts/StripChart.h"
 #include "device_form_fixture.h"
 
 namespace lxm {
@@ -75,18 +76,18 @@ TEST_F(EntryMarking, ATipSetWhileMarkedBecomesTheOwnTip) {
 }
 
 TEST_F(EntryMarking, EnterInAScaleBoxReScales) {
-    form->txtScale->setText("10000");
-    form->txtScaleMin->setText("-500");
-    QTest::keyClick(form->txtScaleMin, Qt::Key_Return);
+    form->chart().txtScale->setText("10000");
+    form->chart().txtScaleMin->setText("-500");
+    QTest::keyClick(form->chart().txtScaleMin, Qt::Key_Return);
     EXPECT_EQ(form->plot.ScaleMax, 10001);
     EXPECT_EQ(form->plot.ScaleMin, -500);
     EXPECT_EQ(form->plot.ScaleLabels[0], "-500");
 
-    form->txtScale2->setText("99");
-    QTest::keyClick(form->txtScale2, Qt::Key_Return);
+    form->chart().txtScale2->setText("99");
+    QTest::keyClick(form->chart().txtScale2, Qt::Key_Return);
     EXPECT_EQ(form->plot.ScaleLabels2[10], form->plot.ScaleLabels[10]) << "lux off: both columns alike";
-    form->txtScale->setText("2000");
-    QTest::keyClick(form->txtScale, Qt::Key_Enter);
+    form->chart().txtScale->setText("2000");
+    QTest::keyClick(form->chart().txtScale, Qt::Key_Enter);
     EXPECT_EQ(form->plot.ScaleMax, 2001);
 }
 

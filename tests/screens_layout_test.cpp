@@ -8,6 +8,7 @@
 
 #include "acquisition/PictureBox.h"
 #include "device/frmLXM410.h"
+#include "device/parts/StripChart.h"
 #include "device_form_fixture.h"
 
 namespace lxm {
@@ -51,13 +52,13 @@ TEST_F(Layout, TheChartGrowsWithTheWindow) {
     form->resize(kLaptop);
     form->show();
     QCoreApplication::processEvents();
-    EXPECT_EQ(form->Picture2->DisplayScale(), 1.0);
-    const QSize small = form->Picture1->size();
+    EXPECT_EQ(form->chart().Picture2->DisplayScale(), 1.0);
+    const QSize small = form->chart().Picture1->size();
     form->resize(1920 - 8, 1080 - 34);
     QCoreApplication::processEvents();
-    EXPECT_GE(form->Picture2->DisplayScale(), 1.5);
-    EXPECT_GT(form->Picture1->width(), small.width() * 1.4);
-    EXPECT_EQ(form->Picture1->ScaleWidth(), 405) << "the trace keeps its columns";
+    EXPECT_GE(form->chart().Picture2->DisplayScale(), 1.5);
+    EXPECT_GT(form->chart().Picture1->width(), small.width() * 1.4);
+    EXPECT_EQ(form->chart().Picture1->ScaleWidth(), 405) << "the trace keeps its columns";
 }
 
 TEST_F(Layout, ChoosingAMeasurementOrClearingTheGraphMovesNothingUnderThePointer) {
@@ -67,9 +68,9 @@ TEST_F(Layout, ChoosingAMeasurementOrClearingTheGraphMovesNothingUnderThePointer
     QCoreApplication::processEvents();
     auto where = [this] {
         std::vector<QRect> places;
-        for (QWidget* w :
-             std::initializer_list<QWidget*>{form->cmdCollectData, form->cmdStopData, form->cmdRestoreScreen,
-                                             form->cmdScale, form->OptMeasure.at(7), form->Picture1})
+        for (QWidget* w : std::initializer_list<QWidget*>{
+                 form->cmdCollectData, form->cmdStopData, form->chart().cmdRestoreScreen,
+                 form->chart().cmdScale, form->OptMeasure.at(7), form->chart().Picture1})
             places.emplace_back(w->mapTo(form.get(), QPoint(0, 0)), w->size());
         places.emplace_back(QPoint(0, 0), form->size());
         return places;
@@ -80,7 +81,7 @@ TEST_F(Layout, ChoosingAMeasurementOrClearingTheGraphMovesNothingUnderThePointer
         QCoreApplication::processEvents();
         EXPECT_EQ(where(), before) << "after choosing measurement " << m;
     }
-    form->cmdRestoreScreen->click();
+    form->chart().cmdRestoreScreen->click();
     QCoreApplication::processEvents();
     EXPECT_EQ(where(), before) << "after Clear Graph";
 }

@@ -47,7 +47,7 @@ protected:
         Write(0, {command1});
     }
     void WaitConversions(int n) {
-        clock.AdvanceUs(n * FamilySensor::ConversionMicros(board.sensor().ResolutionBits()) + 1);
+        clock.AdvanceUs(n * FamilySensor::ConversionMicros(board.family().ResolutionBits()) + 1);
     }
     int Once(std::uint8_t command2, std::uint8_t command1) {
         Measure(command2, command1);
@@ -114,6 +114,24 @@ TEST_F(BoardTest, InWithoutReplyTimesOutAndLateRepliesComeOneInLater) {
     EXPECT_EQ(log.back().status, kUsbTimeout);
 }
 
+TEST_F(BoardTest, TheWireLogIsARingAndCanBeSwitchedOff) {
+    // A day's collection is millions of packets: the log keeps the newest and no more.
+    const std::size_t capacity = BoardController::kWireLogCapacity;
+    for (std::size_t i = 0; i < capacity + 100; ++i) Out(0x02, {0, kWr, 4, std::uint8_t(i)});
+    ASSERT_EQ(ctl().wireLog().size(), capacity);
+    EXPECT_EQ(ctl().wireLog().back().bytes[3], std::uint8_t(capacity + 99));
+    EXPECT_EQ(ctl().wireLog().front().bytes[3], std::uint8_t(100));
+
+    ctl().SetWireLogCapacity(3);
+    EXPECT_EQ(ctl().wireLog().size(), 3u);
+    EXPECT_EQ(ctl().wireLog().back().bytes[3], std::uint8_t(capacity + 99));
+    ctl().SetWireLogCapacity(0);
+    EXPECT_TRUE(ctl().wireLog().empty());
+    Read(8, 1, 6);
+    EXPECT_TRUE(ctl().wireLog().empty()) << "off keeps nothing, and the board still works";
+    EXPECT_EQ(board.sensor().Peek(4), std::uint8_t(capacity + 99));
+}
+
 TEST_F(BoardTest, PortLinesEchoAndPb7ReadsTheInterruptLine) {
     // PB6 driven high, PC4 low (green on), PC5 high (red off), PB7 an input.
     const Bytes lines{0x40, 0x20, 0x40, 0x30};
@@ -141,7 +159,7 @@ class ResolutionTest : public BoardTest, public ::testing::WithParamInterface<st
 TEST_P(ResolutionTest, DataUpdatesOnlyWhenTheConversionEnds) {
     const auto [field, bits, sampleDelayUs] = GetParam();
     Measure(std::uint8_t(field), kAlsOnce);
-    ASSERT_EQ(board.sensor().ResolutionBits(), bits);
+    ASSERT_EQ(board.family().ResolutionBits(), bits);
     const std::int64_t t = FamilySensor::ConversionMicros(bits);
     if (sampleDelayUs) {
         EXPECT_LT(t, sampleDelayUs);
@@ -150,7 +168,7 @@ TEST_P(ResolutionTest, DataUpdatesOnlyWhenTheConversionEnds) {
     EXPECT_EQ(Data(), 0);
     clock.AdvanceUs(1);
     EXPECT_GT(Data(), 0);
-    EXPECT_EQ(board.sensor().conversions(), 1);
+    EXPECT_EQ(board.family().conversions(), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(AllResolutions, ResolutionTest,
@@ -162,7 +180,7 @@ TEST_F(BoardTest, OnceHoldsItsReadingWhileContinuousFollowsTheLight) {
     board.scene().ambientLux = 600;
     WaitConversions(10);
     EXPECT_EQ(Data(), first);
-    EXPECT_EQ(board.sensor().conversions(), 1);
+    EXPECT_EQ(board.family().conversions(), 1);
     EXPECT_EQ(board.sensor().Peek(0), kAlsOnce) << "the operation stays as written";
 
     Write(0, {kAlsCont});
@@ -184,7 +202,7 @@ TEST_F(BoardTest, LongIdleInContinuousModeCatchesUpQuickly) {
     clock.AdvanceMs(3'600'000.0);  // an hour of 24-us conversions
     board.scene().ambientLux = 500;
     EXPECT_EQ(Data(), 8);
-    EXPECT_GT(board.sensor().conversions(), 100'000'000);
+    EXPECT_GT(board.family().conversions(), 100'000'000);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }
 

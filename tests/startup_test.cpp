@@ -134,10 +134,6 @@ TEST_F(Startup, ExitReleasesTheBoardAndEndsTheProgram) {
     EXPECT_EQ(exits, 1);
     EXPECT_EQ(session.usb().driverHandle, 0u);
     EXPECT_EQ(driver.registrations(), 0);
-
-    startup->mnuAbout_Click();
-    ASSERT_EQ(messages.texts.size(), 1);
-    EXPECT_TRUE(messages.texts[0].startsWith("Velmarin ALS / Proximity Evaluation Software"));
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 // The board attach/open/close steps and the register transfer packets, on the simulated board.
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "core/Colours.h"
+#include "core/VbText.h"
 #include "support/DeviceFixture.h"
 #include "support/TestForm.h"
 #include "transport/USB_Comm.h"
@@ -34,7 +37,17 @@ TEST(HexValue, ReadsLeadingHexDigitsLikeTheEntryBoxesNeed) {
     EXPECT_EQ(HexValue("8000"), -32768);
     // ...while five or more are a long.
     EXPECT_EQ(HexValue("10000"), 65536);
-    EXPECT_EQ(HexValue("123456789"), 0x12345678) << "digits past 32 bits are dropped, not a crash";
+    EXPECT_EQ(HexValue("FFFFFFFF"), -1);
+}
+
+TEST(HexValue, AValueBeyond32BitsIsTooLargeHoweverItIsWritten) {
+    EXPECT_EQ(HexValue("123456789"), USB_Comm::kHexTooLarge);
+    EXPECT_EQ(HexValue("1FFFFFFFF"), USB_Comm::kHexTooLarge);
+    EXPECT_EQ(HexValue(QString(40, QLatin1Char('F'))), USB_Comm::kHexTooLarge);
+    // Leading zeros are digits without value: the number is what the other digits say.
+    EXPECT_EQ(HexValue("00000081F"), 0x81F);
+    EXPECT_EQ(HexValue("000000100"), 0x100);
+    EXPECT_EQ(HexValue(QString(30, QLatin1Char('0')) + "7F"), 0x7F);
 }
 
 class Transport : public ::testing::Test, protected BoardFixture {
@@ -44,7 +57,7 @@ protected:
         session.startupLamps = &form;
     }
     USB_Comm::Comm& comm() { return session.comm(); }
-    std::vector<sim::WirePacket> Packets() {
+    sim::WireLog Packets() {
         auto log = wire();
         wire().clear();
         return log;
@@ -236,6 +249,99 @@ TEST_F(Transport, TimeOutShowsRedAndALateReplyDoesNotShiftLaterReadings) {
     EXPECT_EQ(form.rd[4]->text(), "22") << "the late reply to register 8 must not be taken for register 4";
     comm().ReadRegister(8);
     EXPECT_EQ(form.rd[8]->text(), "11");
+}
+
+// Registers 4, 5 and 6 hold 11, 22 and 33; every read below must show its own register's value.
+struct InStep : Transport {
+    void SetUp() override {
+        Transport::SetUp();
+        OpenSession();
+        for (int r : {4, 5, 6}) board.sensor().Write(std::uint8_t(r), std::uint8_t(0x11 * (r - 3)));
+    }
+    QString Read(int r) {
+        comm().ReadRegister(r);
+        return form.rd[r]->text();
+    }
+};
+
+TEST_F(InStep, ALateReplyWhoseDrainAlsoTimesOutIsStillPaidBeforeTheNextRead) {
+    board.controller().DelayNextReply(1);
+    EXPECT_EQ(Read(4), "00");
+    driver.TimeOutNext(1);  // the drain before the next command
+    EXPECT_EQ(Read(5), "22");
+    EXPECT_EQ(Read(6), "33");
+    EXPECT_EQ(Read(4), "11");
+}
+
+TEST_F(InStep, ADroppedReplyIsGivenUpAndTheReadsAfterItAreTheirOwn) {
+    board.controller().DropNextReplies(1);
+    EXPECT_EQ(Read(4), "00");
+    EXPECT_EQ(Read(5), "22");
+    EXPECT_EQ(Read(6), "33");
+    EXPECT_EQ(Read(4), "11");
+}
+
+TEST_F(InStep, AReplyGivenUpTooEarlyIsFoundByTheProbeAfterTheNextReply) {
+    // Late, and then every drain read times out: the reply is given up while the board still
+    // holds it. The read after that must not show it.
+    board.controller().DelayNextReply(1);
+    EXPECT_EQ(Read(4), "00");
+    driver.TimeOutNext(3);
+    EXPECT_EQ(Read(5), "22");
+    EXPECT_EQ(Read(6), "33");
+    EXPECT_EQ(Read(4), "11");
+}
+
+TEST_F(InStep, ACommandThatNeverLeftAsksForNoReply) {
+    board.controller().DelayNextReply(1);
+    EXPECT_EQ(Read(4), "00");
+    // Three drains come back empty, so the late reply is given up; then the command of this
+    // read fails on its way out, and its IN could only find the late reply.
+    driver.TimeOutNext(3 + 1);
+    EXPECT_EQ(Read(5), "00");
+    EXPECT_EQ(Read(6), "33");
+    EXPECT_EQ(Read(4), "11");
+}
+
+// Any mix of late, dropped and timed-out replies and NACKs for a while; once the board answers
+// again, every read is its own, and a read that says it succeeded never shows another's bytes.
+TEST_F(InStep, AnyMixOfFaultsLeavesTheReadsInStepOnceTheBoardAnswersAgain) {
+    for (std::uint32_t seed = 1; seed <= 40; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 rng(seed);
+        auto pick = [&](int n) { return int(rng() % std::uint32_t(n)); };
+        for (int step = 0; step < 30; ++step) {
+            switch (pick(6)) {
+                case 0:
+                    board.controller().DelayNextReply(1 + pick(2));
+                    break;
+                case 1:
+                    board.controller().DropNextReplies(1);
+                    break;
+                case 2:
+                    driver.TimeOutNext(1 + pick(3));
+                    break;
+                case 3:
+                    board.controller().NackNext(1);
+                    break;
+                default:
+                    break;
+            }
+            const int r = 4 + pick(3);
+            const QString shown = Read(r);
+            if (session.TransferOK && session.ReadStatusByte == 1) {
+                EXPECT_EQ(shown, Hex2(0x11 * (r - 3))) << "step " << step;
+            }
+        }
+        board.controller().DelayNextReply(0);
+        board.controller().DropNextReplies(0);
+        board.controller().NackNext(0);
+        driver.TimeOutNext(0);
+        for (int step = 0; step < 12; ++step) {
+            const int r = 4 + pick(3);
+            EXPECT_EQ(Read(r), Hex2(0x11 * (r - 3))) << "after the faults, step " << step;
+        }
+    }
 }
 
 TEST_F(Transport, DriverTimeOutOnTheWayOutShowsOnTheAttachLamp) {

@@ -64,7 +64,7 @@ protected:
     std::uint8_t Chip(int reg) {
         return bus.WithBoard([reg](sim::SimBoard& b) { return b.sensor().Peek(std::uint8_t(reg)); });
     }
-    std::vector<sim::WirePacket> Wire() {
+    sim::WireLog Wire() {
         return bus.WithBoard([](sim::SimBoard& b) { return b.controller().wireLog(); });
     }
     void Write(int reg, const QString& hex) {

@@ -34,6 +34,24 @@ void Session::UnloadGpioForm() {
     gpio_.reset();
 }
 
+bool Session::NotConnectedMessageDue() {
+    if (!inAction_) return true;
+    if (notConnectedShown_) return false;
+    notConnectedShown_ = true;
+    return true;
+}
+
+UserAction::UserAction(Session& session)
+    : s_(session), outerInAction_(session.inAction_), outerShown_(session.notConnectedShown_) {
+    s_.inAction_ = true;
+    s_.notConnectedShown_ = false;
+}
+
+UserAction::~UserAction() {
+    s_.inAction_ = outerInAction_;
+    s_.notConnectedShown_ = outerShown_;
+}
+
 void Session::FormGone(ActiveForm* form) {
     if (activeForm == form) activeForm = nullptr;
 }

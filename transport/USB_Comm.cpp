@@ -3,6 +3,8 @@
 #include <QLineEdit>
 #include <QRadioButton>
 
+#include <algorithm>
+
 #include "core/ActiveForm.h"
 #include "core/ColorLabel.h"
 #include "core/Colours.h"
@@ -19,13 +21,23 @@ namespace {
 constexpr int kLightGreen = 10;
 constexpr int kGreen = 2;
 constexpr int kLightRed = 12;
-// A late reply is drained with this much shorter time-out before the next command goes out.
+// Owed replies are drained with this much shorter time-out before the next command goes out.
 constexpr std::uint32_t kDrainTimeoutMs = 20;
 constexpr int kMaxDrain = 4;
+// Empty INs in a row after which a reply still owed is taken as lost.
+constexpr int kForgetAfterSilent = 4;
+// Empty INs in a row that prove a pipe holds no reply we do not know of.
+constexpr int kQuietToTrust = 2;
+constexpr std::uint32_t kScratchSize = 64;
+
+bool Replied(std::uint32_t status) {
+    return status == kUsbOk || status == kUsbOverflow;
+}
 }  // namespace
 
 std::int32_t HexValue(const QString& text) {
-    std::uint32_t v = 0;
+    // Leading zeros add digits but no value: "00000081F" is 0x81F, however long the text.
+    std::uint64_t v = 0;
     int digits = 0;
     for (QChar c : text) {
         int d;
@@ -37,12 +49,12 @@ std::int32_t HexValue(const QString& text) {
             d = c.unicode() - 'A' + 10;
         else
             break;
-        if (digits == 8) break;  // a longer text cannot be held; keep the first 32 bits
-        v = (v << 4) | std::uint32_t(d);
+        v = (v << 4) | std::uint64_t(d);
         ++digits;
+        if (v > 0xFFFFFFFFu) return kHexTooLarge;
     }
     if (digits <= 4) return std::int32_t(std::int16_t(std::uint16_t(v)));
-    return std::int32_t(v);
+    return std::int32_t(std::uint32_t(v));
 }
 
 Comm::Comm(Session& session) : s_(session) {}
@@ -52,42 +64,133 @@ void Comm::Transfer(bool in) {
     XferDone = 0;
     s_.LastStatus = s_.driver.Transfer(s_.usb().deviceHandle, XferPipe, in ? UsbDir::In : UsbDir::Out,
                                        XferBuf.data(), XferSize, &XferDone, timeoutMs);
+    Report(in, s_.LastStatus == kUsbOk);
+}
+
+void Comm::Report(bool in, bool ok) {
     Shape* lamp = nullptr;
     if (s_.activeForm) lamp = in ? s_.activeForm->Shp_USB_Transfer() : s_.activeForm->ShpAttach();
-    if (s_.LastStatus != kUsbOk) {
-        s_.TransferOK = false;
-        if (lamp) lamp->setFillIndex(kLightRed);
-        if (in && s_.LastStatus == kUsbTimeout) stale_[XferPipe & 0xFF] = true;
-    } else {
-        if (lamp) lamp->setFillIndex(kLightGreen);
-        s_.TransferOK = true;
+    s_.TransferOK = ok;
+    if (lamp) lamp->setFillIndex(ok ? kLightGreen : kLightRed);
+}
+
+// Keeping replies in step with their commands.
+//
+// The board answers every read command with exactly one reply, in the order of the commands, and
+// a reply carries nothing that says which command it answers. A reply that misses the host's
+// time-out is not lost: the board hands it to a later IN. So the host counts, per IN pipe, the
+// replies the board still owes (owed_): a command that reached the board and was followed by its
+// IN adds one, every reply that arrives pays the oldest. The rule is then:
+//   1. Before a new command, owed replies are drained with short INs. A drain that times out
+//      forgets nothing: the reply is still owed and the next IN pays it.
+//   2. The IN of a command takes the reply that pays its own debt. Replies that arrive while
+//      older ones are owed are those older ones and are thrown away.
+//   3. A command that never reached the board owes nothing, and its IN is not made: it could
+//      only return an older reply.
+//   4. A reply that stays away through kForgetAfterSilent empty INs in a row is taken as lost
+//      (the board dropped it). Being wrong about that would leave every later read one behind,
+//      so the pipe is then on probation: after each reply, short INs look for a newer one until
+//      kQuietToTrust of them in a row come back empty. A newer reply found there is the true
+//      answer to the command, and the one before it was a stale one.
+// A new board (a new device handle) starts with nothing owed. The drains and probes leave the
+// lamps alone: they are housekeeping, not the user's transfers.
+std::uint32_t Comm::RawIn(std::uint8_t pipe, std::uint8_t* buf, std::uint32_t size, std::uint32_t timeout) {
+    std::uint32_t done = 0;
+    return s_.driver.Transfer(s_.usb().deviceHandle, pipe, UsbDir::In, buf, size, &done, timeout);
+}
+
+void Comm::SyncDevice() {
+    const DeviceHandle dev = s_.usb().deviceHandle;
+    if (dev == device_) return;
+    device_ = dev;
+    owed_.fill(0);
+    silent_.fill(0);
+    probation_.fill(false);
+    commandSent_.fill(false);
+}
+
+void Comm::NoteSilence(std::uint8_t pipe) {
+    if (owed_[pipe] == 0) return;
+    if (++silent_[pipe] < kForgetAfterSilent) return;
+    owed_[pipe] = 0;
+    silent_[pipe] = 0;
+    probation_[pipe] = true;
+}
+
+void Comm::DrainOwed(std::uint8_t pipe) {
+    std::uint8_t scratch[kScratchSize];
+    for (int i = 0; i < kMaxDrain && owed_[pipe] > 0; ++i) {
+        const std::uint32_t st = RawIn(pipe, scratch, kScratchSize, kDrainTimeoutMs);
+        if (Replied(st)) {
+            --owed_[pipe];
+            silent_[pipe] = 0;
+        } else if (st == kUsbTimeout) {
+            NoteSilence(pipe);
+        } else {
+            break;
+        }
     }
 }
 
-// The board answers every read command with exactly one reply. When a reply misses the host's
-// time-out it is still delivered later, to whichever IN comes next, and every following read
-// would show the reply of the read before it. So before the next command after a time-out, the
-// IN pipe is read with a short time-out until it is empty; whatever comes is the late reply and
-// is thrown away. The lamps are left alone: this is housekeeping, not one of the user's transfers.
-void Comm::DrainStaleReplies(std::uint32_t inPipe) {
-    if (!stale_[inPipe & 0xFF]) return;
-    stale_[inPipe & 0xFF] = false;
-    std::vector<std::uint8_t> scratch(64);
-    for (int i = 0; i < kMaxDrain; ++i) {
-        std::uint32_t done = 0;
-        std::uint32_t st = s_.driver.Transfer(s_.usb().deviceHandle, inPipe, UsbDir::In, scratch.data(),
-                                              std::uint32_t(scratch.size()), &done, kDrainTimeoutMs);
-        if (st != kUsbOk) break;
+void Comm::Probe(std::uint8_t pipe) {
+    std::vector<std::uint8_t> newer(std::max<std::uint32_t>(XferSize, 1));
+    for (int quiet = 0, tries = 0; quiet < kQuietToTrust && tries < kMaxDrain + kQuietToTrust; ++tries) {
+        std::fill(newer.begin(), newer.end(), std::uint8_t(0));
+        const std::uint32_t st = RawIn(pipe, newer.data(), XferSize, kDrainTimeoutMs);
+        if (Replied(st)) {
+            std::copy_n(newer.begin(), XferSize, XferBuf.begin());
+            quiet = 0;
+        } else if (st == kUsbTimeout) {
+            if (++quiet == kQuietToTrust) probation_[pipe] = false;
+        } else {
+            return;
+        }
     }
 }
 
 void Comm::TransferOut() {
-    DrainStaleReplies(XferPipe + 128);
+    SyncDevice();
+    const std::uint8_t in = std::uint8_t((XferPipe + 128) & 0xFF);
+    // A command whose IN was never asked for (a write) owes no reply.
+    commandSent_[in] = false;
+    if (owed_[in] > 0) DrainOwed(in);
     Transfer(false);
+    commandSent_[in] = s_.LastStatus == kUsbOk;
 }
 
 void Comm::TransferIn() {
-    Transfer(true);
+    SyncDevice();
+    const std::uint8_t pipe = std::uint8_t(XferPipe & 0xFF);
+    if (XferBuf.size() < XferSize) XferBuf.resize(XferSize, 0);
+    if (!commandSent_[pipe]) {
+        // LastStatus keeps the failure of the command.
+        std::fill(XferBuf.begin(), XferBuf.end(), std::uint8_t(0));
+        XferDone = 0;
+        Report(true, false);
+        return;
+    }
+    commandSent_[pipe] = false;
+    ++owed_[pipe];
+    bool ours = false;
+    for (;;) {
+        Transfer(true);
+        if (Replied(s_.LastStatus)) {
+            silent_[pipe] = 0;
+            if (--owed_[pipe] == 0) {
+                ours = true;
+                break;
+            }
+            continue;  // an older reply
+        }
+        if (s_.LastStatus == kUsbTimeout) NoteSilence(pipe);
+        break;
+    }
+    if (!ours) {
+        std::fill(XferBuf.begin(), XferBuf.end(), std::uint8_t(0));
+        if (s_.TransferOK) Report(true, false);
+        return;
+    }
+    if (probation_[pipe]) Probe(pipe);
 }
 
 void Comm::FlipActivity(Shape* shape) {
@@ -104,7 +207,7 @@ void Comm::NotConnected() {
         }
         SetOptionValue(s_.activeForm->OptMode(2), false);
     }
-    s_.messages.MsgBox(QStringLiteral("USB is not Connected"));
+    if (s_.NotConnectedMessageDue()) s_.messages.MsgBox(QStringLiteral("USB is not Connected"));
     s_.Collecting = false;
 }
 

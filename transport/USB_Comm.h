@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/SessionState.h"
+#include "transport/UsbDriver.h"
 
 namespace lxm {
 class Session;
@@ -17,7 +18,9 @@ namespace lxm::USB_Comm {
 
 // Hexadecimal text to a number, as the entry boxes are read: the leading hex digits of the
 // text ("" -> 0, "88" -> 136, "1G" -> 1). Up to four digits give a 16-bit signed value
-// ("FFFF" -> -1); longer texts give their 32-bit value.
+// ("FFFF" -> -1); longer texts give their 32-bit value. A value beyond 32 bits, however many
+// leading zeros it has, gives kHexTooLarge, which every range test rejects.
+constexpr std::int32_t kHexTooLarge = 0x7FFFFFFF;
 std::int32_t HexValue(const QString& text);
 
 class Comm {
@@ -60,12 +63,24 @@ public:
 private:
     bool Begin(int r, std::array<bool, kMaxRegisters>& pending);
     void Transfer(bool in);
-    void DrainStaleReplies(std::uint32_t inPipe);
+    void Report(bool in, bool ok);
     void FlipActivity(Shape* shape);
+    // Keeping replies in step with their commands (see USB_Comm.cpp).
+    std::uint32_t RawIn(std::uint8_t pipe, std::uint8_t* buf, std::uint32_t size, std::uint32_t timeout);
+    void SyncDevice();
+    void NoteSilence(std::uint8_t pipe);
+    void DrainOwed(std::uint8_t pipe);
+    void Probe(std::uint8_t pipe);
 
     Session& s_;
-    // IN pipes on which a request timed out: the board may still deliver that reply later.
-    std::array<bool, 256> stale_{};
+    // Per IN pipe: replies the board still owes, empty INs in a row while it owes one, whether a
+    // reply was given up as lost and not yet proven so, and whether the last command reached
+    // the board with its IN still to come.
+    std::array<int, 256> owed_{};
+    std::array<int, 256> silent_{};
+    std::array<bool, 256> probation_{};
+    std::array<bool, 256> commandSent_{};
+    DeviceHandle device_ = 0;
 };
 
 }  // namespace lxm::USB_Comm

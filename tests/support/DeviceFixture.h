@@ -24,7 +24,7 @@ struct BoardFixture {
 
     BoardFixture() { session.usb().openWaitYields = 50; }
 
-    std::vector<sim::WirePacket>& wire() { return board.controller().wireLog(); }
+    sim::WireLog& wire() { return board.controller().wireLog(); }
     std::uint8_t chip(int reg) { return board.sensor().Peek(std::uint8_t(reg)); }
 
     // Driver registered, board attached and opened, held open for the session, the sensor at

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdio>
+#include <optional>
+#include <string>
+
+#include "app/CommandLine.h"
+
+namespace lxm {
+
+class Clock;
+class UsbDriver;
+
+// Where a key-press pause of a script run without a window is answered.
+class Terminal {
+public:
+    virtual ~Terminal() = default;
+    // Someone can answer: standard input is a terminal.
+    virtual bool Interactive() = 0;
+    // One line typed by the user; nothing at end of input.
+    virtual std::optional<std::string> ReadLine() = 0;
+};
+
+// Standard input, when it is a terminal.
+class StdinTerminal final : public Terminal {
+public:
+    bool Interactive() override;
+    std::optional<std::string> ReadLine() override;
+};
+
+// Runs the script of the command line without any window: opens the board as a type selection
+// does, prints one line per row and the summary to `out`, progress and errors to `err`, and
+// returns the exit status (0 all compared reads passed, 1 a read failed or the run was
+// cancelled, 2 the file cannot be loaded or run, or no board). Needs a Qt core application
+// for the driver's notifications, and no display.
+int RunScriptHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, Terminal& terminal,
+                      std::FILE* out, std::FILE* err);
+
+}  // namespace lxm

@@ -1,0 +1,313 @@
+// Building the multi-function form's controls from the device-form parts and its own frames.
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QVBoxLayout>
+
+#include "acquisition/PictureBox.h"
+#include "core/Shape.h"
+#include "device/BoardMenu.h"
+#include "device/FormFit.h"
+#include "device/frmLXM600.h"
+#include "device/parts/FormLayout.h"
+#include "device/parts/MaxMinFrame.h"
+#include "device/parts/RecordFrame.h"
+#include "device/parts/RegisterPanel.h"
+#include "device/parts/StatusStrip.h"
+#include "device/parts/StripChart.h"
+#include "setup/SetupMenu.h"
+#include "transport/Session.h"
+
+namespace lxm {
+
+namespace {
+
+QCheckBox* Check(QWidget* parent, const QString& caption) {
+    return new QCheckBox(caption, parent);
+}
+
+QLabel* Caption(QWidget* parent, const QString& text = {}) {
+    return new QLabel(text, parent);
+}
+
+}  // namespace
+
+void frmLXM600::BuildLayout() {
+    setWindowTitle(QStringLiteral("Form1"));
+    FormColumns cols(this);
+
+    menuBar = new QMenuBar(this);
+    QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
+    mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
+    AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
+    // The ID and the readings (0, 8, 9, 10) are read-only; the configuration goes last, once
+    // thresholds and interrupt set-up are back.
+    boardMenu = new BoardMenu(s_, *menuBar,
+                              BoardRegisters{this,
+                                             {2, 3, 4, 5, 6, 7, 11, 12, 13, 14, 15, 1},
+                                             [this](int r) { cmdWrtReg_Click(r); },
+                                             [this](int r) { cmdRDReg_Click(r); }});
+    layout()->setMenuBar(menuBar);
+
+    // ---- status strip: lamps, "Test Comm", the two test LEDs, the transfer status, close
+    strip_ = new StatusStrip(s_, this);
+    ChKLed[0] = Check(strip_, QStringLiteral("Test Red LED"));
+    ChKLed[1] = Check(strip_, QStringLiteral("Test ORN LED"));
+    lblUSBStatis = Caption(strip_);
+    lblUSBStatis->setMinimumWidth(120);
+    Command4 = new QPushButton(QStringLiteral("Close"), strip_);
+    strip_->row()->addWidget(ChKLed[0]);
+    strip_->row()->addWidget(ChKLed[1]);
+    strip_->row()->addSpacing(12);
+    strip_->row()->addWidget(lblUSBStatis);
+    strip_->row()->addStretch(1);
+    strip_->row()->addWidget(Command4);
+    cols.top()->addWidget(strip_);
+
+    // ---- column 1: registers
+    std::vector<QString> readTips(kRegisterRows, QStringLiteral("Hex Read back of control register"));
+    readTips[8] = QStringLiteral("Proximity data (7:0)");
+    readTips[9] = QStringLiteral("ALS / IR data LSB (7:0)");
+    readTips[10] = QStringLiteral("ALS / IR data MSB (11:8)");
+    panel_ = new RegisterPanel(s_, kRegisterRows, readTips, this);
+    cmdReadID = new QPushButton(QStringLiteral("Read ID"), panel_);
+    lblID = Caption(panel_);
+    lblID->setMinimumWidth(30);
+    panel_->footer()->addWidget(cmdReadID, 0, 0);
+    panel_->footer()->addWidget(lblID, 0, 1);
+    cols.column(0)->addWidget(panel_);
+
+    FrameReg2User = new QGroupBox(QStringLiteral("Register Bits"), this);
+    auto* bg = new QGridLayout(FrameReg2User);
+    bg->setHorizontalSpacing(2);
+    for (int k = 0; k < 8; ++k) {
+        ChkReg1Bit[k] = Check(FrameReg2User, QStringLiteral("Bit %1").arg(7 - k));
+        bg->addWidget(ChkReg1Bit[k], k / 4, k % 4);
+    }
+    spnBitReg = new QSpinBox(FrameReg2User);
+    spnBitReg->setRange(0, kRegisterRows - 1);
+    spnBitReg->setValue(1);
+    spnBitReg->setPrefix(QStringLiteral("Reg "));
+    cmdUpdateReg = new QPushButton(QStringLiteral("Write"), FrameReg2User);
+    cmdUpdateRead = new QPushButton(QStringLiteral("Read"), FrameReg2User);
+    lblRegDatax = Caption(FrameReg2User, QStringLiteral("00"));
+    bg->addWidget(spnBitReg, 2, 0);
+    bg->addWidget(cmdUpdateReg, 2, 1);
+    bg->addWidget(cmdUpdateRead, 2, 2);
+    bg->addWidget(lblRegDatax, 2, 3, Qt::AlignCenter);
+    cols.column(0)->addWidget(FrameReg2User);
+
+    FrmDevice = new DeviceSelection(this);
+    cols.column(0)->addWidget(FrmDevice);
+    cols.column(0)->addStretch(1);
+
+    // ---- column 4: the register controls and the interrupt limits
+    frmALS = new QGroupBox(QStringLiteral("ALS / IR"), this);
+    auto* ag = new QGridLayout(frmALS);
+    auto* mmode = new QGroupBox(QStringLiteral("Measurement"), frmALS);
+    MakeOptionArray(mmode, OptMMode, {{0, "ALS"}, {1, "IR"}}, 2);
+    auto* range = new QGroupBox(QStringLiteral("Range"), frmALS);
+    MakeOptionArray(range, OptALSRange, {{0, "2000 Lux"}, {1, "125 Lux"}}, 2);
+    chkALSEnable = Check(frmALS, QStringLiteral("ALS / IR Enable"));
+    ag->addWidget(mmode, 0, 0);
+    ag->addWidget(range, 0, 1);
+    ag->addWidget(chkALSEnable, 1, 0, 1, 2);
+    cols.column(2)->addWidget(frmALS);
+
+    frmProx = new QGroupBox(QStringLiteral("Proximity"), this);
+    auto* pg = new QGridLayout(frmProx);
+    auto* drive = new QGroupBox(QStringLiteral("IR LED Drive"), frmProx);
+    MakeOptionArray(drive, OptProxDr, {{0, "100mA"}, {1, "200mA"}}, 2);
+    auto* sleep = new QGroupBox(QStringLiteral("Sleep Time mS"), frmProx);
+    MakeOptionArray(sleep, OptIRSleep,
+                    {{0, "800"},
+                     {1, "400"},
+                     {2, "200"},
+                     {3, "100"},
+                     {4, "75"},
+                     {5, "50"},
+                     {6, "12.5"},
+                     {7, "Continuous"}},
+                    4);
+    ChkPEnable = Check(frmProx, QStringLiteral("Prox Enable"));
+    pg->addWidget(drive, 0, 0);
+    pg->addWidget(ChkPEnable, 0, 1);
+    pg->addWidget(sleep, 1, 0, 1, 2);
+    cols.column(2)->addWidget(frmProx);
+
+    frmIntConfig = new QGroupBox(QStringLiteral("Interrupt"), this);
+    auto* ig = new QGridLayout(frmIntConfig);
+    auto* pin = new QGroupBox(QStringLiteral("Pin Function"), frmIntConfig);
+    MakeOptionArray(pin, OptEPIN, {{0, "Or"}, {1, "And"}}, 2);
+    auto* persistAls = new QGroupBox(QStringLiteral("ALS Persistance"), frmIntConfig);
+    MakeOptionArray(persistAls, optINTPALS, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 4);
+    auto* persistProx = new QGroupBox(QStringLiteral("Prox Persistance"), frmIntConfig);
+    MakeOptionArray(persistProx, optINTP, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 4);
+    ShpALSFlag = new Shape(frmIntConfig);
+    ShpALSFlag->setToolTip(QStringLiteral("ALS interrupt flag (register 2, bit 3)"));
+    ShpProxFlag = new Shape(frmIntConfig);
+    ShpProxFlag->setToolTip(QStringLiteral("Proximity interrupt flag (register 2, bit 7)"));
+    auto* flags = new QHBoxLayout;
+    flags->addWidget(Caption(frmIntConfig, QStringLiteral("ALS flag")));
+    flags->addWidget(ShpALSFlag);
+    flags->addSpacing(8);
+    flags->addWidget(Caption(frmIntConfig, QStringLiteral("Prox flag")));
+    flags->addWidget(ShpProxFlag);
+    flags->addStretch(1);
+    ig->addWidget(pin, 0, 0);
+    ig->addWidget(persistAls, 1, 0);
+    ig->addWidget(persistProx, 2, 0);
+    ig->addLayout(flags, 3, 0);
+    cols.column(3)->addWidget(frmIntConfig);
+
+    BuildLimits();
+    cols.column(3)->addWidget(fraINT);
+
+    RecordCaptions record;
+    record.frameTitle = QStringLiteral("Save Measurements to File");
+    record.filter = QStringLiteral("All Files (*.*)|*.*|LXM20x Data Files(*.txt)|*.txt");
+    record.defaultFile = QStringLiteral("Data.txt");
+    frmDataRecord = new RecordFrame(s_, record, this);
+    cols.column(3)->addWidget(frmDataRecord);
+    cols.column(3)->addStretch(1);
+
+    // ---- column 3: the collection; single read, time base and graph go under the chart
+    Frame2 = new QGroupBox(QStringLiteral("Single Read"), this);
+    auto* sg = new QGridLayout(Frame2);
+    cmdReadAd = new QPushButton(QStringLiteral("Read AD"), Frame2);
+    cmdReadAd->setToolTip(QStringLiteral("Reads the proximity and the ALS / IR data registers"));
+    lblMeasurements[1] = Caption(Frame2, QStringLiteral("0"));
+    lblMeasurements[2] = Caption(Frame2, QStringLiteral("0"));
+    sg->addWidget(cmdReadAd, 0, 0, 1, 2);
+    sg->addWidget(Caption(Frame2, QStringLiteral("Prox")), 1, 0);
+    sg->addWidget(lblMeasurements[1], 1, 1);
+    sg->addWidget(Caption(Frame2, QStringLiteral("ALS / IR")), 2, 0);
+    sg->addWidget(lblMeasurements[2], 2, 1);
+    auto* small = new QHBoxLayout;
+    small->addWidget(Frame2);
+
+    frmTimeBase = new QGroupBox(QStringLiteral("Time Base"), this);
+    auto* tb = new QHBoxLayout(frmTimeBase);
+    Label3 = Caption(frmTimeBase, QStringLiteral("Interval mS"));
+    txtInterval = MakeBox(frmTimeBase, QString(), 56);
+    txtInterval->setToolTip(QStringLiteral("Operator Selected time between Measurement Triggers."));
+    tb->addWidget(Label3, 1);
+    tb->addWidget(txtInterval);
+    small->addWidget(frmTimeBase);
+
+    frmGraphSel = new QGroupBox(QStringLiteral("Graph"), this);
+    MakeOptionArray(frmGraphSel, OptGraph, {{0, "Proximity"}, {1, "ALS/IR"}}, 2);
+    small->addWidget(frmGraphSel);
+
+    frmCollect = new QGroupBox(QStringLiteral("Data Collection"), this);
+    auto* cg = new QGridLayout(frmCollect);
+    Label16 = Caption(frmCollect, QStringLiteral("Proximity"));
+    txtReading = MakeBox(frmCollect, QString(), 90);
+    txtReading->setReadOnly(true);
+    Label17 = Caption(frmCollect, QStringLiteral("Prox / ALS"));
+    txtReading2 = MakeBox(frmCollect, QString(), 60);
+    txtReading3 = MakeBox(frmCollect, QString(), 60);
+    txtReading2->setReadOnly(true);
+    txtReading3->setReadOnly(true);
+    txtADCRaw = MakeBox(frmCollect, QString(), 90);
+    txtADCRaw->setReadOnly(true);
+    Label6 = Caption(frmCollect, QStringLiteral("Measured Loop Time"));
+    txtTime1 = MakeBox(frmCollect, QString(), 90);
+    txtTime1->setReadOnly(true);
+    lblLoop_Count = Caption(frmCollect);
+    Label18 = Caption(frmCollect);
+    Label18->setWordWrap(true);
+    cmdCollectData = new QPushButton(QStringLiteral("Collect Data Graphical Real Time Data"), frmCollect);
+    cmdCollect = new QPushButton(QStringLiteral("Collect"), frmCollect);
+    cmdStopData = new QPushButton(QStringLiteral("Stop Real Time"), frmCollect);
+    cmdStopData->setEnabled(false);
+    cmdAbort = new QPushButton(QStringLiteral("Abort"), frmCollect);
+    cg->addWidget(Label16, 0, 0);
+    cg->addWidget(txtReading, 0, 1, 1, 2);
+    cg->addWidget(Caption(frmCollect, QStringLiteral("ADC Reading")), 1, 0);
+    cg->addWidget(txtADCRaw, 1, 1, 1, 2);
+    cg->addWidget(Label17, 2, 0);
+    cg->addWidget(txtReading2, 2, 1);
+    cg->addWidget(txtReading3, 2, 2);
+    cg->addWidget(Label6, 3, 0);
+    cg->addWidget(txtTime1, 3, 1, 1, 2);
+    cg->addWidget(lblLoop_Count, 4, 0, 1, 3);
+    cg->addWidget(cmdCollectData, 5, 0, 1, 3);
+    cg->addWidget(cmdCollect, 6, 0);
+    cg->addWidget(cmdStopData, 6, 1);
+    cg->addWidget(cmdAbort, 6, 2);
+    cg->addWidget(Label18, 7, 0, 1, 3);
+    cols.column(2)->addWidget(frmCollect);
+
+    FrmMeasureDetails = new MaxMinFrame(this);
+    cols.column(2)->addWidget(FrmMeasureDetails);
+    cols.column(2)->addStretch(1);
+
+    // ---- column 2: the strip chart, with what chooses and paces its readings below it
+    chart_ = new StripChart(s_, plot_, true, this);
+    cols.column(1)->addWidget(chart_, 1);
+    cols.column(1)->addLayout(small);
+    cols.Grow(1);
+}
+
+void frmLXM600::BuildLimits() {
+    fraINT = new QGroupBox(QStringLiteral("Interrupt Limits"), this);
+    auto* lg = new QGridLayout(fraINT);
+    lg->setVerticalSpacing(2);
+    lg->addWidget(Caption(fraINT, QStringLiteral("Interrupt Limits Dec")), 0, 0, 1, 3);
+    lg->addWidget(Caption(fraINT, QStringLiteral("Lower")), 1, 1);
+    lg->addWidget(Caption(fraINT, QStringLiteral("Upper")), 1, 2);
+    const std::pair<int, const char*> windows[2] = {{0, "ALS / IR"}, {2, "Prox"}};
+    int row = 2;
+    for (const auto& [i, caption] : windows) {
+        txtILow[i] = MakeBox(fraINT, QString(), 52);
+        txtIHigh[i] = MakeBox(fraINT, QString(), 52);
+        lg->addWidget(Caption(fraINT, QString::fromLatin1(caption)), row, 0);
+        lg->addWidget(txtILow[i], row, 1);
+        lg->addWidget(txtIHigh[i], row, 2);
+        ++row;
+    }
+    for (int i = 0; i < 8; ++i) {
+        lblIlimitsformat[i] = Caption(fraINT);
+        lg->addWidget(lblIlimitsformat[i], row + i % 4, i < 4 ? 0 : 2, 1, i < 4 ? 2 : 1);
+    }
+    row += 4;
+    cmdWrtILimits = new QPushButton(QStringLiteral("Write Limits"), fraINT);
+    cmdReadILimits = new QPushButton(QStringLiteral("Read Limits"), fraINT);
+    cmdALSClear = new QPushButton(QStringLiteral("Clear ALS INT"), fraINT);
+    cmdALSClear->setToolTip(QStringLiteral("Clears the ALS interrupt flag (register 2, bit 3)"));
+    cmdPIClear = new QPushButton(QStringLiteral("Clear Prox INT"), fraINT);
+    cmdPIClear->setToolTip(QStringLiteral("Clears the proximity interrupt flag (register 2, bit 7)"));
+    cmdSampleInternalIntrs = new QPushButton(QStringLiteral("INT Flags"), fraINT);
+    cmdSampleInternalIntrs->setToolTip(
+        QStringLiteral("Reads register 2, which carries both interrupt flags"));
+    cmdISamples = new QPushButton(QStringLiteral("INT Line"), fraINT);
+    cmdISamples->setToolTip(QStringLiteral("Samples the interrupt line of the board (red: asserted)"));
+    ShpINTexternal = new Shape(fraINT);
+    ShpINTexternal->setToolTip(QStringLiteral("Interrupt line (red: asserted)"));
+    ShpINt = new Shape(fraINT);
+    ShpINt->setToolTip(QStringLiteral("Changes colour with every sample of the interrupt line"));
+    chkPoll = Check(fraINT, QStringLiteral("Poll"));
+    chkPoll->setToolTip(QStringLiteral("Reads the sensor every quarter second"));
+    lg->addWidget(cmdWrtILimits, row, 0, 1, 2);
+    lg->addWidget(cmdReadILimits, row, 2);
+    lg->addWidget(cmdALSClear, row + 1, 0, 1, 2);
+    lg->addWidget(cmdPIClear, row + 1, 2);
+    lg->addWidget(cmdSampleInternalIntrs, row + 2, 0, 1, 2);
+    lg->addWidget(chkPoll, row + 2, 2);
+    auto* line = new QHBoxLayout;
+    line->addWidget(cmdISamples);
+    line->addWidget(ShpINTexternal);
+    line->addWidget(ShpINt);
+    line->addStretch(1);
+    lg->addLayout(line, row + 3, 0, 1, 3);
+}
+
+}  // namespace lxm

@@ -1,0 +1,192 @@
+#include "device/parts/Collection.h"
+
+#include <QLabel>
+#include <QLineEdit>
+
+#include <algorithm>
+
+#include "acquisition/ModWaveform_ALS.h"
+#include "acquisition/PictureBox.h"
+#include "core/ServedWait.h"
+#include "core/VbText.h"
+#include "core/Yield.h"
+#include "transport/Session.h"
+#include "transport/USB_Comm.h"
+#include "transport/generic_usb_lib.h"
+
+namespace lxm {
+
+namespace {
+
+constexpr std::int64_t kMs = 1000;
+// The pass is let go once it is this close to its deadline; the sleep before that aims at 3 ms
+// before the deadline, so the transfers of the pass overlap the last milliseconds of the wait.
+constexpr std::int64_t kReleaseMarginUs = 4 * kMs;
+constexpr std::int64_t kSleepMarginUs = 3 * kMs;
+
+void SetTextIfChanged(QLineEdit* box, const QString& text) {
+    if (box->text() != text) box->setText(text);
+}
+
+}  // namespace
+
+void MakeLiveValue(QWidget* w) {
+    w->setBackgroundRole(QPalette::Window);
+    w->setAutoFillBackground(true);
+}
+
+void MakeLiveValue(QLabel* label) {
+    MakeLiveValue(static_cast<QWidget*>(label));
+    const QFontMetrics m(label->font());
+    label->setFixedSize(m.horizontalAdvance(QStringLiteral("-000000")) + 4, m.height() + 2);
+}
+
+PacedCollection::PacedCollection(Session& session, CollectionState& state, PlotState& plot, Controls controls)
+    : s_(session), st_(state), plot_(plot), c_(controls) {}
+
+void PacedCollection::Run() {
+    if (depth_ > 0) {
+        if (!s_.Collecting) restartPending_ = true;
+        return;
+    }
+    // Without a board there is nothing to collect: say so once and leave the form as it was.
+    if (!s_.UsbConnected) {
+        s_.comm().NotConnected();
+        return;
+    }
+    ++depth_;
+    do {
+        restartPending_ = false;
+        Start();
+        while (s_.Collecting) Pass();
+        End();
+    } while (restartPending_);
+    --depth_;
+}
+
+void PacedCollection::Start() {
+    // The system timer already ticks in milliseconds here; nothing to request.
+    st_.IntervalMs = WaitMsOf(c_.txtInterval->text());
+    st_.PeakSample = -999999.0;
+    if (hooks.start) hooks.start();
+    st_.CollectAbort = false;
+    st_.CollectStopRequested = false;
+
+    std::fill(plot_.TracePixels.begin(), plot_.TracePixels.begin() + kTraceNewest + 1, 1);
+    std::fill(plot_.TracePixels2.begin(), plot_.TracePixels2.begin() + kTraceNewest + 1, 1);
+    ModWaveform_ALS::RestoreGraphBackground(*c_.graph, plot_);
+    plot_.TraceStart = kTraceNewest;
+    st_.SampleCount = 0;
+    std::fill(st_.SampleValues.begin(), st_.SampleValues.end(), 1.0);
+    std::fill(st_.SampleValues2.begin(), st_.SampleValues2.end(), 1.0);
+    st_.maxMinPanel.Reset();
+    st_.CountMax = st_.maxMinPanel.countMax();
+    st_.CountMin = st_.maxMinPanel.countMin();
+    st_.MaxMinCounter = 0;
+
+    // The board may have gone during the form's start; a run without it would only collect zeros.
+    s_.Collecting = s_.UsbConnected;
+    c_.txtTime1->show();
+    st_.PassStartUs = s_.clock.Micros();
+    st_.DeadlineUs = st_.PassStartUs + std::int64_t(st_.IntervalMs) * kMs;
+    if (!s_.SessionOpen) s_.usb().OpenDevice();
+}
+
+// The margins are those of a millisecond timer; the deadline is kept in microseconds and the
+// sleep is as fine as the clock allows, so that a pass starts where the margins put it and not
+// up to a millisecond later. A long interval is waited in served slices, so Stop ends it early.
+void PacedCollection::PaceToDeadline() {
+    st_.PacedDeadlineUs = st_.DeadlineUs;
+    if (s_.clock.Micros() < st_.DeadlineUs - kReleaseMarginUs)
+        ServedWait(s_, s_.clock, st_.DeadlineUs - kSleepMarginUs, [this] { return s_.Collecting; });
+    st_.PassReleasedUs = s_.clock.Micros();
+}
+
+// Registers the user changed or asked for while the loop held the transport.
+void PacedCollection::RefreshRegisters() {
+    s_.TransferBusy = false;
+    for (int n = 15; n >= 0; --n) {
+        if (s_.PendingWrite[n]) hooks.writeRow(n);
+        DoEvents();
+    }
+    for (int n = 0; n <= 15; ++n) {
+        // Registers beyond the panel's rows have no boxes of their own to judge.
+        if (s_.PendingRead[n]) {
+            if (n < c_.panelRows)
+                hooks.readRow(n);
+            else
+                s_.comm().ReadRegister(n);
+        }
+        DoEvents();
+    }
+    s_.TransferDeferred = false;
+    if (hooks.afterRefresh) hooks.afterRefresh();
+}
+
+void PacedCollection::Pass() {
+    // Stop and every other control are served here.
+    s_.TransferBusy = true;
+    DoEvents();
+    if (!s_.Collecting) return;
+    st_.IntervalMs = WaitMsOf(c_.txtInterval->text());
+
+    if (!hooks.singleShot())
+        PaceToDeadline();
+    else
+        st_.PacedDeadlineUs = st_.PassReleasedUs = s_.clock.Micros();
+    if (!s_.Collecting) return;
+
+    if (s_.TransferDeferred) RefreshRegisters();
+    // A board pulled during the refresh has ended the run; its message has been given.
+    if (s_.Collecting && !hooks.sample()) return;
+
+    // A run stopped during this pass draws nothing more: "Clear Graph" may already have
+    // restored the picture.
+    if (s_.Collecting) {
+        const std::int64_t now = s_.clock.Micros();
+        st_.DeadlineUs = now + std::int64_t(st_.IntervalMs) * kMs;
+        SetTextIfChanged(c_.txtTime1, Trim(double((now - st_.PassStartUs + kMs / 2) / kMs)));
+        hooks.plotRows();
+        if (st_.SampleCount < CollectionState::kSampleLast) ++st_.SampleCount;
+        if (st_.SampleCount > 10) DrawStep();
+    }
+
+    hooks.showReading();
+    if (!(st_.PeakSample >= st_.LatestReading)) st_.PeakSample = st_.LatestReading;
+
+    st_.PassStartUs = s_.clock.Micros();
+    if (st_.onPass) st_.onPass();
+    s_.TransferBusy = false;
+    DoEvents();
+}
+
+void PacedCollection::DrawStep() {
+    c_.lblLoop_Count->setText(Trim(st_.SampleCount - 10));
+    if (drawTrace2) {
+        plot_.TraceColour = QColor(0, 0, 255);
+        ModWaveform_ALS::ScrollTrace2(*c_.graph, plot_, plot_.TraceStart);
+    }
+    if (drawTrace1) {
+        plot_.TraceColour = QColor(255, 0, 0);
+        ModWaveform_ALS::ScrollTrace(*c_.graph, plot_, plot_.TraceStart);
+    }
+    if (plot_.TraceStart < 2) {
+        // Once every column is redrawn per pass, the pass rests a millisecond, but only when
+        // that millisecond is still free before the next deadline: with a deadline already due
+        // it would only lower the sample rate.
+        if (st_.DeadlineUs - s_.clock.Micros() >= kMs) s_.clock.Sleep(1);
+    } else {
+        --plot_.TraceStart;
+    }
+}
+
+void PacedCollection::End() {
+    s_.Collecting = false;
+    // A run stopped at the start of a pass still holds the transport.
+    s_.TransferBusy = false;
+    if (!s_.SessionOpen) s_.usb().CloseDevice();
+    st_.CollectAbort = false;
+    if (hooks.end) hooks.end();
+}
+
+}  // namespace lxm

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "acquisition/Conversion.h"
+#include "acquisition/PlotState.h"
+
+class QLabel;
+class QLineEdit;
+class QWidget;
+
+namespace lxm {
+
+class PictureBox;
+class Session;
+
+// What a continuous collection keeps: the sample buffers, the live extremes and the pacing
+// marks. Every device form carries one; the buffers keep their contents after a run ends.
+struct CollectionState {
+    static constexpr int kSampleLast = 1010;
+
+    bool CollectStopRequested = false;
+    bool CollectAbort = false;
+    std::int32_t IntervalMs = 8;
+    std::vector<double> SampleValues = std::vector<double>(kSampleLast + 1, 1.0);
+    std::vector<double> SampleValues2 = std::vector<double>(kSampleLast + 1, 1.0);
+    std::int32_t SampleCount = 0;
+    double LatestReading = 0;
+    double PeakSample = -999999.0;
+    std::int32_t CountMax = -9999999;
+    std::int32_t CountMin = 9999999;
+    int MaxMinCounter = 0;
+    MaxMinPanel maxMinPanel;  // CountMax, CountMin and MaxMinCounter mirror it
+    // Pacing, in clock microseconds: the deadline of the next pass, the end of the previous
+    // pass (for the measured loop time), and for the pass under way the deadline it was
+    // paced against and the moment the pacing let it go.
+    std::int64_t DeadlineUs = 0;
+    std::int64_t PassStartUs = 0;
+    std::int64_t PacedDeadlineUs = 0;
+    std::int64_t PassReleasedUs = 0;
+    // Runs at the end of every collection pass while the pass still holds the transport, the
+    // way a click arriving during the pass would; tests and benchmarks stop the loop from here.
+    std::function<void()> onPass;
+};
+
+// The paced collection loop shared by the device forms. It runs inside the Start button's
+// handler on the user-interface thread and lets every other control run in its yields; Stop,
+// a detached board or a re-scale end it by clearing the session's Collecting flag. The form
+// supplies what it measures and shows through the hooks.
+class PacedCollection {
+public:
+    struct Controls {
+        QLineEdit* txtInterval;
+        QLineEdit* txtTime1;
+        QLabel* lblLoop_Count;
+        PictureBox* graph;
+        int panelRows;  // register rows the form can show; deferred reads beyond go bare
+    };
+    struct Hooks {
+        std::function<void()> start;         // the form's own start steps, before the run begins
+        std::function<bool()> singleShot;    // a pass paced by its re-trigger delay instead
+        std::function<void(int)> readRow;    // the register panel's read of a deferred row
+        std::function<void(int)> writeRow;   // ... and its write
+        std::function<void()> afterRefresh;  // after deferred register transfers were served
+        // Takes the sample of the pass; false when the run ended inside it and the pass stops.
+        std::function<bool()> sample;
+        std::function<void()> plotRows;     // the newest point's rows, once per drawn pass
+        std::function<void()> showReading;  // the live value, every pass
+        std::function<void()> end;          // the form's own end steps
+    };
+
+    PacedCollection(Session& session, CollectionState& state, PlotState& plot, Controls controls);
+    Hooks hooks;
+    // Whether a trace step draws the first (red) and the second (blue) trace.
+    bool drawTrace1 = true;
+    bool drawTrace2 = false;
+
+    // Starts and runs the loop until Collecting turns False; returns only then. Called again
+    // from inside a run (a re-scale restarts collection from one of its yields) it asks the
+    // running loop to start over once it has ended, rather than nesting a second loop.
+    void Run();
+
+private:
+    void Start();
+    void Pass();
+    void PaceToDeadline();
+    void RefreshRegisters();
+    void DrawStep();
+    void End();
+
+    Session& s_;
+    CollectionState& st_;
+    PlotState& plot_;
+    Controls c_;
+    int depth_ = 0;
+    bool restartPending_ = false;
+};
+
+// For the values rewritten on every pass. A transparent box repaints the frame around it with
+// each new text, which costs more than the rest of the pass; a label free to change its size
+// makes the whole window lay itself out again.
+void MakeLiveValue(QWidget* w);
+void MakeLiveValue(QLabel* label);
+
+}  // namespace lxm

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QString>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <utility>
+#include <vector>
+
+class QGridLayout;
+
+namespace lxm {
+class Session;
+}
+
+// Building blocks every device form is made of: control arrays, small entry boxes, option
+// arrays and the bit-field arithmetic behind them.
+namespace lxm {
+
+// A control array: the index is the one the handlers receive; arrays may have gaps.
+template <class T>
+using CtlArray = std::map<int, T*>;
+
+using OptionItems = std::vector<std::pair<int, QString>>;
+
+// A centred entry box of a fixed width.
+QLineEdit* MakeBox(QWidget* parent, const QString& text = {}, int width = 44);
+
+// Fills a group box with one option button per item, perRow to a row, into arr; returns the
+// grid so that the caller can add the group's other controls below.
+QGridLayout* MakeOptionArray(QGroupBox* box, CtlArray<QRadioButton>& arr, const OptionItems& items,
+                             int perRow);
+
+// One handler per array: a click on member i calls handler(i), as one user action of the session
+// (which tells of a missing board once).
+void WireArray(Session& session, const CtlArray<QRadioButton>& arr, QObject* context,
+               const std::function<void(int)>& handler);
+
+// The member of an option array that is selected, or fallback when none is.
+int SelectedIndex(const CtlArray<QRadioButton>& arr, int fallback = 0);
+
+// Replaces the bits of mask in reg with those of value.
+constexpr std::uint8_t WithField(std::uint8_t reg, std::uint8_t mask, std::uint8_t value) {
+    return std::uint8_t((reg & ~mask) | (value & mask));
+}
+inline void SetField(std::uint8_t& reg, std::uint8_t mask, std::uint8_t value) {
+    reg = WithField(reg, mask, value);
+}
+
+// The value an option array or check box puts into its field, already shifted into place.
+// A field is one of three kinds: the clicked index itself (multi-bit fields), a single bit
+// set while one named member is selected, or a single bit set while a box is checked.
+struct BitField {
+    enum class Kind { Index, Member, Check };
+    int reg;
+    std::uint8_t mask;
+    Kind kind;
+    int member = 0;  // Kind::Member: the member whose selection sets the bit
+
+    int shift() const {
+        int s = 0;
+        while (s < 8 && !((mask >> s) & 1)) ++s;
+        return s;
+    }
+    // index: the clicked member (Index); selected: whether the member / box is on.
+    std::uint8_t Value(int index, bool selected) const {
+        if (kind == Kind::Index) return std::uint8_t((index << shift()) & mask);
+        return selected ? mask : 0;
+    }
+};
+
+}  // namespace lxm

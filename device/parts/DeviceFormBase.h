@@ -1,0 +1,82 @@
+#pragma once
+
+#include <QWidget>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "core/ActiveForm.h"
+
+class QLabel;
+class QPushButton;
+
+namespace lxm {
+
+class InterruptSampler;
+class PacedCollection;
+class RecordFrame;
+class RegisterPanel;
+class Session;
+class StatusStrip;
+class ThresholdPanel;
+
+// What every device form is besides its own controls: the form the transfer layer reports on
+// (its lamps, "Fail" label, "Test Comm" and register rows live in the status strip and the
+// register panel), a form that becomes the active one when it gets the focus, and one whose
+// closing ends a running collection and then the program.
+class DeviceFormBase : public QWidget, public ActiveForm {
+public:
+    ~DeviceFormBase() override;
+
+    Shape* ShpAttach() override;
+    Shape* Shp_USB_Transfer() override;
+    ColorLabel* LblCommTest() override;
+    QRadioButton* OptMode(int index) override;
+    QLineEdit* txtRegRd(int reg) override;
+    QLineEdit* txtRegHex(int reg) override;
+    Shape* ShpIndrd(int reg) override;
+    Shape* ShpIndwr(int reg) override;
+
+    void Form_GotFocus();
+
+    // The register panel's buttons and "Read All", and "Test Comm", as other handlers call them.
+    void cmdRDReg_Click(int Index);
+    void cmdWrtReg_Click(int Index);
+    void cmdReadAllRegs_Click();
+    void OptMode_Click(int Index);
+
+    // The interrupt thresholds and the board's interrupt line, as the form's parts hold them.
+    void cmdWrtILimits_Click();
+    void cmdReadILimits_Click();
+    // The limits are to be read again at the collection's next register refresh.
+    bool LimitsReadPending() const;
+    bool IntLineActive() const;
+    InterruptSampler& interruptSampler() { return *interrupts_; }
+
+    // Called once the form has closed (the program then ends).
+    std::function<void()> onClosed;
+
+protected:
+    explicit DeviceFormBase(Session& session, QWidget* parent);
+    // "Write to Disk": the readings of the last run into the frame's file, with registers 0 and
+    // 1 and the interval in the header; Start stays out of reach while the file is written.
+    // The collection loop's register refresh: deferred rows through the panel, then the limits
+    // when a read of them waits, then the form's own steps with the bus held again.
+    void WireRefresh(PacedCollection& loop, std::function<void()> afterward);
+    void RecordRun(RecordFrame& frame, const std::int32_t& sampleCount, const std::vector<double>& samples,
+                   QLineEdit* interval, QPushButton* collect, QLabel* result);
+    // The form's own unload steps, run when it closes.
+    virtual void Form_Unload() {}
+
+    void changeEvent(QEvent* e) override;
+    void closeEvent(QCloseEvent* e) override;
+
+    Session& s_;
+    StatusStrip* strip_ = nullptr;
+    RegisterPanel* panel_ = nullptr;
+    std::unique_ptr<ThresholdPanel> thresholds_;
+    std::unique_ptr<InterruptSampler> interrupts_;
+};
+
+}  // namespace lxm

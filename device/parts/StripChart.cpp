@@ -1,0 +1,169 @@
+#include "device/parts/StripChart.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include <algorithm>
+
+#include "acquisition/GraphDrawing.h"
+#include "acquisition/ModWaveform_ALS.h"
+#include "acquisition/PictureBox.h"
+#include "acquisition/Rescale.h"
+#include "core/VbText.h"
+#include "core/Yield.h"
+#include "device/FormFit.h"
+#include "device/parts/Controls.h"
+#include "transport/Session.h"
+
+namespace lxm {
+
+StripChart::StripChart(Session& session, PlotState& plot, bool withTestTrace, QWidget* parent)
+    : QGroupBox(QStringLiteral("Real Time Graph"), parent), s_(session), plot_(plot) {
+    auto* gg = new QGridLayout(this);
+    Picture2 = MakeLabelPicture(this);
+    Picture1 = MakeGraphPicture(Picture2);
+    PlaceGraph(*Picture2, *Picture1);
+    // The chart takes the room the window gives it; labels are drawn for the scale it shows at.
+    Picture2->SetFitToWidget(true);
+    connect(Picture2, &PictureBox::Rescaled, this, [this] { DrawGraphLabels(); });
+    Picture1->setToolTip(QStringLiteral("Real Time Graph Display of Light Level."));
+    Picture3 = new QWidget(this);
+    Picture3->setFixedSize(40, 40);
+    Picture3->setAutoFillBackground(true);
+    Picture3->setToolTip(QStringLiteral("Light level"));
+    gg->addWidget(Picture2, 0, 0, 1, 4);
+    lblScaleCaption = new QLabel(QStringLiteral("Scale Max    Scale Min"), this);
+    txtScale = MakeBox(this, QStringLiteral("25000"), 64);
+    txtScale->setToolTip(QStringLiteral(
+        "Enter a number here followed by the \"Enter\" key to set the Max range toa specific number."));
+    txtScaleMin = MakeBox(this, QStringLiteral("-25000"), 64);
+    txtScale2 = MakeBox(this, QStringLiteral("65535"), 64);
+    txtScaleMin2 = MakeBox(this, QString(), 64);
+    cmdAutoScale = new QPushButton(QStringLiteral("Automatic Re-Scale"), this);
+    cmdAutoScale->setToolTip(QStringLiteral(
+        "If measurements are executing, click here for an automatic calculation of the Graph Scaling."));
+    cmdScale = new QPushButton(QStringLiteral("Manual Re-Scale"), this);
+    cmdScale->setToolTip(
+        QStringLiteral("Updates Graph Scaling based on value enter into the \"Scale Max\" entry box."));
+    cmdSaveScreen = new QPushButton(QStringLiteral("Save Screen"), this);
+    cmdRestoreScreen = new QPushButton(QStringLiteral("Clear Graph"), this);
+    gg->addWidget(lblScaleCaption, 1, 0, 1, 2);
+    gg->addWidget(new QLabel(QStringLiteral("Light"), this), 1, 3, Qt::AlignCenter);
+    gg->addWidget(txtScale, 2, 0);
+    gg->addWidget(txtScaleMin, 2, 1);
+    gg->addWidget(Picture3, 2, 3, 2, 1, Qt::AlignCenter);
+    gg->addWidget(txtScale2, 3, 0);
+    gg->addWidget(txtScaleMin2, 3, 1);
+    gg->addWidget(cmdScale, 4, 0);
+    gg->addWidget(cmdAutoScale, 4, 1);
+    gg->addWidget(cmdSaveScreen, 5, 0);
+    gg->addWidget(cmdRestoreScreen, 5, 1);
+    if (withTestTrace) {
+        cmdDrawTrace = new QPushButton(QStringLiteral("Draw Trace"), this);
+        cmdDrawTrace->setToolTip(QStringLiteral("Draws a test staircase on the graph"));
+        gg->addWidget(cmdDrawTrace, 4, 2);
+        connect(cmdDrawTrace, &QPushButton::clicked, this, [this] { DrawTrace(); });
+    }
+    connect(cmdSaveScreen, &QPushButton::clicked, this, [this] { SaveScreen(); });
+    gg->setRowStretch(0, 1);
+    // Buttons that hide while they work keep their room, so nothing moves under the pointer.
+    KeepRoomWhenHidden({cmdSaveScreen, cmdRestoreScreen});
+}
+
+void StripChart::DrawGraphLabels() {
+    lxm::DrawGraphLabels(*Picture2, *Picture1, plot_);
+}
+
+void StripChart::PreparePlot(const QString& max, const QString& min) {
+    txtScale2->setText(max);
+    txtScale->setText(max);
+    txtScaleMin->setText(min);
+    txtScaleMin2->setText(min);
+    plot_.ScaleMax = std::int32_t(RoundEven(Val(txtScale2->text()) + 1));
+    PreparePlot();
+}
+
+void StripChart::PreparePlot() {
+    plot_.AxisCaption = QStringLiteral("AD Cnt");
+    plot_.AxisCaption2 = QStringLiteral("AD Cnt");
+    plot_.TraceColour = QColor(255, 0, 0);
+    for (int i = 0; i < 11; ++i) plot_.SampleScaleLabels[i] = QString::number(40 * i);
+    plot_.TracePixels.fill(1);
+    plot_.TracePixels2.fill(1);
+    Picture1->Cls();
+    lxm::DrawGrid(*Picture1);
+    DrawGraphLabels();
+    ModWaveform_ALS::SaveGraphBackground(*Picture1, plot_);
+}
+
+void StripChart::Scale(bool showLux) {
+    ApplyScale(ManualRescale(txtScale->text(), txtScaleMin->text(), txtScale2->text(), showLux), plot_);
+    DrawGraphLabels();
+    ModWaveform_ALS::RestoreGraphBackground(*Picture1, plot_);
+}
+
+void StripChart::AutoScale(std::span<const double> samples, std::int32_t sampleCount, bool signedCase,
+                           const std::function<void()>& restart) {
+    auto result = AutoRescale(samples, sampleCount, signedCase);
+    if (!result) {
+        DoEvents();
+        return;
+    }
+    DoEvents();
+    txtScale->setText(result->txtScale);
+    DoEvents();
+    ApplyScale(*result, plot_);
+    txtScaleMin->setText(result->txtScaleMin);
+    s_.Collecting = false;
+    DoEvents();
+    if (s_.TransferBusy) {
+        DoEvents();
+        s_.TransferBusy = false;
+    }
+    DrawGraphLabels();
+    std::fill(plot_.TracePixels.begin(), plot_.TracePixels.begin() + kTraceNewest + 1, 1);
+    ModWaveform_ALS::RestoreGraphBackground(*Picture1, plot_);
+    restart();
+}
+
+void StripChart::SaveScreen() {
+    cmdSaveScreen->hide();
+    ModWaveform_ALS::SaveGraphBackground(*Picture1, plot_);
+    cmdSaveScreen->show();
+}
+
+void StripChart::RestoreScreen(QPushButton* start, QPushButton* stop) {
+    s_.Collecting = false;
+    start->setEnabled(false);
+    stop->hide();
+    // Give a running collection loop the chance to leave its drawing step before the picture
+    // is touched.
+    for (int i = 0; i < 1000; ++i) {
+        DoEvents();
+        DoEvents();
+    }
+    s_.clock.Sleep(100);
+    cmdRestoreScreen->hide();
+    ModWaveform_ALS::RestoreGraphBackground(*Picture1, plot_);
+    cmdRestoreScreen->show();
+    start->setEnabled(true);
+}
+
+void StripChart::DrawTrace() {
+    plot_.TracePixels = ModWaveform_ALS::StaircaseRows();
+    ModWaveform_ALS::PlotDots(*Picture1, plot_.TracePixels);
+}
+
+void StripChart::SetSwatch(int red) {
+    if (red == swatchRed_) return;
+    swatchRed_ = red;
+    // Below one count the swatch gets the colour value -1, whose low three bytes are white.
+    const QColor colour = red < 0 ? QColor(255, 255, 255) : QColor(red, 0, 0);
+    QPalette p = Picture3->palette();
+    p.setColor(QPalette::Window, colour);
+    Picture3->setPalette(p);
+}
+
+}  // namespace lxm

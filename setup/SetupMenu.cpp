@@ -1,0 +1,69 @@
+#include "SetupMenu.h"
+
+#include <QAction>
+#include <QDir>
+#include <QMenu>
+#include <QMenuBar>
+#include <exception>
+
+#include "core/Seams.h"
+#include "setup/WriteSetupFile.h"
+#include "setup/frmBoardSetup.h"
+
+namespace lxm {
+
+std::optional<QString> SaveSetup(const QWidget& form, Messages& messages, FileDialogs& files) {
+    try {
+        const auto name = files.SaveFile(QStringLiteral("Save Board Setup"), QLatin1String(kSetupDefaultName),
+                                         QLatin1String(kSetupFilter));
+        if (!name || name->isEmpty()) return std::nullopt;
+        const auto error = WriteSetupFile(*name, form);
+        if (!error) return name;
+        const QString path = QDir::toNativeSeparators(error->path);
+        if (error->kind == SetupFileError::Kind::NotWritten) {
+            messages.MsgBox(QStringLiteral("The board setup could not be saved to %1: %2.\n"
+                                           "Choose a folder you may write to and save again.")
+                                .arg(path, error->detail));
+            return std::nullopt;
+        }
+        messages.MsgBox(QStringLiteral("The board setup file %1 is incomplete: this window has no control "
+                                       "%2.\nSave from the Applications Board Setup window instead.")
+                            .arg(path, error->detail));
+        return name;
+    } catch (const std::exception& e) {
+        messages.MsgBox(
+            QStringLiteral("The board setup could not be saved: %1.").arg(QString::fromLocal8Bit(e.what())));
+    }
+    return std::nullopt;
+}
+
+SetupMenu::SetupMenu(QMenuBar& menuBar, QWidget& deviceForm, Messages& messages, FileDialogs& files)
+    : QObject(&deviceForm), deviceForm_(deviceForm), messages_(messages), files_(files) {
+    QMenu* menu = menuBar.addMenu(QStringLiteral("Setup"));
+    mnuBoardSetup = menu->addAction(QStringLiteral("Applications Board Setup..."));
+    mnuSaveSetup = menu->addAction(QStringLiteral("Save Setup..."));
+    connect(mnuBoardSetup, &QAction::triggered, this, [this] { mnuBoardSetup_Click(); });
+    connect(mnuSaveSetup, &QAction::triggered, this, [this] { mnuSaveSetup_Click(); });
+}
+
+frmBoardSetup& SetupMenu::SetupForm() {
+    if (!form_) form_ = new frmBoardSetup(messages_, files_, &deviceForm_);
+    return *form_;
+}
+
+void SetupMenu::mnuBoardSetup_Click() {
+    frmBoardSetup& f = SetupForm();
+    f.show();
+    f.raise();
+    f.activateWindow();
+}
+
+void SetupMenu::mnuSaveSetup_Click() {
+    SaveSetup(SetupForm(), messages_, files_);
+}
+
+SetupMenu* AddSetupMenu(QMenuBar& menuBar, QWidget& deviceForm, Messages& messages, FileDialogs& files) {
+    return new SetupMenu(menuBar, deviceForm, messages, files);
+}
+
+}  // namespace lxm

@@ -1,0 +1,228 @@
+// The family form against a missing board and absurd entries: what a new user types and what
+// a flaky cable does. Every case here once showed a box too many, froze the window, ran
+// without a board or converted a number with undefined behaviour.
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+
+#include <cmath>
+#include <limits>
+
+#include "core/ServedWait.h"
+#include "core/VbText.h"
+#include "device_form_fixture.h"
+
+namespace lxm::test {
+namespace {
+
+const QString kNotConnected = QStringLiteral("USB is not Connected");
+
+TEST(WholeNumbers, EveryDoubleConvertsToADefinedInteger) {
+    constexpr auto i64max = std::numeric_limits<std::int64_t>::max();
+    constexpr auto i64min = std::numeric_limits<std::int64_t>::min();
+    constexpr auto i32max = std::numeric_limits<std::int32_t>::max();
+    constexpr auto i32min = std::numeric_limits<std::int32_t>::min();
+    const double inf = std::numeric_limits<double>::infinity();
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+
+    EXPECT_EQ(RoundEven(2.5), 2);
+    EXPECT_EQ(RoundEven(-3.5), -4);
+    EXPECT_EQ(RoundEven(9.2233720368547758e18), i64max);
+    EXPECT_EQ(RoundEven(1e300), i64max);
+    EXPECT_EQ(RoundEven(inf), i64max);
+    EXPECT_EQ(RoundEven(-9.2233720368547758e18), i64min);
+    EXPECT_EQ(RoundEven(-inf), i64min);
+    EXPECT_EQ(RoundEven(nan), 0);
+
+    EXPECT_EQ(TruncInt32(-7.9), -7);
+    EXPECT_EQ(TruncInt32(2147483647.9), i32max);
+    EXPECT_EQ(TruncInt32(4294967296.0), i32max);
+    EXPECT_EQ(TruncInt32(-2147483648.0), i32min);
+    EXPECT_EQ(TruncInt32(-2147483649.0), i32min);
+    EXPECT_EQ(TruncInt32(Val("1e309")), i32max);
+    EXPECT_EQ(TruncInt32(nan), 0);
+}
+
+TEST(WholeNumbers, TypedWaitsAreCappedAtTheDocumentedMaximum) {
+    EXPECT_EQ(WaitMsOf("3000"), 3000);
+    EXPECT_EQ(WaitMsOf("-5"), -5) << "a negative interval means no wait, as before";
+    EXPECT_EQ(WaitMsOf("3600001"), kMaxWaitMs);
+    EXPECT_EQ(WaitMsOf("4294967296"), kMaxWaitMs);
+    EXPECT_EQ(WaitMsOf("1e309"), kMaxWaitMs);
+    EXPECT_EQ(WaitMsOf("-1e309"), std::numeric_limits<std::int32_t>::min());
+}
+
+struct FaultForm : FormFixture {
+    FaultForm() {
+        Measure(6);
+        Settle();
+    }
+    void Unplug() {
+        driver.Unplug();
+        Pump();
+        messages.clear();
+    }
+    void Type(QLineEdit* box, const QString& text) {
+        box->clear();
+        QTest::keyClicks(box, text);
+        QTest::keyClick(box, Qt::Key_Return);
+    }
+    // Clicks Start as the user does; a run that should not have started is stopped after
+    // three passes. Returns the passes run.
+    int ClickStart() {
+        int passes = 0;
+        form->onPass = [&] {
+            if (++passes >= 3) form->cmdStopData_Click();
+        };
+        form->cmdCollectData->click();
+        form->onPass = nullptr;
+        return passes;
+    }
+};
+
+TEST_F(FaultForm, StartWithoutABoardSaysSoOnceAndRunsNothing) {
+    // Power-down makes Start switch the measurement first: the most transfers a Start tries.
+    Measure(0);
+    Unplug();
+    EXPECT_EQ(ClickStart(), 0);
+    EXPECT_EQ(messages.texts, QStringList{kNotConnected});
+    EXPECT_FALSE(session.Collecting);
+    EXPECT_EQ(form->SampleCount, 0);
+    EXPECT_EQ(form->cmdCollectData->text(), "Start");
+    EXPECT_TRUE(form->cmdCollectData->isEnabled());
+
+    // Back with the board, the same click runs.
+    driver.Plug();
+    Pump();
+    session.usb().InitDriver();
+    session.usb().OpenDevice();
+    messages.clear();
+    EXPECT_EQ(ClickStart(), 3);
+    EXPECT_TRUE(messages.texts.isEmpty());
+}
+
+TEST_F(FaultForm, OneClickTellsOfTheMissingBoardOnce) {
+    Unplug();
+    const std::vector<std::pair<const char*, std::function<void()>>> clicks = {
+        {"measurement type", [&] { form->OptMeasure.at(3)->click(); }},
+        {"dual mode", [&] { form->OptMeasure.at(4)->click(); }},
+        {"range", [&] { form->OptGain.at(1)->click(); }},
+        {"resolution", [&] { form->OptITime.at(2)->click(); }},
+        {"scheme", [&] { form->OptIRMode.at(1)->click(); }},
+        {"read all", [&] { form->cmdReadAllRegs->click(); }},
+        {"read", [&] { form->cmdRDReg[4]->click(); }},
+        {"write", [&] { form->cmdWrtReg[4]->click(); }},
+        {"enter", [&] { Type(form->txtRegHex(0), "A0"); }},
+    };
+    for (const auto& [what, click] : clicks) {
+        messages.clear();
+        click();
+        EXPECT_EQ(messages.texts, QStringList{kNotConnected}) << what;
+    }
+    // Each click the user makes is told again.
+    messages.clear();
+    form->cmdRDReg[4]->click();
+    form->cmdRDReg[5]->click();
+    EXPECT_EQ(messages.count(kNotConnected), 2);
+}
+
+// The wait for a pass's deadline and the one-shot delay: a Stop clicked 100 ms into a wait of
+// seconds ends the run within 50 ms, and the wait holds the transport meanwhile. The long value
+// is typed after the first pass, so the second pass is the one that waits.
+struct LongWait : FaultForm {
+    std::int64_t stopPostedUs = -1;
+    bool busyWhileWaiting = true;
+    int passes = 0;
+
+    // waitsAfterPass: the pass whose end starts the long wait (the interval takes effect one
+    // pass later than a delay).
+    void RunAndStopInsideTheWait(QLineEdit* box, const char* value, int waitsAfterPass) {
+        passes = 0;
+        stopPostedUs = -1;
+        std::int64_t waitFromUs = -1;
+        clock.onSleep = [&] {
+            if (waitFromUs < 0) return;
+            busyWhileWaiting = busyWhileWaiting && session.TransferBusy;
+            if (stopPostedUs < 0 && clock.Micros() - waitFromUs >= 100'000) {
+                stopPostedUs = clock.Micros();
+                QMetaObject::invokeMethod(form->cmdStopData, "click", Qt::QueuedConnection);
+            }
+        };
+        form->onPass = [&] {
+            ++passes;
+            if (passes == 1) box->setText(QString::fromLatin1(value));
+            if (passes == waitsAfterPass) waitFromUs = clock.Micros();
+            if (passes > waitsAfterPass) form->cmdStopData_Click();
+        };
+        form->cmdCollectData->click();
+        clock.onSleep = nullptr;
+        form->onPass = nullptr;
+    }
+};
+
+TEST_F(LongWait, StopActsWithinFiftyMillisecondsOfAnyInterval) {
+    for (const char* interval : {"3000", "4294967296", "1e309"}) {
+        SCOPED_TRACE(interval);
+        RunAndStopInsideTheWait(form->txtInterval, interval, 2);
+        EXPECT_EQ(passes, 2) << "the third pass never took its sample";
+        ASSERT_GE(stopPostedUs, 0);
+        EXPECT_LE(clock.Micros() - stopPostedUs, 50'000);
+        EXPECT_TRUE(busyWhileWaiting);
+        EXPECT_FALSE(session.TransferBusy);
+        EXPECT_EQ(form->cmdCollectData->text(), "Start");
+    }
+}
+
+TEST_F(LongWait, StopActsWithinFiftyMillisecondsOfAnyOneShotDelay) {
+    Measure(2);
+    for (const char* delay : {"3000", "9.3e18", "1e309"}) {
+        SCOPED_TRACE(delay);
+        RunAndStopInsideTheWait(form->txtSampling_Delay, delay, 1);
+        EXPECT_EQ(passes, 1);
+        ASSERT_GE(stopPostedUs, 0);
+        EXPECT_LE(clock.Micros() - stopPostedUs, 50'000);
+        EXPECT_TRUE(busyWhileWaiting);
+    }
+}
+
+TEST_F(LongWait, AHugeIntervalIsTakenAsTheMaximum) {
+    Collect([&](int n) {
+        if (n == 1) form->txtInterval->setText(QStringLiteral("1e309"));
+        if (n < 2) return true;
+        EXPECT_EQ(form->IntervalMs, kMaxWaitMs);
+        EXPECT_EQ(form->DeadlineUs - clock.Micros(), kMaxWaitMs * 1000);
+        return false;
+    });
+}
+
+TEST_F(FaultForm, ABottomOfTheScaleAtTheInt32LimitStillPlots) {
+    form->chart().txtScale->setText(QStringLiteral("1000"));
+    form->chart().txtScaleMin->setText(QStringLiteral("-2147483648"));
+    form->cmdScale_Click();
+    Collect(12);
+    EXPECT_EQ(form->plot.ScaleSpan, std::numeric_limits<std::int32_t>::max());
+    const std::int32_t row = form->plot.TracePixels[kTraceNewest];
+    EXPECT_GE(row, 1);
+    EXPECT_LE(row, 304);
+}
+
+TEST_F(FaultForm, HexEntriesThatDoNotFitAreOutOfRangeHoweverLong) {
+    const std::size_t mark = wire().size();
+    Type(form->txtRegHex(4), "00000081F");
+    EXPECT_EQ(form->txtRegHex(4)->text(), "00");
+    EXPECT_EQ(WritesTo(4, mark), std::vector<std::uint8_t>{0x00});
+    Type(form->txtRegHex(4), "0000000000000000000000000000000000000000001F");
+    EXPECT_EQ(WritesTo(4, mark), (std::vector<std::uint8_t>{0x00, 0x1F})) << "leading zeros alone are fine";
+
+    for (const char* address : {"000000100", "80000000", "FFFFFFFFFFFF"}) {
+        form->txtI2CADR->setText(QStringLiteral("44"));
+        Type(form->txtI2CADR, QString::fromLatin1(address));
+        EXPECT_EQ(form->txtI2CADR->text(), "88") << address;
+        EXPECT_EQ(session.I2cWriteAddr, 0x88) << address;
+        EXPECT_EQ(session.I2cReadAddr, 0x89) << address;
+    }
+}
+
+}  // namespace
+}  // namespace lxm::test
