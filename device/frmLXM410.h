@@ -331,6 +331,8 @@ private:
 
     frmScriptOps* script_ = nullptr;
     StripChart* chart_ = nullptr;
+    // Under the chart: the single reads and the panels that change with the measurement.
+    QVBoxLayout* under_ = nullptr;
     std::unique_ptr<PacedCollection> loop_;
     Doco* doco_ = nullptr;
 };
