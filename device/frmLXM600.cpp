@@ -19,6 +19,7 @@
 #include "core/Shape.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
+#include "device/FormFit.h"
 #include "device/parts/InterruptSampler.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RecordFrame.h"
@@ -220,6 +221,7 @@ void frmLXM600::Label13_DblClick() {
                                             txtReading3, txtReading2, Label17},
                                            {Frame2, frmTimeBase, frmDataRecord},
                                            {}});
+    FitWindow(*this);
 }
 
 void frmLXM600::txtRegHex_KeyPress(int Index, int KeyAscii) {

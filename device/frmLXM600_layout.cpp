@@ -41,7 +41,9 @@ QLabel* Caption(QWidget* parent, const QString& text = {}) {
 
 void frmLXM600::BuildLayout() {
     setWindowTitle(QStringLiteral("Form1"));
-    FormColumns cols(this);
+    // Three columns: the registers, the strip chart (which takes the room a larger window has)
+    // and the configuration above the interrupt set-up.
+    FormColumns cols(this, 3);
 
     menuBar = new QMenuBar(this);
     QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
@@ -165,18 +167,17 @@ void frmLXM600::BuildLayout() {
     ig->addWidget(persistAls, 1, 0);
     ig->addWidget(persistProx, 2, 0);
     ig->addLayout(flags, 3, 0);
-    cols.column(3)->addWidget(frmIntConfig);
+    cols.column(2)->addWidget(frmIntConfig);
 
     BuildLimits();
-    cols.column(3)->addWidget(fraINT);
+    cols.column(2)->addWidget(fraINT);
 
     RecordCaptions record;
     record.frameTitle = QStringLiteral("Save Measurements to File");
     record.filter = QStringLiteral("All Files (*.*)|*.*|LXM20x Data Files(*.txt)|*.txt");
     record.defaultFile = QStringLiteral("Data.txt");
     frmDataRecord = new RecordFrame(s_, record, this);
-    cols.column(3)->addWidget(frmDataRecord);
-    cols.column(3)->addStretch(1);
+    cols.column(2)->addWidget(frmDataRecord);
 
     // ---- column 3: the collection; single read, time base and graph go under the chart
     Frame2 = new QGroupBox(QStringLiteral("Single Read"), this);
@@ -255,6 +256,8 @@ void frmLXM600::BuildLayout() {
     cols.column(1)->addWidget(chart_, 1);
     cols.column(1)->addLayout(small);
     cols.Grow(1);
+    // Tight frames: on a laptop screen every row counts.
+    TightFrames(*this);
 }
 
 void frmLXM600::BuildLimits() {
