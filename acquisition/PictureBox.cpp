@@ -87,9 +87,9 @@ QRectF PictureBox::DisplayRect() const {
     const double f = scale_ / DevicePixelRatio();
     const QSizeF shown(size_.width() * f, size_.height() * f);
     if (!fit_) return QRectF(QPointF(0, 0), shown);
-    // Whole logical pixels for the corner, so that whole device scales land on device pixels.
-    const QPointF corner(std::floor(std::max(0.0, (width() - shown.width()) / 2)),
-                         std::floor(std::max(0.0, (height() - shown.height()) / 2)));
+    // Centred across and at the top, where the eye looks first; whole logical pixels for the
+    // corner, so that whole device scales land on device pixels.
+    const QPointF corner(std::floor(std::max(0.0, (width() - shown.width()) / 2)), 0.0);
     return QRectF(corner, shown);
 }
 

@@ -40,7 +40,7 @@ public:
     // widget to the layout takes exactly the size that needs.
     void SetDisplayScale(double deviceScale);
     // The picture takes whatever room the layout gives it and scales itself to the largest
-    // step that fits (see FitScale), centred in the room.
+    // step that fits (see FitScale), centred across the room and at its top.
     void SetFitToWidget(bool fit);
     // Where the picture is shown inside the widget, in widget coordinates.
     QRectF DisplayRect() const;

@@ -49,12 +49,12 @@ TEST_F(ScaledChart, GrowsInStepsAndKeepsTheGraphInItsPlace) {
     EXPECT_EQ(graph->pos(), kGraphOrigin);
 
     const QSize twice = kLabelStripSize * 2;
-    labels->resize(twice + QSize(50, 40));  // fits 2, centred in the room
+    labels->resize(twice + QSize(50, 40));  // fits 2, centred across, at the top
     EXPECT_EQ(labels->DisplayScale(), 2.0);
     EXPECT_EQ(rescaled.count(), 1);
     EXPECT_EQ(graph->DisplayScale(), 2.0);
     EXPECT_EQ(graph->size(), kGraphSize * 2);
-    const QPoint corner(25, 20);
+    const QPoint corner(25, 0);
     EXPECT_EQ(labels->DisplayRect().topLeft().toPoint(), corner);
     EXPECT_EQ(graph->pos(), corner + kGraphOrigin * 2);
     // Text is drawn at the shown resolution; the picture keeps its own units.
@@ -63,7 +63,7 @@ TEST_F(ScaledChart, GrowsInStepsAndKeepsTheGraphInItsPlace) {
 
     labels->resize(twice + QSize(60, 40));  // same scale: only the place moves
     EXPECT_EQ(rescaled.count(), 1);
-    EXPECT_EQ(graph->pos(), QPoint(30, 20) + kGraphOrigin * 2);
+    EXPECT_EQ(graph->pos(), QPoint(30, 0) + kGraphOrigin * 2);
 }
 
 TEST_F(ScaledChart, EachGraphPixelIsAnUnsmoothedBlock) {
