@@ -5,39 +5,15 @@
 #include <QLayout>
 #include <QPointer>
 #include <QScreen>
-#include <QScrollBar>
+#include <QScrollArea>
 #include <QTimer>
 #include <algorithm>
 
 namespace lxm {
 
-ControlsArea::ControlsArea(QWidget* parent) : QScrollArea(parent) {
-    setFrameShape(QFrame::NoFrame);
-    setWidgetResizable(true);
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
-}
-
-QSize ControlsArea::sizeHint() const {
-    if (!widget()) return QScrollArea::sizeHint();
-    const QSize content = widget()->sizeHint().expandedTo(widget()->minimumSizeHint());
-    // Room for a scroll bar down the side, so that scrolling up and down never hides a column.
-    return content + QSize(2 * frameWidth() + verticalScrollBar()->sizeHint().width(), 2 * frameWidth());
-}
-
-QSize ControlsArea::minimumSizeHint() const {
-    if (!widget()) return QScrollArea::minimumSizeHint();
-    return QSize(sizeHint().width(), 200);
-}
-
-bool ControlsArea::eventFilter(QObject* watched, QEvent* event) {
-    // The controls change size with the view: the window's layout must look again.
-    if (watched == widget() && event->type() == QEvent::LayoutRequest) updateGeometry();
-    return QScrollArea::eventFilter(watched, event);
-}
-
 void FitWindow(QWidget& window) {
     // The view has just changed: settle the sizes now, not at the next event.
-    for (ControlsArea* area : window.findChildren<ControlsArea*>()) {
+    for (QScrollArea* area : window.findChildren<QScrollArea*>()) {
         if (area->widget() && area->widget()->layout()) area->widget()->layout()->activate();
         area->updateGeometry();
     }

@@ -1,24 +1,12 @@
 #pragma once
 
-#include <QScrollArea>
+#include <QWidget>
 #include <initializer_list>
 
 class QGroupBox;
 
 // What makes a device form fit a laptop screen, for every device form alike.
 namespace lxm {
-
-// The controls beside the strip chart: their full size is asked for, so they never scroll
-// sideways, and they scroll up and down only on a screen too small for them.
-class ControlsArea : public QScrollArea {
-public:
-    explicit ControlsArea(QWidget* parent);
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-};
 
 // The window at its layout's natural size, as far as its screen has room, and wholly on the
 // screen. A maximised window keeps its size.
