@@ -2,6 +2,7 @@
 
 #include <QFont>
 #include <QPalette>
+#include <algorithm>
 
 #include "acquisition/Conversion.h"
 #include "acquisition/FastDrawing.h"
@@ -18,7 +19,7 @@ PictureBox* MakeGraphPicture(QWidget* parent) {
 }
 
 PictureBox* MakeLabelPicture(QWidget* parent) {
-    auto* labels = new PictureBox(kLabelStripSize, parent);
+    auto* labels = new PictureBox(kLabelStripSize, parent, PictureBox::Scaling::Resolution);
     // A pixel-sized font keeps the labels inside the strip whatever the desktop's font.
     QFont font = labels->font();
     font.setPixelSize(kLabelPixelSize);
@@ -31,7 +32,13 @@ PictureBox* MakeLabelPicture(QWidget* parent) {
 
 void PlaceGraph(PictureBox& labels, PictureBox& graph) {
     graph.setParent(&labels);
-    graph.move(kGraphOrigin);
+    auto place = [&labels, &graph] {
+        graph.SetDisplayScale(labels.DisplayScale());
+        graph.move(labels.ToWidget(QRect(kGraphOrigin, QSize(1, 1))).topLeft());
+    };
+    place();
+    QObject::connect(&labels, &PictureBox::Rescaled, &graph, place);
+    QObject::connect(&labels, &PictureBox::Resized, &graph, place);
     graph.show();
 }
 
@@ -90,9 +97,13 @@ void DrawGraphLabels(PictureBox& labels, const PictureBox& graph, const PlotStat
         labels.PrintAt(kGraphOrigin.x() + i * sx - labels.TextWidth(text) / 2, axisTop, text);
     }
 
-    const int captionTop = axisTop + lineHeight;
-    labels.PrintAt(leftColumnEnd - labels.TextWidth(state.AxisCaption), captionTop, state.AxisCaption);
-    labels.PrintAt(rightColumn, captionTop, state.AxisCaption2);
+    // The captions go under the ends of the sample axis, on the line of the sample count.
+    const int captionTop = axisTop + lineHeight + 4;
+    labels.PrintAt(std::max(0, kGraphOrigin.x() - labels.TextWidth(state.AxisCaption) / 2), captionTop,
+                   state.AxisCaption);
+    labels.PrintAt(std::min(labels.ScaleWidth() - labels.TextWidth(state.AxisCaption2),
+                            kGraphOrigin.x() + graphWidth - labels.TextWidth(state.AxisCaption2) / 2),
+                   captionTop, state.AxisCaption2);
 
     // The line's leading blanks are padding; it is placed so that its words are centred
     // under the graph.
@@ -100,7 +111,7 @@ void DrawGraphLabels(PictureBox& labels, const PictureBox& graph, const PlotStat
     const QString words = line.trimmed();
     const int padding = labels.TextWidth(line.left(line.size() - words.size()));
     const int x = kGraphOrigin.x() + graphWidth / 2 - labels.TextWidth(words) / 2 - padding;
-    labels.PrintAt(x, labels.CurrentY() + 5, line);
+    labels.PrintAt(x, captionTop, line);
     labels.Refresh();
 }
 

@@ -14,18 +14,19 @@ namespace lxm {
 
 // 405 columns (0..404; the trace uses up to 402) by 305 rows (0..304, the value scale).
 constexpr QSize kGraphSize{405, 305};
-constexpr QSize kLabelStripSize{525, 380};
+constexpr QSize kLabelStripSize{501, 350};
 // Top-left corner of the graph inside the label picture.
-constexpr QPoint kGraphOrigin{60, 10};
+constexpr QPoint kGraphOrigin{48, 10};
 // Gap between a value label and the graph's edge.
 constexpr int kLabelGap = 4;
 constexpr int kLabelPixelSize = 11;
 
-// A graph picture (white) and a label picture (label font, window-grey) of the sizes above.
-// Both are owned by their parent.
+// A graph picture (white, pixels) and a label picture (label font, window-grey, drawn at the
+// shown resolution) of the sizes above. Both are owned by their parent.
 PictureBox* MakeGraphPicture(QWidget* parent);
 PictureBox* MakeLabelPicture(QWidget* parent);
-// Makes the graph a child of the label picture at kGraphOrigin.
+// Makes the graph a child of the label picture at kGraphOrigin, shown at the label picture's
+// scale wherever that goes.
 void PlaceGraph(PictureBox& labels, PictureBox& graph);
 
 // Black grid lines on the graph: vertical every tenth of its width (none at column 0) and

@@ -3,34 +3,129 @@
 #include <QFontMetrics>
 #include <QPaintEvent>
 #include <QPainter>
+#include <algorithm>
+#include <cmath>
 
 namespace lxm {
 
-PictureBox::PictureBox(QSize size, QWidget* parent) : QWidget(parent), image_(size, QImage::Format_RGB32) {
+double FitScale(QSize picture, QSizeF room, double devicePixelRatio) {
+    if (picture.isEmpty() || room.isEmpty()) return 1.0;
+    const double fit = std::min(room.width() * devicePixelRatio / picture.width(),
+                                room.height() * devicePixelRatio / picture.height());
+    // A hair of slack: a room computed from a step must give that step back.
+    return fit >= 1.0 ? std::floor(fit * 2 + 1e-9) / 2 : fit;
+}
+
+namespace {
+// Picture units scaled to widget (logical) units, rounded up.
+QSize Scaled(QSize size, double factor) {
+    return QSize(int(std::ceil(size.width() * factor - 1e-9)), int(std::ceil(size.height() * factor - 1e-9)));
+}
+}  // namespace
+
+PictureBox::PictureBox(QSize size, QWidget* parent, Scaling scaling)
+    : QWidget(parent), size_(size), scaling_(scaling), image_(size, QImage::Format_RGB32) {
     setFixedSize(size);
-    // The image covers the whole widget, so nothing underneath needs painting first.
+    // The widget paints all of itself, so nothing underneath needs painting first.
     setAttribute(Qt::WA_OpaquePaintEvent);
     image_.fill(backColor_);
 }
 
+double PictureBox::DevicePixelRatio() const {
+    return std::max(1.0, devicePixelRatioF());
+}
+
+void PictureBox::SetFitToWidget(bool fit) {
+    fit_ = fit;
+    if (fit) {
+        setMinimumSize(minimumSizeHint());
+        setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+        setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+        ApplyScale(FitScale(size_, QSizeF(width(), height()), DevicePixelRatio()));
+    } else {
+        setFixedSize(Scaled(size_, scale_ / DevicePixelRatio()));
+    }
+}
+
+void PictureBox::SetDisplayScale(double deviceScale) {
+    ApplyScale(deviceScale);
+    if (!fit_) setFixedSize(Scaled(size_, scale_ / DevicePixelRatio()));
+}
+
+void PictureBox::ApplyScale(double deviceScale) {
+    if (deviceScale <= 0 || deviceScale == scale_) return;
+    scale_ = deviceScale;
+    if (scaling_ == Scaling::Resolution) {
+        image_ = QImage(Scaled(size_, scale_), QImage::Format_RGB32);
+        Cls();
+        dirty_ = QRect();
+    }
+    update();
+    emit Rescaled();
+}
+
+QSize PictureBox::sizeHint() const {
+    return fit_ ? minimumSizeHint() : QWidget::sizeHint();
+}
+
+QSize PictureBox::minimumSizeHint() const {
+    if (!fit_) return QWidget::minimumSizeHint();
+    // The smallest whole scale on this screen: one image pixel per device pixel on a plain
+    // screen, two on a doubled one.
+    const double dpr = DevicePixelRatio();
+    return Scaled(size_, std::floor(dpr) / dpr);
+}
+
+void PictureBox::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    if (!fit_) return;
+    ApplyScale(FitScale(size_, QSizeF(width(), height()), DevicePixelRatio()));
+    emit Resized();
+}
+
+QRectF PictureBox::DisplayRect() const {
+    const double f = scale_ / DevicePixelRatio();
+    const QSizeF shown(size_.width() * f, size_.height() * f);
+    if (!fit_) return QRectF(QPointF(0, 0), shown);
+    // Centred across and at the top, where the eye looks first; whole logical pixels for the
+    // corner, so that whole device scales land on device pixels.
+    const QPointF corner(std::floor(std::max(0.0, (width() - shown.width()) / 2)), 0.0);
+    return QRectF(corner, shown);
+}
+
+QRect PictureBox::ToWidget(const QRect& units) const {
+    const QRectF shown = DisplayRect();
+    const double f = scale_ / DevicePixelRatio();
+    const QRectF r(shown.left() + units.left() * f, shown.top() + units.top() * f, units.width() * f,
+                   units.height() * f);
+    return r.toAlignedRect();
+}
+
 QColor PictureBox::Pixel(int x, int y) const {
-    if (!image_.valid(x, y)) return {};
-    return QColor(image_.pixel(x, y));
+    if (!QRect(QPoint(0, 0), size_).contains(x, y)) return {};
+    if (scaling_ == Scaling::Pixels) return QColor(image_.pixel(x, y));
+    const QPoint at(int(x * scale_), int(y * scale_));
+    return image_.valid(at) ? QColor(image_.pixel(at)) : QColor();
 }
 
 void PictureBox::SetPixel(int x, int y, const QColor& colour) {
-    if (!image_.valid(x, y)) return;
-    reinterpret_cast<QRgb*>(image_.scanLine(y))[x] = colour.rgb();
+    if (!QRect(QPoint(0, 0), size_).contains(x, y)) return;
+    if (scaling_ == Scaling::Pixels) {
+        reinterpret_cast<QRgb*>(image_.scanLine(y))[x] = colour.rgb();
+    } else {
+        QPainter painter(&image_);
+        painter.fillRect(QRectF(x * scale_, y * scale_, scale_, scale_), colour);
+    }
     MarkDirty(QRect(x, y, 1, 1));
 }
 
 void PictureBox::MarkDirty(const QRect& rect) {
-    dirty_ |= rect.intersected(image_.rect());
+    dirty_ |= rect.intersected(QRect(QPoint(0, 0), size_));
 }
 
 void PictureBox::Refresh() {
     if (dirty_.isEmpty()) return;
-    update(dirty_);
+    update(ToWidget(dirty_));
     dirty_ = QRect();
 }
 
@@ -38,13 +133,15 @@ void PictureBox::Cls() {
     image_.fill(backColor_);
     currentX_ = 0;
     currentY_ = 0;
-    MarkDirty(image_.rect());
+    MarkDirty(QRect(QPoint(0, 0), size_));
 }
 
 void PictureBox::Print(const QString& text) {
     const QFontMetrics metrics(font());
     {
         QPainter painter(&image_);
+        painter.setRenderHint(QPainter::TextAntialiasing);
+        if (scaling_ == Scaling::Resolution) painter.scale(scale_, scale_);
         painter.setFont(font());
         painter.setPen(foreColor_);
         painter.drawText(currentX_, currentY_ + metrics.ascent(), text);
@@ -70,8 +167,16 @@ int PictureBox::TextHeight(const QString&) const {
 
 void PictureBox::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    const QRect r = event->rect();
-    painter.drawImage(r, image_, r);
+    const QRectF shown = DisplayRect();
+    // Room around a fitted picture takes its back colour.
+    const QRegion margin = QRegion(rect()) - QRegion(shown.toAlignedRect());
+    for (const QRect& r : margin.intersected(event->region())) painter.fillRect(r, backColor_);
+
+    // No smoothing: a pixel picture shows each pixel as a sharp block, and a resolution
+    // picture's image is already at the shown resolution. The whole image is drawn, clipped to
+    // what needs repainting, so that every repaint maps units to device pixels alike.
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+    painter.drawImage(shown, image_, QRectF(image_.rect()));
 }
 
 }  // namespace lxm

@@ -1,6 +1,7 @@
 #include "SimulatorPanel.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QEvent>
@@ -12,6 +13,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QTimer>
@@ -19,6 +21,7 @@
 
 #include <cmath>
 
+#include "app/WindowPlacement.h"
 #include "core/Seams.h"
 #include "core/Shape.h"
 #include "simboard/SimBoard.h"
@@ -271,9 +274,27 @@ bool SimulatorMenu::eventFilter(QObject* watched, QEvent* event) {
                 show->setObjectName(QStringLiteral("mnuSimulator"));
                 QObject::connect(show, &QAction::triggered, &panel_, [this] { panel_.Reopen(); });
             }
+            if (bar) {
+                // The panel must not sit on the window that has just come up.
+                QTimer::singleShot(kPlaceDelayMs, &panel_, [this] { PlacePanel(); });
+            }
         }
     }
     return QObject::eventFilter(watched, event);
+}
+
+void SimulatorMenu::PlacePanel() {
+    if (!panel_.isVisible()) return;
+    QList<QWidget*> others;
+    bool covers = false;
+    for (QWidget* w : QApplication::topLevelWidgets()) {
+        if (w == &panel_ || !w->isVisible() || w->windowType() != Qt::Window) continue;
+        others << w;
+        covers = covers || w->frameGeometry().intersects(panel_.frameGeometry());
+    }
+    const QScreen* screen = panel_.screen();
+    const bool onScreen = !screen || screen->availableGeometry().contains(panel_.frameGeometry());
+    if (covers || !onScreen) MoveBeside(panel_, others);
 }
 
 }  // namespace lxm

@@ -77,6 +77,13 @@ class SimulatorMenu : public QObject {
 public:
     SimulatorMenu(SimulatorPanel& panel, QObject* parent = nullptr) : QObject(parent), panel_(panel) {}
 
+    // Moves the panel beside the program's other windows when it covers one of them or is not
+    // wholly on the screen.
+    void PlacePanel();
+    // How long after a window shows the panel looks at where it is: the window manager needs a
+    // moment to frame and place the new window.
+    static constexpr int kPlaceDelayMs = 150;
+
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 

@@ -11,11 +11,13 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include "app/frmAbout2.h"
 #include "core/Shape.h"
 #include "core/Yield.h"
+#include "device/BoardMenu.h"
 #include "device/frmLXM410.h"
 #include "device/frmLXM600.h"
 #include "device/parts/RegisterPanel.h"
@@ -92,6 +94,12 @@ void frmStartup::BuildLayout() {
     ug->addWidget(Shp_USB_Info_, 1, 2, Qt::AlignCenter);
     ug->addWidget(Shp_USB_Transfer_, 1, 3, Qt::AlignCenter);
     root->addWidget(usb);
+    lblNoBoard = new QLabel(
+        QStringLiteral("No board found: plug it in, check the udev rule (README), or start with --simulate."),
+        this);
+    lblNoBoard->setStyleSheet(QStringLiteral("color: #a00000;"));
+    lblNoBoard->hide();
+    root->addWidget(lblNoBoard);
 
     auto* buttons = new QHBoxLayout;
     Command1 = new QPushButton(QStringLiteral("Open USB"), this);
@@ -108,6 +116,10 @@ void frmStartup::BuildLayout() {
     connect(Command3, &QPushButton::clicked, this, [this] { Command3_Click(); });
     connect(mnuAbout, &QAction::triggered, this, [this] { mnuAbout_Click(); });
     connect(mnuLXM600, &QAction::triggered, this, AsUserAction(s_, [this] { mnuLXM600_Click(); }));
+    // The board may come or go at any moment, from the driver's callbacks.
+    hintTimer_ = new QTimer(this);
+    hintTimer_->setInterval(kHintRefreshMs);
+    connect(hintTimer_, &QTimer::timeout, this, [this] { ShowBoardHint(); });
     // Any change of the selection is a click, whether the user or the program made it.
     connect(cboTypeSelect, &QComboBox::currentIndexChanged, this,
             AsUserAction(s_, [this] { cboTypeSelect_Click(); }));
@@ -131,7 +143,13 @@ void frmStartup::Form_Load() {
     cboTypeSelect->clear();
     for (const char* t : kTypes) cboTypeSelect->addItem(QString::fromLatin1(t));
     cboTypeSelect->setCurrentIndex(0);
+    ShowBoardHint();
+    hintTimer_->start();
     DoEvents();
+}
+
+void frmStartup::ShowBoardHint() {
+    lblNoBoard->setVisible(!s_.UsbConnected);
 }
 
 void frmStartup::Form_Activate() {
@@ -196,6 +214,11 @@ void frmStartup::SelectType(const std::string& type) {
     DoEvents();
 }
 
+BoardSteps frmStartup::Steps() {
+    return BoardSteps{[this] { Command3_Click(); }, [this] { Command1_Click(); },
+                      [this] { Command2_Click(); }};
+}
+
 template <class Form>
 void frmStartup::ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& type) {
     s_.SelectedType = type;
@@ -207,6 +230,7 @@ void frmStartup::ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& 
     if (!form) {
         form = std::make_unique<Form>(s_);
         form->onClosed = [this] { ExitProgram(); };
+        form->boardMenu->SetSteps(Steps());
         form->Form_Load();
     }
     AddressEntry(*form)->setText(QStringLiteral("88"));
@@ -216,6 +240,7 @@ void frmStartup::ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& 
 
 void frmStartup::Command1_Click() {
     s_.usb().OpenDevice();
+    ShowBoardHint();
 }
 
 void frmStartup::Command2_Click() {
@@ -225,6 +250,7 @@ void frmStartup::Command2_Click() {
 
 void frmStartup::Command3_Click() {
     s_.usb().InitDriver();
+    ShowBoardHint();
 }
 
 void frmStartup::mnuAbout_Click() {

@@ -12,11 +12,13 @@ class QLabel;
 class QMenuBar;
 class QPushButton;
 class QAction;
+class QTimer;
 
 namespace lxm {
 
 class Session;
 class frmLXM410;
+struct BoardSteps;
 class frmLXM600;
 class frmAbout2;
 
@@ -40,6 +42,8 @@ public:
     void Command2_Click();  // "Close USB"
     void Command3_Click();  // "Init Table"
     void mnuAbout_Click();
+    // Its three board steps, for the Board menu of the device forms.
+    BoardSteps Steps();
     void Form_QueryUnload();
     // Shutdown of the board, a short pause, then the program ends.
     void ExitProgram();
@@ -80,6 +84,10 @@ public:
     Shape* ShpAttach_ = nullptr;
     Shape* Shp_USB_Info_ = nullptr;
     Shape* Shp_USB_Transfer_ = nullptr;
+    // One line under the lamps while no board is there, saying what to do about it.
+    QLabel* lblNoBoard = nullptr;
+    void ShowBoardHint();
+    static constexpr int kHintRefreshMs = 500;
 
 protected:
     void changeEvent(QEvent* e) override;
@@ -98,6 +106,7 @@ private:
     std::unique_ptr<frmLXM600> lxm600_;
     std::unique_ptr<frmAbout2> about_;
     bool selecting_ = false;
+    QTimer* hintTimer_ = nullptr;
 };
 
 }  // namespace lxm

@@ -13,6 +13,7 @@
 #include "app/HeadlessScript.h"
 
 #include "app/SimulatorPanel.h"
+#include "app/WindowPlacement.h"
 #include "app/frmStartup.h"
 #include "core/Seams.h"
 #include "simboard/SimBoard.h"
@@ -107,7 +108,9 @@ int main(int argc, char** argv) {
         };
     startup.show();
     if (simPanel) {
-        simPanel->move(startup.frameGeometry().topRight() + QPoint(16, 0));
+        // A first guess beside the start-up window; the panel corrects it once the window
+        // manager has framed that window.
+        lxm::MoveBeside(*simPanel, {&startup});
         simPanel->show();
     }
     // --sensor makes the selection the user would, once start-up has finished.

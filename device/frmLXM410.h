@@ -35,6 +35,7 @@ class ColorLabel;
 class RegisterPanel;
 class Shape;
 class frmScriptOps;
+class BoardMenu;
 class DeviceSelection;
 class MaxMinFrame;
 class Doco;
@@ -126,6 +127,8 @@ public:
 
     // ---- strip chart (frmLXM410_plot.cpp)
     void cmdScale_Click();
+    // Enter in any of the four scale boxes re-scales, as "Manual Re-Scale" does.
+    void txtScale_KeyPress(int KeyAscii);
     void cmdAutoScale_Click();
     void cmdSaveScreen_Click();
     void cmdRestoreScreen_Click();
@@ -248,6 +251,8 @@ public:
     QAction* mnuScript = nullptr;
     QAction* mnuGPIO = nullptr;
     QAction* mnuDoco = nullptr;
+    // Init Table, Open USB, Close USB and Reconnect.
+    BoardMenu* boardMenu = nullptr;
 
     // ======== state owned by the form while it is open ========
     // conversion state
@@ -314,6 +319,8 @@ private:
     // The shared parts the form is composed of, given the form's values.
     void BuildParts();
     void ApplyPartHiding();
+    // The view's own size, as far as the screen has room, and wholly on the screen.
+    void FitWindow();
     // Shows a register byte of the image in its entry box.
     void ShowRegister(int reg);
     // Collection hooks (frmLXM410_collect.cpp).
@@ -324,6 +331,8 @@ private:
 
     frmScriptOps* script_ = nullptr;
     StripChart* chart_ = nullptr;
+    // Under the chart: the single reads and the panels that change with the measurement.
+    QVBoxLayout* under_ = nullptr;
     std::unique_ptr<PacedCollection> loop_;
     Doco* doco_ = nullptr;
 };

@@ -18,6 +18,8 @@
 #include "acquisition/PictureBox.h"
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
+#include "device/BoardMenu.h"
+#include "device/FormFit.h"
 #include "device/frmLXM410.h"
 #include "device/parts/FormLayout.h"
 #include "device/parts/MaxMinFrame.h"
@@ -40,7 +42,10 @@ QGroupBox* Group(QWidget* parent, const QString& caption) {
 
 void frmLXM410::BuildLayout() {
     setWindowTitle(QStringLiteral("Form1"));
-    FormColumns cols(this, 4);
+    // Three columns: the register panel above the configuration, the operation, and the strip
+    // chart with the panels that change with the measurement under it. The chart's column takes
+    // whatever room the window has.
+    FormColumns cols(this, 3);
 
     menuBar = new QMenuBar(this);
     QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
@@ -48,6 +53,13 @@ void frmLXM410::BuildLayout() {
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
     mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));
     AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
+    // The data registers 2 and 3 are read-only; the command register goes last, once the
+    // chip is configured again.
+    boardMenu = new BoardMenu(s_, *menuBar,
+                              BoardRegisters{this,
+                                             {1, 4, 5, 6, 7, 8, 0},
+                                             [this](int r) { cmdWrtReg_Click(r); },
+                                             [this](int r) { cmdRDReg_Click(r); }});
     layout()->setMenuBar(menuBar);
 
     // ---- status strip: link lamps, "Test Comm", the external LED, close
@@ -110,16 +122,20 @@ void frmLXM410::BuildLayout() {
     cmdBrowse = frmDataRecord->cmdBrowse;
     chkAppend = frmDataRecord->chkAppend;
     cmdStartRec = frmDataRecord->cmdStartRec;
-    col1->addWidget(frmDataRecord);
-    col1->addStretch(1);
 
-    BuildConfigColumn(cols.column(1));
-    BuildMeasureColumn(cols.column(2));
-
-    // ---- column 4: the strip chart
+    BuildConfigColumn(col1);
     chart_ = new StripChart(s_, plot, false, this);
-    cols.column(3)->addWidget(chart_);
-    cols.column(3)->addStretch(1);
+    cols.column(2)->addWidget(chart_, 1);
+    under_ = cols.column(2);
+    BuildMeasureColumn(cols.column(1));
+    cols.Grow(2);
+
+    // Tight frames: on a laptop screen every row counts.
+    TightFrames(*this, {frmMode});
+    // Controls that come and go while the form is in use keep their room, so that nothing
+    // moves under the pointer.
+    KeepRoomWhenHidden({FrmProxExternal, Frame9, Frame10, FrmMeasureDetails, fraINT, Frame11, Label36,
+                        txtADCRaw, Label6, txtTime1, lblRange, cmdStopData, cmdProx_IR, LblCommTest()});
 
     // The dual-mode panels show only while that measurement is selected.
     FrmProxExternal->hide();
@@ -147,13 +163,13 @@ void frmLXM410::BuildConfigColumn(QVBoxLayout* col2) {
 
     FraScheme = Group(this, QStringLiteral("Measurement Type"));
     MakeOptionArray(FraScheme, OptIRMode, {{0, "Scheme0"}, {1, "Scheme1"}}, 2);
-    col2->addWidget(FraScheme);
 
     auto* modeTiming = new QHBoxLayout;
     Frame4 = Group(this, QStringLiteral("Measurement"));
     MakeOptionArray(Frame4, OptMeasMode, {{0, "ADC"}}, 1);
     Frame5 = Group(this, QStringLiteral("Timing"));
     MakeOptionArray(Frame5, OptExtTime, {{0, "Internal"}}, 1);
+    modeTiming->addWidget(FraScheme);
     modeTiming->addWidget(Frame4);
     modeTiming->addWidget(Frame5);
     col2->addLayout(modeTiming);
@@ -166,7 +182,6 @@ void frmLXM410::BuildConfigColumn(QVBoxLayout* col2) {
     MakeOptionArray(Frame6, OptPSrc, {{0, "100mA"}, {1, "50mA"}, {2, "25mA"}, {3, "12.5mA"}}, 2);
     pc->addWidget(Frame7);
     pc->addWidget(Frame6);
-    col2->addWidget(frmProxControl);
 
     fraINT = Group(this, QStringLiteral("Interrupt Persistance"));
     auto* ng = MakeOptionArray(fraINT, optINTP, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 4);
@@ -229,6 +244,11 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
                      {7, "Prox. Cont"}},
                     1);
     for (auto& [i, b] : OptMeasure) b->installEventFilter(this);
+    // Two to a row, the long one on a row of its own: a laptop screen has no height to spare.
+    auto* mg = static_cast<QGridLayout*>(frmMeasure->layout());
+    const int place[8][3] = {{0, 0, 1}, {0, 1, 1}, {1, 0, 1}, {1, 1, 1},
+                             {2, 0, 2}, {3, 0, 1}, {3, 1, 1}, {4, 0, 1}};
+    for (int i = 0; i < 8; ++i) mg->addWidget(OptMeasure.at(i), place[i][0], place[i][1], 1, place[i][2]);
     col3->addWidget(frmMeasure);
 
     Frame3 = Group(this, QStringLiteral("Measurement Loop Timing"));
@@ -251,7 +271,6 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     txtPLoopDelay->setToolTip(QStringLiteral("Delay in Milliseconds between measurement sequence execution"));
     xg->addWidget(Label3, 3, 0);
     xg->addWidget(txtPLoopDelay, 3, 1);
-    col3->addWidget(FrmProxExternal);
 
     frmCollect = Group(this, QStringLiteral("Data Collection"));
     auto* rdg = new QGridLayout(frmCollect);
@@ -287,11 +306,12 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     rdg->addWidget(txtTime1, 2, 1);
     rdg->addWidget(lblLoop_Count, 3, 0);
     rdg->addWidget(lblRange, 3, 1);
-    rdg->addWidget(cmdCollectData, 4, 0, 1, 2);
-    rdg->addWidget(cmdStopData, 5, 0, 1, 2);
-    rdg->addWidget(Label18, 6, 0, 1, 2);
-    rdg->addWidget(ChkSampleInt, 7, 0, 1, 2);
+    rdg->addWidget(cmdCollectData, 4, 0);
+    rdg->addWidget(cmdStopData, 4, 1);
+    rdg->addWidget(Label18, 5, 0);
+    rdg->addWidget(ChkSampleInt, 5, 1);
     col3->addWidget(frmCollect);
+    col3->addWidget(frmDataRecord);
 
     // Single reads; the compact view hides them with their frame.
     Frame2 = Group(this, QStringLiteral("Single Read"));
@@ -300,7 +320,7 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     cmdProx_IR->setParent(Frame2);
     sr->addWidget(cmdRead_ADC);
     sr->addWidget(cmdProx_IR);
-    col3->addWidget(Frame2);
+    under_->addWidget(Frame2);
 
     Frame9 = Group(this, QStringLiteral("Prox && IR Hex"));
     auto* h9 = new QGridLayout(Frame9);
@@ -310,24 +330,34 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
         h9->addWidget(new QLabel(QString::fromLatin1(kHexCaps[i]), Frame9), 0, i);
         h9->addWidget(txtProx_IR[i], 1, i);
     }
-    col3->addWidget(Frame9);
     Frame10 = Group(this, QStringLiteral("Prox && IR Decimal"));
     auto* h10 = new QGridLayout(Frame10);
     static const char* kDecCaps[3] = {"Prox", "IR", "Prox-IR"};
-    h10->addWidget(new QLabel(QStringLiteral("Over Range   V"), Frame10), 2, 0, 1, 3);
+    h10->addWidget(new QLabel(QStringLiteral("Over Range   V"), Frame10), 2, 3);
     for (int i = 0; i < 3; ++i) {
         txtProx_IR[4 + i] = MakeBox(Frame10, QString(), 64);
         h10->addWidget(new QLabel(QString::fromLatin1(kDecCaps[i]), Frame10), 0, i);
         h10->addWidget(txtProx_IR[4 + i], 1, i);
         ShpOVRange[i] = new Shape(Frame10);
-        h10->addWidget(ShpOVRange[i], 3, i, Qt::AlignCenter);
+        h10->addWidget(ShpOVRange[i], 2, i, Qt::AlignCenter);
     }
-    col3->addWidget(Frame10);
 
     FrmMeasureDetails = new MaxMinFrame(this);
     txtADMax = FrmMeasureDetails->txtADMax;
     cmdClearHist = FrmMeasureDetails->cmdClearHist;
-    col3->addWidget(FrmMeasureDetails);
+    // The max/min panel and the dual-mode panels take turns in one place under the chart, which
+    // keeps room for the larger: choosing a measurement moves nothing else.
+    auto* details = new QGridLayout;
+    auto* dualPanels = new QHBoxLayout;
+    auto* hexAndDecimal = new QVBoxLayout;
+    hexAndDecimal->addWidget(Frame9);
+    hexAndDecimal->addWidget(Frame10);
+    dualPanels->addWidget(FrmProxExternal, 0, Qt::AlignTop);
+    dualPanels->addLayout(hexAndDecimal);
+    dualPanels->addStretch(1);
+    details->addWidget(FrmMeasureDetails, 0, 0, Qt::AlignTop);
+    details->addLayout(dualPanels, 0, 0, Qt::AlignTop);
+    under_->addLayout(details);
 
     Frame11 = Group(this, QStringLiteral("Demonstrations"));
     auto* dm = new QHBoxLayout(Frame11);
@@ -336,10 +366,15 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     dm->addWidget(cmdProxDemo);
     dm->addWidget(cmdIDemo);
     col3->addWidget(Frame11);
+    col3->addWidget(frmProxControl);
     col3->addStretch(1);
 }
 
 // Every handler a control starts runs as one user action, which tells of a missing board once.
+void frmLXM410::FitWindow() {
+    lxm::FitWindow(*this);
+}
+
 void frmLXM410::WireHandlers() {
     auto wire = [this](CtlArray<QRadioButton>& arr, void (frmLXM410::*handler)(int)) {
         WireArray(s_, arr, this, [this, handler](int i) { (this->*handler)(i); });
@@ -377,6 +412,8 @@ void frmLXM410::WireHandlers() {
     connect(cmdStopData, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdStopData_Click(); }));
     connect(cmdClearHist, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdClearHist_Click(); }));
     connect(chart_->cmdScale, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdScale_Click(); }));
+    for (QLineEdit* box : {chart_->txtScale, chart_->txtScaleMin, chart_->txtScale2, chart_->txtScaleMin2})
+        connect(box, &QLineEdit::returnPressed, this, AsUserAction(s_, [this] { txtScale_KeyPress(13); }));
     connect(chart_->cmdAutoScale, &QPushButton::clicked, this,
             AsUserAction(s_, [this] { cmdAutoScale_Click(); }));
     connect(chart_->cmdRestoreScreen, &QPushButton::clicked, this,

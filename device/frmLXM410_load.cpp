@@ -161,7 +161,7 @@ void frmLXM410::Label13_DblClick() {
           OptMeasure.at(1), OptMeasure.at(2), OptMeasure.at(3), cmdRead_ADC, cmdProx_IR},
          {Frame10, FrmDevice}});
     ApplyPartHiding();
-    adjustSize();
+    FitWindow();
 }
 
 void frmLXM410::ApplyPartHiding() {

@@ -31,6 +31,10 @@ void frmLXM410::cmdScale_Click() {
     chart_->Scale(ShowLux);
 }
 
+void frmLXM410::txtScale_KeyPress(int KeyAscii) {
+    if (KeyAscii == 13) cmdScale_Click();
+}
+
 void frmLXM410::cmdAutoScale_Click() {
     // The same signed case as the rows of the trace, so that negative proximity readings
     // keep room below zero.

@@ -19,6 +19,7 @@
 #include "core/Shape.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
+#include "device/FormFit.h"
 #include "device/parts/InterruptSampler.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RecordFrame.h"
@@ -125,6 +126,9 @@ void frmLXM600::WireHandlers() {
     connect(FrmMeasureDetails->cmdClearHist, &QPushButton::clicked, this,
             AsUserAction(s_, [this] { cmdClearHist_Click(); }));
     connect(chart_->cmdScale, &QPushButton::clicked, this, AsUserAction(s_, [this] { cmdScale_Click(); }));
+    // Enter in a scale box re-scales, as its tool tip promises.
+    for (QLineEdit* box : {chart_->txtScale, chart_->txtScaleMin, chart_->txtScale2, chart_->txtScaleMin2})
+        connect(box, &QLineEdit::returnPressed, this, AsUserAction(s_, [this] { cmdScale_Click(); }));
     connect(chart_->cmdAutoScale, &QPushButton::clicked, this,
             AsUserAction(s_, [this] { cmdAutoScale_Click(); }));
     connect(chart_->cmdRestoreScreen, &QPushButton::clicked, this,
@@ -217,6 +221,7 @@ void frmLXM600::Label13_DblClick() {
                                             txtReading3, txtReading2, Label17},
                                            {Frame2, frmTimeBase, frmDataRecord},
                                            {}});
+    FitWindow(*this);
 }
 
 void frmLXM600::txtRegHex_KeyPress(int Index, int KeyAscii) {

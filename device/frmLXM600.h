@@ -20,6 +20,7 @@ class QTimer;
 
 namespace lxm {
 
+class BoardMenu;
 class DeviceSelection;
 class InterruptSampler;
 class MaxMinFrame;
@@ -95,6 +96,8 @@ public:
 
     // ======== controls ========
     QMenuBar* menuBar = nullptr;
+    // Init Table, Open USB, Close USB and Reconnect.
+    BoardMenu* boardMenu = nullptr;
     QAction* mnuGPIO = nullptr;
     CtlArray<QCheckBox> ChKLed;  // 0 "Test Red LED", 1 "Test ORN LED"
     QLabel* lblUSBStatis = nullptr;

@@ -13,6 +13,8 @@
 
 #include "acquisition/PictureBox.h"
 #include "core/Shape.h"
+#include "device/BoardMenu.h"
+#include "device/FormFit.h"
 #include "device/frmLXM600.h"
 #include "device/parts/FormLayout.h"
 #include "device/parts/MaxMinFrame.h"
@@ -39,12 +41,21 @@ QLabel* Caption(QWidget* parent, const QString& text = {}) {
 
 void frmLXM600::BuildLayout() {
     setWindowTitle(QStringLiteral("Form1"));
-    FormColumns cols(this);
+    // Three columns: the registers, the strip chart (which takes the room a larger window has)
+    // and the configuration above the interrupt set-up.
+    FormColumns cols(this, 3);
 
     menuBar = new QMenuBar(this);
     QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
     AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
+    // The ID and the readings (0, 8, 9, 10) are read-only; the configuration goes last, once
+    // thresholds and interrupt set-up are back.
+    boardMenu = new BoardMenu(s_, *menuBar,
+                              BoardRegisters{this,
+                                             {2, 3, 4, 5, 6, 7, 11, 12, 13, 14, 15, 1},
+                                             [this](int r) { cmdWrtReg_Click(r); },
+                                             [this](int r) { cmdRDReg_Click(r); }});
     layout()->setMenuBar(menuBar);
 
     // ---- status strip: lamps, "Test Comm", the two test LEDs, the transfer status, close
@@ -156,18 +167,17 @@ void frmLXM600::BuildLayout() {
     ig->addWidget(persistAls, 1, 0);
     ig->addWidget(persistProx, 2, 0);
     ig->addLayout(flags, 3, 0);
-    cols.column(3)->addWidget(frmIntConfig);
+    cols.column(2)->addWidget(frmIntConfig);
 
     BuildLimits();
-    cols.column(3)->addWidget(fraINT);
+    cols.column(2)->addWidget(fraINT);
 
     RecordCaptions record;
     record.frameTitle = QStringLiteral("Save Measurements to File");
     record.filter = QStringLiteral("All Files (*.*)|*.*|LXM20x Data Files(*.txt)|*.txt");
     record.defaultFile = QStringLiteral("Data.txt");
     frmDataRecord = new RecordFrame(s_, record, this);
-    cols.column(3)->addWidget(frmDataRecord);
-    cols.column(3)->addStretch(1);
+    cols.column(2)->addWidget(frmDataRecord);
 
     // ---- column 3: the collection; single read, time base and graph go under the chart
     Frame2 = new QGroupBox(QStringLiteral("Single Read"), this);
@@ -243,9 +253,11 @@ void frmLXM600::BuildLayout() {
 
     // ---- column 2: the strip chart, with what chooses and paces its readings below it
     chart_ = new StripChart(s_, plot_, true, this);
-    cols.column(1)->addWidget(chart_);
+    cols.column(1)->addWidget(chart_, 1);
     cols.column(1)->addLayout(small);
-    cols.column(1)->addStretch(1);
+    cols.Grow(1);
+    // Tight frames: on a laptop screen every row counts.
+    TightFrames(*this);
 }
 
 void frmLXM600::BuildLimits() {

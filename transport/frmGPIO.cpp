@@ -8,7 +8,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QShowEvent>
+#include <QTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
@@ -23,6 +26,7 @@ namespace lxm {
 namespace {
 constexpr int kLightGreen = 10;
 constexpr int kLightRed = 12;
+constexpr int kBlack = 0;
 // The two board LEDs sit on port C; their boxes stand for these bits.
 constexpr int kGreenLedBit = 4;
 constexpr int kRedLedBit = 5;
@@ -58,15 +62,29 @@ void frmGPIO::BuildLayout() {
     auto* dataGrid = new QGridLayout(frameGPIO_Data);
     auto* useGrid = new QGridLayout(Frame1);
 
+    // The three groups sit side by side and must read as one table: every row of every group
+    // has the same height and spacing, the usage column keeps empty rows where the LED boxes
+    // are, and spare height goes below the last row instead of between rows.
+    const int rowHeight =
+        std::max(QCheckBox(QStringLiteral("PB7 P1.09")).sizeHint().height(), QLineEdit().sizeHint().height());
+    for (QGridLayout* g : {enGrid, dataGrid, useGrid}) {
+        g->setVerticalSpacing(2);
+        g->setContentsMargins(6, 4, 6, 4);
+    }
+    auto place = [rowHeight](QGridLayout* grid, QWidget* w, int row) {
+        w->setFixedHeight(rowHeight);
+        grid->addWidget(w, row, 0);
+    };
     auto addRow = [&](int row, const QString& name, std::map<int, QCheckBox*>& en,
                       std::map<int, QCheckBox*>& data, int bit, const QString& usage) {
         en[bit] = new QCheckBox(name, FrOutEn);
         data[bit] = new QCheckBox(name, frameGPIO_Data);
-        enGrid->addWidget(en[bit], row, 0);
-        dataGrid->addWidget(data[bit], row, 0);
+        place(enGrid, en[bit], row);
+        place(dataGrid, data[bit], row);
         auto* user = new QLineEdit(usage, Frame1);
+        user->setMinimumWidth(180);
         txtGPIOUserName[row] = user;
-        useGrid->addWidget(user, row, 0);
+        place(useGrid, user, row);
     };
     int row = 0;
     for (int bit = 7; bit >= 0; --bit) {
@@ -87,10 +105,14 @@ void frmGPIO::BuildLayout() {
     ChLed1[kRedLedBit] = new QCheckBox(QStringLiteral("Red Led"), FrOutEn);
     ChKLedData[kGreenLedBit] = new QCheckBox(QStringLiteral("Green Led"), frameGPIO_Data);
     ChKLedData[kRedLedBit] = new QCheckBox(QStringLiteral("Red Led"), frameGPIO_Data);
-    enGrid->addWidget(ChLed1[kGreenLedBit], row, 0);
-    enGrid->addWidget(ChLed1[kRedLedBit], row + 1, 0);
-    dataGrid->addWidget(ChKLedData[kGreenLedBit], row, 0);
-    dataGrid->addWidget(ChKLedData[kRedLedBit], row + 1, 0);
+    place(enGrid, ChLed1[kGreenLedBit], row);
+    place(enGrid, ChLed1[kRedLedBit], row + 1);
+    place(dataGrid, ChKLedData[kGreenLedBit], row);
+    place(dataGrid, ChKLedData[kRedLedBit], row + 1);
+    for (QGridLayout* g : {enGrid, dataGrid, useGrid}) {
+        for (int r = 0; r < row + 2; ++r) g->setRowMinimumHeight(r, rowHeight);
+        g->setRowStretch(row + 2, 1);
+    }
     lines->addWidget(FrOutEn);
     lines->addWidget(frameGPIO_Data);
     lines->addWidget(Frame1, 1);
@@ -163,6 +185,10 @@ void frmGPIO::BuildLayout() {
     wire(ChKLedData, &frmGPIO::ChKLedData_Click);
     connect(cmdGPIO_Write, &QPushButton::clicked, this, [this] { cmdGPIO_Write_Click(); });
     connect(cmdReadGPIO, &QPushButton::clicked, this, [this] { cmdReadGPIO_Click(); });
+
+    linkTimer_ = new QTimer(this);
+    linkTimer_->setInterval(kLinkRefreshMs);
+    connect(linkTimer_, &QTimer::timeout, this, [this] { ShowLinkState(); });
 }
 
 void frmGPIO::ToggleBit(QCheckBox* box, int n, int imageByte, QLineEdit* column) {
@@ -221,6 +247,37 @@ void frmGPIO::Form_Load() {
 
 void frmGPIO::Form_GotFocus() {
     s_.activeForm = this;
+    SyncLamps();
+}
+
+void frmGPIO::ShowLinkState() {
+    // The active form's lamps are the transfer layer's to set: they report single transfers.
+    if (s_.activeForm != this) SyncLamps();
+}
+
+void frmGPIO::SyncLamps() {
+    if (!s_.UsbConnected) {
+        ShpAttach_->setFillIndex(kLightRed);
+        Shp_USB_Info->setFillIndex(kBlack);
+        Shp_USB_Transfer_->setFillIndex(kBlack);
+        return;
+    }
+    ShpAttach_->setFillIndex(kLightGreen);
+    Shp_USB_Info->setFillIndex(s_.DeviceInfoOK ? kLightGreen : kLightRed);
+    Shp_USB_Transfer_->setFillIndex(s_.TransferOK ? kLightGreen : kLightRed);
+}
+
+void frmGPIO::showEvent(QShowEvent* e) {
+    // A device form may have changed the image while this window was hidden.
+    ShowImage();
+    ShowLinkState();
+    linkTimer_->start();
+    QWidget::showEvent(e);
+}
+
+void frmGPIO::hideEvent(QHideEvent* e) {
+    linkTimer_->stop();
+    QWidget::hideEvent(e);
 }
 
 void frmGPIO::changeEvent(QEvent* e) {
@@ -229,6 +286,8 @@ void frmGPIO::changeEvent(QEvent* e) {
 }
 
 void frmGPIO::cmdGPIO_Write_Click() {
+    // The device forms change the image and call this: what is sent is what the window shows.
+    ShowImage();
     if (!s_.SessionOpen) s_.usb().OpenDevice();
     const auto img = s_.GpioImage;
     auto& comm = s_.comm();
@@ -242,6 +301,7 @@ void frmGPIO::cmdGPIO_Write_Click() {
     shpGpioWr[4]->setFillIndex(reply[0] == img[2] ? kLightGreen : kLightRed);
     shpGpioWr[5]->setFillIndex(reply[1] == img[3] ? kLightGreen : kLightRed);
     if (!s_.SessionOpen) s_.usb().CloseDevice();
+    ShowLinkState();
 }
 
 }  // namespace lxm

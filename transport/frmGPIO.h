@@ -12,6 +12,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
+class QTimer;
 
 namespace lxm {
 
@@ -35,6 +36,12 @@ public:
     void ChkBData_Click(int Index);
     void ChkCData_Click(int Index);
     void ChKLedData_Click(int Index);
+
+    // The write columns and the check boxes from the port-line image, as it stands now.
+    void ShowImage();
+    // The USB COMM lamps from the session's link state. The transfer layer lights the lamps of
+    // the active form only, so while another form is active this window catches up here.
+    void ShowLinkState();
 
     // ActiveForm
     Shape* ShpAttach() override { return ShpAttach_; }
@@ -66,16 +73,21 @@ public:
     Shape* ShpAttach_ = nullptr;
     QLabel* Label13 = nullptr;
 
+    static constexpr int kLinkRefreshMs = 250;
+
 protected:
     void changeEvent(QEvent* e) override;
+    void showEvent(QShowEvent* e) override;
+    void hideEvent(QHideEvent* e) override;
 
 private:
     void BuildLayout();
     // A click in one of the six groups: set or clear bit n of one image byte and show it.
     void ToggleBit(QCheckBox* box, int n, int imageByte, QLineEdit* column);
-    void ShowImage();
+    void SyncLamps();
 
     Session& s_;
+    QTimer* linkTimer_ = nullptr;
 };
 
 }  // namespace lxm

@@ -17,7 +17,7 @@ FormColumns::FormColumns(QWidget* form, int columns) {
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
     auto* body = new QWidget(scroll);
-    auto* row = new QHBoxLayout(body);
+    auto* row = row_ = new QHBoxLayout(body);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(6);
     for (int i = 0; i < columns; ++i) {
@@ -28,6 +28,13 @@ FormColumns::FormColumns(QWidget* form, int columns) {
     row->addStretch(1);
     scroll->setWidget(body);
     root->addWidget(scroll, 1);
+}
+
+void FormColumns::Grow(int i) {
+    // The trailing stretch gives way to the column.
+    const int last = row_->count() - 1;
+    if (last >= 0 && row_->itemAt(last)->spacerItem()) delete row_->takeAt(last);
+    row_->setStretch(i, 1);
 }
 
 QSize FittingScrollArea::sizeHint() const {

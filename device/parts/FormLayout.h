@@ -3,6 +3,7 @@
 #include <QScrollArea>
 #include <vector>
 
+class QHBoxLayout;
 class QVBoxLayout;
 class QWidget;
 
@@ -16,10 +17,13 @@ public:
     explicit FormColumns(QWidget* form, int columns = 4);
     QVBoxLayout* top() const { return top_; }
     QVBoxLayout* column(int i) const { return columns_[std::size_t(i)]; }
+    // This column takes the room a larger window has, across and down: the strip chart's.
+    void Grow(int i);
 
 private:
     QVBoxLayout* top_ = nullptr;
     std::vector<QVBoxLayout*> columns_;
+    QHBoxLayout* row_ = nullptr;
 };
 
 class FittingScrollArea : public QScrollArea {

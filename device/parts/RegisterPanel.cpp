@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "core/EntryCheck.h"
 #include "core/ColorLabel.h"
 #include "core/Colours.h"
 #include "core/Shape.h"
@@ -54,6 +55,7 @@ RegisterPanel::RegisterPanel(Session& session, int rows, const std::vector<QStri
         auto* hex = MakeBox(this, QStringLiteral("00"), 36);
         hex->setToolTip(QStringLiteral("Display actual hex value of LXM200 control Register."));
         hex->installEventFilter(this);
+        CheckHexByte(hex);
         auto* wr = new QPushButton(QStringLiteral("Write to Register"), this);
         auto* indWr = new Shape(this);
         auto* rd = MakeBox(this, QString(), 36);
@@ -88,6 +90,7 @@ RegisterPanel::RegisterPanel(Session& session, int rows, const std::vector<QStri
     auto* adrRow = new QHBoxLayout;
     adrRow->addWidget(new QLabel(QStringLiteral("I2C Adr"), this));
     address_ = MakeBox(this, QStringLiteral("88"), 40);
+    CheckHexByte(address_);
     address_->installEventFilter(this);
     adrRow->addWidget(address_);
     adrRow->addStretch(1);

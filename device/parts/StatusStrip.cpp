@@ -30,6 +30,8 @@ StatusStrip::StatusStrip(Session& session, QWidget* parent) : QWidget(parent), s
     status_ = new Shape(this);
     status_->hide();
     frmMode_ = new QGroupBox(QString(), this);
+    // A flat frame keeps the strip one control high.
+    frmMode_->setFlat(true);
     auto* modeRow = new QHBoxLayout(frmMode_);
     modeRow->setContentsMargins(6, 2, 6, 2);
     testComm_ = new QRadioButton(QStringLiteral("Test Comm"), frmMode_);

@@ -1,6 +1,7 @@
 #include "device/parts/StripChart.h"
 
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -13,6 +14,7 @@
 #include "acquisition/Rescale.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
+#include "device/FormFit.h"
 #include "device/parts/Controls.h"
 #include "transport/Session.h"
 
@@ -24,6 +26,9 @@ StripChart::StripChart(Session& session, PlotState& plot, bool withTestTrace, QW
     Picture2 = MakeLabelPicture(this);
     Picture1 = MakeGraphPicture(Picture2);
     PlaceGraph(*Picture2, *Picture1);
+    // The chart takes the room the window gives it; labels are drawn for the scale it shows at.
+    Picture2->SetFitToWidget(true);
+    connect(Picture2, &PictureBox::Rescaled, this, [this] { DrawGraphLabels(); });
     Picture1->setToolTip(QStringLiteral("Real Time Graph Display of Light Level."));
     Picture3 = new QWidget(this);
     Picture3->setFixedSize(40, 40);
@@ -45,24 +50,28 @@ StripChart::StripChart(Session& session, PlotState& plot, bool withTestTrace, QW
         QStringLiteral("Updates Graph Scaling based on value enter into the \"Scale Max\" entry box."));
     cmdSaveScreen = new QPushButton(QStringLiteral("Save Screen"), this);
     cmdRestoreScreen = new QPushButton(QStringLiteral("Clear Graph"), this);
-    gg->addWidget(lblScaleCaption, 1, 0, 1, 2);
-    gg->addWidget(new QLabel(QStringLiteral("Light"), this), 1, 3, Qt::AlignCenter);
-    gg->addWidget(txtScale, 2, 0);
-    gg->addWidget(txtScaleMin, 2, 1);
-    gg->addWidget(Picture3, 2, 3, 2, 1, Qt::AlignCenter);
-    gg->addWidget(txtScale2, 3, 0);
-    gg->addWidget(txtScaleMin2, 3, 1);
-    gg->addWidget(cmdScale, 4, 0);
-    gg->addWidget(cmdAutoScale, 4, 1);
-    gg->addWidget(cmdSaveScreen, 5, 0);
-    gg->addWidget(cmdRestoreScreen, 5, 1);
+    // Scale boxes in one row and the buttons in another under the chart, the swatch at the end.
+    auto* scaleRow = new QHBoxLayout;
+    scaleRow->addWidget(lblScaleCaption);
+    for (QLineEdit* box : {txtScale, txtScaleMin, txtScale2, txtScaleMin2}) scaleRow->addWidget(box);
+    scaleRow->addStretch(1);
+    scaleRow->addWidget(new QLabel(QStringLiteral("Light"), this));
+    scaleRow->addWidget(Picture3);
+    auto* buttonRow = new QHBoxLayout;
+    for (QPushButton* b : {cmdScale, cmdAutoScale, cmdSaveScreen, cmdRestoreScreen}) buttonRow->addWidget(b);
+    gg->addLayout(scaleRow, 1, 0, 1, 4);
+    gg->addLayout(buttonRow, 2, 0, 1, 4);
     if (withTestTrace) {
         cmdDrawTrace = new QPushButton(QStringLiteral("Draw Trace"), this);
         cmdDrawTrace->setToolTip(QStringLiteral("Draws a test staircase on the graph"));
-        gg->addWidget(cmdDrawTrace, 4, 2);
+        buttonRow->addWidget(cmdDrawTrace);
         connect(cmdDrawTrace, &QPushButton::clicked, this, [this] { DrawTrace(); });
     }
     connect(cmdSaveScreen, &QPushButton::clicked, this, [this] { SaveScreen(); });
+    buttonRow->addStretch(1);
+    gg->setRowStretch(0, 1);
+    // Buttons that hide while they work keep their room, so nothing moves under the pointer.
+    KeepRoomWhenHidden({cmdSaveScreen, cmdRestoreScreen});
 }
 
 void StripChart::DrawGraphLabels() {

@@ -1,0 +1,143 @@
+// The device form on a laptop screen: both views fit 1280 x 800, the chart grows with the
+// window, and choosing a measurement or clearing the graph moves nothing under the pointer.
+#include <gtest/gtest.h>
+#include <QAction>
+#include <QMenu>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScrollArea>
+#include <QScrollBar>
+
+#include "acquisition/PictureBox.h"
+#include "device/BoardMenu.h"
+#include "device/frmLXM410.h"
+#include "device/frmLXM600.h"
+#include "device/parts/StripChart.h"
+#include "device_form_fixture.h"
+
+namespace lxm {
+namespace {
+
+// 1280 x 800 less a window frame and title bar.
+constexpr QSize kLaptop(1280 - 8, 800 - 34);
+
+class Layout : public test::FormFixture {
+protected:
+    explicit Layout(const char* type = "LXM410") : FormFixture(type) {}
+    void FullView() {
+        if (form->CompactView) form->Label13_DblClick();
+    }
+    QScrollArea* Controls() { return form->findChild<QScrollArea*>(); }
+};
+
+TEST_F(Layout, BothViewsFitALaptopScreenWithoutScrolling) {
+    for (const char* type : {"LXM410", "LXM430", "LXM450", "LXM470"}) {
+        session.SelectedType = type;
+        auto f = std::make_unique<frmLXM410>(session);
+        f->Form_Load();
+        for (int view = 0; view < 2; ++view) {
+            const QSize min = f->minimumSizeHint();
+            EXPECT_LE(min.width(), kLaptop.width()) << type << (f->CompactView ? " compact" : " full");
+            EXPECT_LE(min.height(), kLaptop.height()) << type << (f->CompactView ? " compact" : " full");
+            f->resize(kLaptop);
+            f->show();
+            QCoreApplication::processEvents();
+            auto* area = f->findChild<QScrollArea*>();
+            EXPECT_FALSE(area->horizontalScrollBar()->isVisible()) << type << " view " << view;
+            EXPECT_FALSE(area->verticalScrollBar()->isVisible()) << type << " view " << view;
+            f->Label13_DblClick();
+        }
+        f->hide();
+    }
+}
+
+TEST_F(Layout, TheChartGrowsWithTheWindow) {
+    FullView();
+    form->resize(kLaptop);
+    form->show();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(form->chart().Picture2->DisplayScale(), 1.0);
+    const QSize small = form->chart().Picture1->size();
+    form->resize(1920 - 8, 1080 - 34);
+    QCoreApplication::processEvents();
+    EXPECT_GE(form->chart().Picture2->DisplayScale(), 1.5);
+    EXPECT_GT(form->chart().Picture1->width(), small.width() * 1.4);
+    EXPECT_EQ(form->chart().Picture1->ScaleWidth(), 405) << "the trace keeps its columns";
+}
+
+TEST_F(Layout, ChoosingAMeasurementOrClearingTheGraphMovesNothingUnderThePointer) {
+    FullView();
+    form->resize(kLaptop);
+    form->show();
+    QCoreApplication::processEvents();
+    auto where = [this] {
+        std::vector<QRect> places;
+        for (QWidget* w : std::initializer_list<QWidget*>{
+                 form->cmdCollectData, form->cmdStopData, form->chart().cmdRestoreScreen,
+                 form->chart().cmdScale, form->OptMeasure.at(7), form->chart().Picture1})
+            places.emplace_back(w->mapTo(form.get(), QPoint(0, 0)), w->size());
+        places.emplace_back(QPoint(0, 0), form->size());
+        return places;
+    };
+    const auto before = where();
+    for (int m : {1, 4, 5, 2, 4, 6, 1}) {
+        form->OptMeasure.at(m)->click();
+        QCoreApplication::processEvents();
+        EXPECT_EQ(where(), before) << "after choosing measurement " << m;
+    }
+    form->chart().cmdRestoreScreen->click();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(where(), before) << "after Clear Graph";
+}
+
+class MultiFunctionLayout : public ::testing::Test, protected test::BoardFixture {
+protected:
+    MultiFunctionLayout() {
+        board.Carry(sim::Chip::Lxm600);
+        OpenSession();
+        session.SelectedType = "LXM600";
+        form = std::make_unique<frmLXM600>(session);
+        form->Form_Load();
+    }
+    std::unique_ptr<frmLXM600> form;
+};
+
+// Sixteen register rows and four option frames do not fit 800 pixels of height beside the
+// chart: the form scrolls up and down there, but never sideways.
+TEST_F(MultiFunctionLayout, FitsALaptopScreenAcrossAndTheChartGrows) {
+    for (int view = 0; view < 2; ++view) {
+        const QSize min = form->minimumSizeHint();
+        EXPECT_LE(min.width(), kLaptop.width()) << "view " << view;
+        EXPECT_LE(min.height(), kLaptop.height()) << "view " << view;
+        form->resize(kLaptop);
+        form->show();
+        QCoreApplication::processEvents();
+        auto* area = form->findChild<QScrollArea*>();
+        EXPECT_FALSE(area->horizontalScrollBar()->isVisible()) << "view " << view;
+        form->Label13_DblClick();
+    }
+    const int small = form->chart().Picture1->width();
+    form->resize(1920 - 8, 1080 - 34);
+    QCoreApplication::processEvents();
+    EXPECT_GT(form->chart().Picture1->width(), small * 1.4);
+}
+
+TEST_F(MultiFunctionLayout, CarriesTheBoardMenuToo) {
+    ASSERT_NE(form->boardMenu, nullptr);
+    EXPECT_EQ(form->boardMenu->mnuBoard->menuAction()->text(), "Board");
+    form->txtRegHex(3)->setText("2A");
+    form->cmdWrtReg_Click(3);
+    driver.Unplug();
+    Pump();
+    driver.Plug();
+    Pump();
+    ASSERT_NE(chip(3), 0x2A);
+    messages.clear();
+    form->boardMenu->mnuReconnect_Click();
+    EXPECT_EQ(chip(3), 0x2A);
+    EXPECT_EQ(form->txtRegRd(3)->text(), "2A");
+    EXPECT_EQ(messages.count("USB is not Connected"), 0);
+}
+
+}  // namespace
+}  // namespace lxm
