@@ -19,49 +19,11 @@
 #include "transport/generic_usb_lib.h"
 #include "transport/libusb/LibusbDriver.h"
 #include "usb_e2e/EmulatedBoard.h"
+#include "usb_e2e/ProgramFixture.h"
 #include "usb_e2e/Yielding.h"
 
 namespace lxm::test::usb {
 namespace {
-
-constexpr int kOk = 10;
-const QString kDisconnected =
-    QStringLiteral("Device has been disconnected, reconnect and re-initialize all registers");
-
-class ProgramOnEmulatedBus : public ::testing::Test {
-protected:
-    void SetUp() override {
-        bus.Plug();
-        driver = std::make_unique<lxm::usb::LibusbDriver>();
-        session = std::make_unique<Session>(*driver, messages, files, clock);
-        session->comm().timeoutMs = 100;
-        session->usb().openWaitYields = 200;
-        startup = std::make_unique<frmStartup>(*session, QString());
-        startup->onExit = [] {};
-        startup->show();
-        startup->Form_Load();
-    }
-    void TearDown() override {
-        startup.reset();
-        session.reset();
-        driver.reset();
-    }
-    frmLXM410& Select(int index) {
-        startup->cboTypeSelect->setCurrentIndex(index);
-        return *startup->DeviceForm();
-    }
-    std::uint8_t Chip(int reg) {
-        return bus.WithBoard([reg](sim::SimBoard& b) { return b.sensor().Peek(std::uint8_t(reg)); });
-    }
-
-    EmulatedBoard bus;  // before libusb comes up, gone after it
-    FakeClock clock;
-    RecordingMessages messages;
-    ScriptedFileDialogs files;
-    std::unique_ptr<lxm::usb::LibusbDriver> driver;
-    std::unique_ptr<Session> session;
-    std::unique_ptr<frmStartup> startup;
-};
 
 TEST_F(ProgramOnEmulatedBus, TypeSelectionProgramsTheChipAndReadAllShowsIt) {
     EXPECT_TRUE(startup->Shp_USB_Init()->hasFillIndex(kOk));

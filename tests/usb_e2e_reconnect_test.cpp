@@ -21,51 +21,25 @@
 #include "transport/generic_usb_lib.h"
 #include "transport/libusb/LibusbDriver.h"
 #include "usb_e2e/EmulatedBoard.h"
+#include "usb_e2e/ProgramFixture.h"
 #include "usb_e2e/Yielding.h"
 
 namespace lxm::test::usb {
 namespace {
 
-constexpr int kOk = 10;
-const QString kDisconnected =
-    QStringLiteral("Device has been disconnected, reconnect and re-initialize all registers");
-
-class ReconnectOnEmulatedBus : public ::testing::Test {
+class ReconnectOnEmulatedBus : public ProgramOnEmulatedBus {
 protected:
     void SetUp() override {
-        bus.Plug();
-        driver = std::make_unique<lxm::usb::LibusbDriver>();
-        session = std::make_unique<Session>(*driver, messages, files, clock);
-        session->comm().timeoutMs = 100;
-        session->usb().openWaitYields = 200;
-        startup = std::make_unique<frmStartup>(*session, QString());
-        startup->onExit = [] {};
-        startup->show();
-        startup->Form_Load();
+        ProgramOnEmulatedBus::SetUp();
         startup->cboTypeSelect->setCurrentIndex(1);
         form = startup->DeviceForm();
         ASSERT_NE(form, nullptr);
-    }
-    void TearDown() override {
-        startup.reset();
-        session.reset();
-        driver.reset();
-    }
-    std::uint8_t Chip(int reg) {
-        return bus.WithBoard([reg](sim::SimBoard& b) { return b.sensor().Peek(std::uint8_t(reg)); });
     }
     void Write(int reg, const char* hex) {
         form->txtRegHex(reg)->setText(QString::fromLatin1(hex));
         form->cmdWrtReg[reg]->click();
     }
 
-    EmulatedBoard bus;  // before libusb comes up, gone after it
-    FakeClock clock;
-    RecordingMessages messages;
-    ScriptedFileDialogs files;
-    std::unique_ptr<lxm::usb::LibusbDriver> driver;
-    std::unique_ptr<Session> session;
-    std::unique_ptr<frmStartup> startup;
     frmLXM410* form = nullptr;
 };
 
