@@ -261,6 +261,7 @@ void frmLXM600::BuildCollection(QHBoxLayout* under) {
     cmdStopData->setEnabled(false);
     cmdAbort = new QPushButton(QStringLiteral("Abort"), frmCollect);
     auto* readings = new QHBoxLayout;
+    readings->setSpacing(6);
     readings->addWidget(Label16);
     readings->addWidget(txtReading);
     readings->addSpacing(8);
@@ -272,12 +273,14 @@ void frmLXM600::BuildCollection(QHBoxLayout* under) {
     readings->addWidget(txtADCRaw);
     readings->addStretch(1);
     auto* timing = new QHBoxLayout;
+    timing->setSpacing(6);
     timing->addWidget(Label6);
     timing->addWidget(txtTime1);
     timing->addSpacing(8);
     timing->addWidget(lblLoop_Count, 1);
     timing->addWidget(Label18, 2);
     auto* commands = new QHBoxLayout;
+    commands->setSpacing(6);
     commands->addWidget(cmdCollectData);
     commands->addWidget(cmdCollect);
     commands->addWidget(cmdStopData);
