@@ -10,6 +10,7 @@
 #include "device/parts/DeviceFormBase.h"
 
 class QCheckBox;
+class QHBoxLayout;
 class QAction;
 class QLabel;
 class QMenuBar;
@@ -192,6 +193,7 @@ public:
 private:
     void BuildLayout();
     void BuildLimits();
+    void BuildCollection(QHBoxLayout* under);
     void BuildParts();
     void WireHandlers();
     void ClearFlag(std::uint8_t flag);

@@ -44,6 +44,7 @@ void frmLXM600::BuildLayout() {
     // Three columns: the registers, the strip chart (which takes the room a larger window has)
     // and the configuration above the interrupt set-up.
     FormColumns cols(this, 3);
+    for (int c = 0; c < 3; ++c) cols.column(c)->setSpacing(3);
 
     menuBar = new QMenuBar(this);
     QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
@@ -110,9 +111,10 @@ void frmLXM600::BuildLayout() {
     cols.column(0)->addWidget(FrmDevice);
     cols.column(0)->addStretch(1);
 
-    // ---- column 4: the register controls and the interrupt limits
+    // ---- column 3: the sensor settings, the interrupt set-up and the recording
     frmALS = new QGroupBox(QStringLiteral("ALS / IR"), this);
     auto* ag = new QGridLayout(frmALS);
+    ag->setVerticalSpacing(2);
     auto* mmode = new QGroupBox(QStringLiteral("Measurement"), frmALS);
     MakeOptionArray(mmode, OptMMode, {{0, "ALS"}, {1, "IR"}}, 2);
     auto* range = new QGroupBox(QStringLiteral("Range"), frmALS);
@@ -125,6 +127,7 @@ void frmLXM600::BuildLayout() {
 
     frmProx = new QGroupBox(QStringLiteral("Proximity"), this);
     auto* pg = new QGridLayout(frmProx);
+    pg->setVerticalSpacing(2);
     auto* drive = new QGroupBox(QStringLiteral("IR LED Drive"), frmProx);
     MakeOptionArray(drive, OptProxDr, {{0, "100mA"}, {1, "200mA"}}, 2);
     auto* sleep = new QGroupBox(QStringLiteral("Sleep Time mS"), frmProx);
@@ -149,24 +152,26 @@ void frmLXM600::BuildLayout() {
     auto* pin = new QGroupBox(QStringLiteral("Pin Function"), frmIntConfig);
     MakeOptionArray(pin, OptEPIN, {{0, "Or"}, {1, "And"}}, 2);
     auto* persistAls = new QGroupBox(QStringLiteral("ALS Persistance"), frmIntConfig);
-    MakeOptionArray(persistAls, optINTPALS, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 4);
+    MakeOptionArray(persistAls, optINTPALS, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 2);
     auto* persistProx = new QGroupBox(QStringLiteral("Prox Persistance"), frmIntConfig);
-    MakeOptionArray(persistProx, optINTP, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 4);
+    MakeOptionArray(persistProx, optINTP, {{0, "1"}, {1, "4"}, {2, "8"}, {3, "16"}}, 2);
     ShpALSFlag = new Shape(frmIntConfig);
     ShpALSFlag->setToolTip(QStringLiteral("ALS interrupt flag (register 2, bit 3)"));
     ShpProxFlag = new Shape(frmIntConfig);
     ShpProxFlag->setToolTip(QStringLiteral("Proximity interrupt flag (register 2, bit 7)"));
-    auto* flags = new QHBoxLayout;
-    flags->addWidget(Caption(frmIntConfig, QStringLiteral("ALS flag")));
-    flags->addWidget(ShpALSFlag);
-    flags->addSpacing(8);
-    flags->addWidget(Caption(frmIntConfig, QStringLiteral("Prox flag")));
-    flags->addWidget(ShpProxFlag);
-    flags->addStretch(1);
+    // The flags stand beside the pin function, the two persistences share the row below.
+    auto* flags = new QGridLayout;
+    flags->setVerticalSpacing(2);
+    flags->setHorizontalSpacing(6);
+    flags->addWidget(Caption(frmIntConfig, QStringLiteral("ALS flag")), 0, 0);
+    flags->addWidget(ShpALSFlag, 0, 1);
+    flags->addWidget(Caption(frmIntConfig, QStringLiteral("Prox flag")), 1, 0);
+    flags->addWidget(ShpProxFlag, 1, 1);
+    ig->setVerticalSpacing(2);
     ig->addWidget(pin, 0, 0);
+    ig->addLayout(flags, 0, 1, Qt::AlignCenter);
     ig->addWidget(persistAls, 1, 0);
-    ig->addWidget(persistProx, 2, 0);
-    ig->addLayout(flags, 3, 0);
+    ig->addWidget(persistProx, 1, 1);
     cols.column(2)->addWidget(frmIntConfig);
 
     BuildLimits();
@@ -178,10 +183,28 @@ void frmLXM600::BuildLayout() {
     record.defaultFile = QStringLiteral("Data.txt");
     frmDataRecord = new RecordFrame(s_, record, this);
     cols.column(2)->addWidget(frmDataRecord);
+    cols.column(2)->addStretch(1);
 
-    // ---- column 3: the collection; single read, time base and graph go under the chart
+    // ---- column 2: the strip chart; under it what reads, paces and sums up its readings,
+    // then the collection
+    chart_ = new StripChart(s_, plot_, true, this);
+    cols.column(1)->addWidget(chart_, 1);
+    auto* under = new QHBoxLayout;
+    cols.column(1)->addLayout(under);
+    BuildCollection(under);
+    cols.column(1)->addWidget(frmCollect);
+    cols.Grow(1);
+    // Tight frames: on a laptop screen every row counts.
+    TightFrames(*this);
+    if (auto* mg = qobject_cast<QGridLayout*>(FrmMeasureDetails->layout())) mg->setVerticalSpacing(1);
+    // The compact view hides these for good: what stays beside them does not move.
+    KeepRoomWhenHidden({cmdCollect, Label17, txtReading2, txtReading3});
+}
+
+void frmLXM600::BuildCollection(QHBoxLayout* under) {
     Frame2 = new QGroupBox(QStringLiteral("Single Read"), this);
     auto* sg = new QGridLayout(Frame2);
+    sg->setVerticalSpacing(2);
     cmdReadAd = new QPushButton(QStringLiteral("Read AD"), Frame2);
     cmdReadAd->setToolTip(QStringLiteral("Reads the proximity and the ALS / IR data registers"));
     lblMeasurements[1] = Caption(Frame2, QStringLiteral("0"));
@@ -191,9 +214,10 @@ void frmLXM600::BuildLayout() {
     sg->addWidget(lblMeasurements[1], 1, 1);
     sg->addWidget(Caption(Frame2, QStringLiteral("ALS / IR")), 2, 0);
     sg->addWidget(lblMeasurements[2], 2, 1);
-    auto* small = new QHBoxLayout;
-    small->addWidget(Frame2);
+    sg->setRowStretch(3, 1);
+    under->addWidget(Frame2, 0, Qt::AlignTop);
 
+    auto* pace = new QVBoxLayout;
     frmTimeBase = new QGroupBox(QStringLiteral("Time Base"), this);
     auto* tb = new QHBoxLayout(frmTimeBase);
     Label3 = Caption(frmTimeBase, QStringLiteral("Interval mS"));
@@ -201,74 +225,81 @@ void frmLXM600::BuildLayout() {
     txtInterval->setToolTip(QStringLiteral("Operator Selected time between Measurement Triggers."));
     tb->addWidget(Label3, 1);
     tb->addWidget(txtInterval);
-    small->addWidget(frmTimeBase);
-
+    pace->addWidget(frmTimeBase);
     frmGraphSel = new QGroupBox(QStringLiteral("Graph"), this);
     MakeOptionArray(frmGraphSel, OptGraph, {{0, "Proximity"}, {1, "ALS/IR"}}, 2);
-    small->addWidget(frmGraphSel);
+    pace->addWidget(frmGraphSel);
+    pace->addStretch(1);
+    under->addLayout(pace);
 
+    FrmMeasureDetails = new MaxMinFrame(this);
+    under->addWidget(FrmMeasureDetails, 0, Qt::AlignTop);
+    under->addStretch(1);
+
+    // Three rows across the chart's width: the readings, the loop's timing, the commands.
     frmCollect = new QGroupBox(QStringLiteral("Data Collection"), this);
     auto* cg = new QGridLayout(frmCollect);
+    cg->setVerticalSpacing(2);
     Label16 = Caption(frmCollect, QStringLiteral("Proximity"));
-    txtReading = MakeBox(frmCollect, QString(), 90);
+    txtReading = MakeBox(frmCollect, QString(), 70);
     txtReading->setReadOnly(true);
     Label17 = Caption(frmCollect, QStringLiteral("Prox / ALS"));
-    txtReading2 = MakeBox(frmCollect, QString(), 60);
-    txtReading3 = MakeBox(frmCollect, QString(), 60);
+    txtReading2 = MakeBox(frmCollect, QString(), 50);
+    txtReading3 = MakeBox(frmCollect, QString(), 50);
     txtReading2->setReadOnly(true);
     txtReading3->setReadOnly(true);
-    txtADCRaw = MakeBox(frmCollect, QString(), 90);
+    txtADCRaw = MakeBox(frmCollect, QString(), 70);
     txtADCRaw->setReadOnly(true);
     Label6 = Caption(frmCollect, QStringLiteral("Measured Loop Time"));
-    txtTime1 = MakeBox(frmCollect, QString(), 90);
+    txtTime1 = MakeBox(frmCollect, QString(), 70);
     txtTime1->setReadOnly(true);
     lblLoop_Count = Caption(frmCollect);
     Label18 = Caption(frmCollect);
-    Label18->setWordWrap(true);
     cmdCollectData = new QPushButton(QStringLiteral("Collect Data Graphical Real Time Data"), frmCollect);
     cmdCollect = new QPushButton(QStringLiteral("Collect"), frmCollect);
     cmdStopData = new QPushButton(QStringLiteral("Stop Real Time"), frmCollect);
     cmdStopData->setEnabled(false);
     cmdAbort = new QPushButton(QStringLiteral("Abort"), frmCollect);
-    cg->addWidget(Label16, 0, 0);
-    cg->addWidget(txtReading, 0, 1, 1, 2);
-    cg->addWidget(Caption(frmCollect, QStringLiteral("ADC Reading")), 1, 0);
-    cg->addWidget(txtADCRaw, 1, 1, 1, 2);
-    cg->addWidget(Label17, 2, 0);
-    cg->addWidget(txtReading2, 2, 1);
-    cg->addWidget(txtReading3, 2, 2);
-    cg->addWidget(Label6, 3, 0);
-    cg->addWidget(txtTime1, 3, 1, 1, 2);
-    cg->addWidget(lblLoop_Count, 4, 0, 1, 3);
-    cg->addWidget(cmdCollectData, 5, 0, 1, 3);
-    cg->addWidget(cmdCollect, 6, 0);
-    cg->addWidget(cmdStopData, 6, 1);
-    cg->addWidget(cmdAbort, 6, 2);
-    cg->addWidget(Label18, 7, 0, 1, 3);
-    cols.column(2)->addWidget(frmCollect);
-
-    FrmMeasureDetails = new MaxMinFrame(this);
-    cols.column(2)->addWidget(FrmMeasureDetails);
-    cols.column(2)->addStretch(1);
-
-    // ---- column 2: the strip chart, with what chooses and paces its readings below it
-    chart_ = new StripChart(s_, plot_, true, this);
-    cols.column(1)->addWidget(chart_, 1);
-    cols.column(1)->addLayout(small);
-    cols.Grow(1);
-    // Tight frames: on a laptop screen every row counts.
-    TightFrames(*this);
+    auto* readings = new QHBoxLayout;
+    readings->setSpacing(6);
+    readings->addWidget(Label16);
+    readings->addWidget(txtReading);
+    readings->addSpacing(8);
+    readings->addWidget(Label17);
+    readings->addWidget(txtReading2);
+    readings->addWidget(txtReading3);
+    readings->addSpacing(8);
+    readings->addWidget(Caption(frmCollect, QStringLiteral("ADC Reading")));
+    readings->addWidget(txtADCRaw);
+    readings->addStretch(1);
+    auto* timing = new QHBoxLayout;
+    timing->setSpacing(6);
+    timing->addWidget(Label6);
+    timing->addWidget(txtTime1);
+    timing->addSpacing(8);
+    timing->addWidget(lblLoop_Count, 1);
+    timing->addWidget(Label18, 2);
+    auto* commands = new QHBoxLayout;
+    commands->setSpacing(6);
+    commands->addWidget(cmdCollectData);
+    commands->addWidget(cmdCollect);
+    commands->addWidget(cmdStopData);
+    commands->addWidget(cmdAbort);
+    commands->addStretch(1);
+    cg->addLayout(readings, 0, 0);
+    cg->addLayout(timing, 1, 0);
+    cg->addLayout(commands, 2, 0);
 }
 
 void frmLXM600::BuildLimits() {
     fraINT = new QGroupBox(QStringLiteral("Interrupt Limits"), this);
     auto* lg = new QGridLayout(fraINT);
     lg->setVerticalSpacing(2);
-    lg->addWidget(Caption(fraINT, QStringLiteral("Interrupt Limits Dec")), 0, 0, 1, 3);
-    lg->addWidget(Caption(fraINT, QStringLiteral("Lower")), 1, 1);
-    lg->addWidget(Caption(fraINT, QStringLiteral("Upper")), 1, 2);
+    lg->addWidget(Caption(fraINT, QStringLiteral("Interrupt Limits Dec")), 0, 0);
+    lg->addWidget(Caption(fraINT, QStringLiteral("Lower")), 0, 1);
+    lg->addWidget(Caption(fraINT, QStringLiteral("Upper")), 0, 2);
     const std::pair<int, const char*> windows[2] = {{0, "ALS / IR"}, {2, "Prox"}};
-    int row = 2;
+    int row = 1;
     for (const auto& [i, caption] : windows) {
         txtILow[i] = MakeBox(fraINT, QString(), 52);
         txtIHigh[i] = MakeBox(fraINT, QString(), 52);
@@ -277,11 +308,19 @@ void frmLXM600::BuildLimits() {
         lg->addWidget(txtIHigh[i], row, 2);
         ++row;
     }
-    for (int i = 0; i < 8; ++i) {
-        lblIlimitsformat[i] = Caption(fraINT);
-        lg->addWidget(lblIlimitsformat[i], row + i % 4, i < 4 ? 0 : 2, 1, i < 4 ? 2 : 1);
+    // Each window's format in two lines: its polarity, then its bits and range.
+    auto* formats = new QGridLayout;
+    formats->setVerticalSpacing(0);
+    for (int i = 0; i < 8; ++i) lblIlimitsformat[i] = Caption(fraINT);
+    for (int w = 0; w < 2; ++w) {
+        formats->addWidget(lblIlimitsformat[4 * w], 0, w);
+        auto* range = new QHBoxLayout;
+        range->setSpacing(8);
+        for (int k = 1; k < 4; ++k) range->addWidget(lblIlimitsformat[4 * w + k]);
+        range->addStretch(1);
+        formats->addLayout(range, 1, w);
     }
-    row += 4;
+    lg->addLayout(formats, row++, 0, 1, 4);
     cmdWrtILimits = new QPushButton(QStringLiteral("Write Limits"), fraINT);
     cmdReadILimits = new QPushButton(QStringLiteral("Read Limits"), fraINT);
     cmdALSClear = new QPushButton(QStringLiteral("Clear ALS INT"), fraINT);
@@ -299,18 +338,22 @@ void frmLXM600::BuildLimits() {
     ShpINt->setToolTip(QStringLiteral("Changes colour with every sample of the interrupt line"));
     chkPoll = Check(fraINT, QStringLiteral("Poll"));
     chkPoll->setToolTip(QStringLiteral("Reads the sensor every quarter second"));
-    lg->addWidget(cmdWrtILimits, row, 0, 1, 2);
-    lg->addWidget(cmdReadILimits, row, 2);
-    lg->addWidget(cmdALSClear, row + 1, 0, 1, 2);
-    lg->addWidget(cmdPIClear, row + 1, 2);
-    lg->addWidget(cmdSampleInternalIntrs, row + 2, 0, 1, 2);
-    lg->addWidget(chkPoll, row + 2, 2);
+    // Writing and reading the limits beside them, the clearing of the flags under them.
+    lg->addWidget(cmdWrtILimits, 1, 3);
+    lg->addWidget(cmdReadILimits, 2, 3);
+    auto* clear = new QHBoxLayout;
+    clear->addWidget(cmdALSClear);
+    clear->addWidget(cmdPIClear);
+    lg->addLayout(clear, row, 0, 1, 4);
     auto* line = new QHBoxLayout;
+    line->addWidget(cmdSampleInternalIntrs);
+    line->addWidget(chkPoll);
+    line->addSpacing(8);
     line->addWidget(cmdISamples);
     line->addWidget(ShpINTexternal);
     line->addWidget(ShpINt);
     line->addStretch(1);
-    lg->addLayout(line, row + 3, 0, 1, 3);
+    lg->addLayout(line, row + 1, 0, 1, 4);
 }
 
 }  // namespace lxm
