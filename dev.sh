@@ -36,12 +36,6 @@ test)
     configure build
     cmake --build build
     ctest --test-dir build --output-on-failure -j2
-    # The whole suite once more, in a tree of its own, under AddressSanitizer and UBSan with
-    # float-cast-overflow (which GCC's "undefined" leaves out). Any report fails the test.
-    configure build-asan -DLXM_SANITIZE=ON -DLXM_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug
-    cmake --build build-asan
-    echo "== the whole suite under AddressSanitizer and UndefinedBehaviorSanitizer"
-    UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --test-dir build-asan --output-on-failure -j2 -E package_contents
     # The script loader under libFuzzer for a minute, in a clang tree of its own; new inputs it
     # finds stay in build-fuzz, the seed corpus in fuzz/corpus.
     if command -v clang++ >/dev/null; then
@@ -57,6 +51,12 @@ test)
         fi
         tail -n 1 build-fuzz/fuzz.log
     fi
+    # The whole suite once more, in a tree of its own, under AddressSanitizer and UBSan with
+    # float-cast-overflow (which GCC's "undefined" leaves out). Any report fails the test.
+    configure build-asan -DLXM_SANITIZE=ON -DLXM_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug
+    cmake --build build-asan
+    echo "== the whole suite under AddressSanitizer and UndefinedBehaviorSanitizer"
+    UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --test-dir build-asan --output-on-failure -j2 -E package_contents
     ;;
 package)
     install_packages
