@@ -141,7 +141,7 @@ TEST_F(LoggingTest, TheDualModeLogsItsInfraredAndProximityPartsAndLeavesASaturat
     EXPECT_EQ(log.rows[3][4], "");
 }
 
-TEST_F(LoggingTest, ADetachEndsTheLogWithEveryRowTakenAndTheNextRunStartsAFreshFile) {
+TEST_F(LoggingTest, ADetachEndsTheLogWithEveryRowTaken) {
     Measure(5);
     LogTo(path);
     const auto passes = CollectPasses(100, [&](int n) {
@@ -152,6 +152,18 @@ TEST_F(LoggingTest, ADetachEndsTheLogWithEveryRowTakenAndTheNextRunStartsAFreshF
     EXPECT_EQ(log.rows.size(), passes.size());
     EXPECT_GE(log.rows.size(), 6u);
     EXPECT_EQ(messages.texts.filter("Logging").size(), 0);
+}
+
+TEST_F(LoggingTest, ClosingTheWindowDuringARunLeavesTheFileComplete) {
+    Measure(5);
+    LogTo(path);
+    const auto passes = CollectPasses(100, [&](int n) {
+        if (n == 4) form->close();
+    });
+    EXPECT_FALSE(session.Collecting);
+    EXPECT_EQ(ReadLog(path).rows.size(), passes.size());
+    form.reset();  // and once the form is gone, nothing is added or lost
+    EXPECT_EQ(ReadLog(path).rows.size(), passes.size());
 }
 
 TEST_F(LoggingTest, AReScaleRestartGoesOnInTheSameFile) {
