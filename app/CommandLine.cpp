@@ -309,8 +309,7 @@ std::string HelpText() {
            "  -h, --help         show this help and exit\n"
            "  --version          show the version and exit\n"
            "\n"
-           "Collecting without a window (the options are checked, but this build cannot collect\n"
-           "without a window yet: it says so and exits 2):\n"
+           "Collecting without a window (LXM410, LXM430, LXM450 and LXM470):\n"
            "  --collect TYPE     set the sensor up as the device form does, take samples until\n"
            "                     the end given below, and log every sample; TYPE is one of\n" +
            types +

@@ -23,28 +23,6 @@ void Print(std::FILE* f, const QString& text) {
     std::fflush(f);
 }
 
-// Messages of the transport (disconnect, not connected) go to the error stream.
-class StreamMessages final : public Messages {
-public:
-    explicit StreamMessages(std::FILE* err) : err_(err) {}
-    void MsgBox(const QString& text, const QString&) override {
-        Print(err_, QStringLiteral("lxmeval: ") + text + QLatin1Char('\n'));
-    }
-    bool Ask(const QString& text, const QString& title) override {
-        MsgBox(text, title);
-        return false;
-    }
-
-private:
-    std::FILE* err_;
-};
-
-class NoFileDialogs final : public FileDialogs {
-public:
-    std::optional<QString> OpenFile(const QString&, const QString&, const QString&) override { return {}; }
-    std::optional<QString> SaveFile(const QString&, const QString&, const QString&) override { return {}; }
-};
-
 class HeadlessObserver final : public scripts::RunObserver {
 public:
     HeadlessObserver(Terminal& terminal, std::FILE* out, std::FILE* err, int loops, int firstLine)
@@ -156,6 +134,15 @@ std::optional<std::string> StdinTerminal::ReadLine() {
     std::string line;
     if (!std::getline(std::cin, line)) return std::nullopt;
     return line;
+}
+
+void StreamMessages::MsgBox(const QString& text, const QString&) {
+    Print(err_, QStringLiteral("lxmeval: ") + text + QLatin1Char('\n'));
+}
+
+bool StreamMessages::Ask(const QString& text, const QString& title) {
+    MsgBox(text, title);
+    return false;
 }
 
 int RunScriptHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, Terminal& terminal,

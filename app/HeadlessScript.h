@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/CommandLine.h"
+#include "core/Seams.h"
 
 namespace lxm {
 
@@ -26,6 +27,24 @@ class StdinTerminal final : public Terminal {
 public:
     bool Interactive() override;
     std::optional<std::string> ReadLine() override;
+};
+
+// Messages of a run without a window (a disconnect, a log that stopped) go to the error
+// stream; a question is answered No, as nobody is there to answer it.
+class StreamMessages final : public Messages {
+public:
+    explicit StreamMessages(std::FILE* err) : err_(err) {}
+    void MsgBox(const QString& text, const QString& title = {}) override;
+    bool Ask(const QString& text, const QString& title = {}) override;
+
+private:
+    std::FILE* err_;
+};
+
+class NoFileDialogs final : public FileDialogs {
+public:
+    std::optional<QString> OpenFile(const QString&, const QString&, const QString&) override { return {}; }
+    std::optional<QString> SaveFile(const QString&, const QString&, const QString&) override { return {}; }
 };
 
 // Runs the script of the command line without any window: opens the board as a type selection

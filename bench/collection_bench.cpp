@@ -2,8 +2,10 @@
 // closely passes keep their time, and the sample rate against bare register reads.
 #include <benchmark/benchmark.h>
 
+#include <QCheckBox>
 #include <QLineEdit>
 #include <QRadioButton>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <cmath>
@@ -12,6 +14,7 @@
 
 #include "core/Seams.h"
 #include "device/frmLXM410.h"
+#include "device/parts/RecordFrame.h"
 #include "simboard/SimBoard.h"
 #include "simboard/SimDriver.h"
 #include "transport/Session.h"
@@ -100,6 +103,22 @@ void BM_CollectionPass(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_CollectionPass)->UseManualTime()->Iterations(5)->Unit(benchmark::kMicrosecond);
+
+// The same pass with "Log every sample" on: the row, its share of the once-a-second write and
+// the hooks that gather it, against BM_CollectionPass.
+void BM_CollectionPassLogged(benchmark::State& state) {
+    QTemporaryDir dir;
+    Bench b(0, "0");
+    b.form->frmDataRecord->SetLogFile(dir.filePath(QStringLiteral("bench.csv")));
+    b.form->frmDataRecord->chkLogAll->setChecked(true);
+    for (auto _ : state) {
+        const auto log = b.Run(kFullWidthFrom + 500);
+        const double perPass =
+            double(log.back().endUs - log[kFullWidthFrom].endUs) / double(log.size() - 1 - kFullWidthFrom);
+        state.SetIterationTime(perPass / 1e6);
+    }
+}
+BENCHMARK(BM_CollectionPassLogged)->UseManualTime()->Iterations(5)->Unit(benchmark::kMicrosecond);
 
 // Interval 8 ms, 500 passes, board latency of one USB frame per transfer. The margins let a
 // continuous pass go 3 ms before its deadline (its transfers then end near the deadline), so

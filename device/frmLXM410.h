@@ -138,6 +138,8 @@ public:
 
     RegisterPanel& panel() { return *panel_; }
     StripChart& chart() { return *chart_; }
+    // "Log every sample" of the run under way; closed between runs.
+    const SampleLog& sampleLog() const;
 
     // ======== controls ========
     // The status strip's frame frmMode (no caption) and "USB COMM".
@@ -328,6 +330,7 @@ private:
     void StartCollection();
     bool SamplePass();
     void EndCollection();
+    LoggedSample LoggedPass() const;
 
     frmScriptOps* script_ = nullptr;
     StripChart* chart_ = nullptr;

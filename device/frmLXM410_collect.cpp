@@ -8,6 +8,9 @@
 #include <QPushButton>
 #include <QRadioButton>
 
+#include <cmath>
+#include <limits>
+
 #include "acquisition/PictureBox.h"
 #include "acquisition/Rescale.h"
 #include "core/ServedWait.h"
@@ -41,6 +44,45 @@ void frmLXM410::WireCollection() {
         if (txtReading->text() != text) txtReading->setText(text);
     };
     h.end = [this] { EndCollection(); };
+    WireLog(
+        *loop_, *frmDataRecord,
+        [this](SampleLogHeader& header) {
+            header.rangeLux = RangeTable[std::size_t(RangeIndex)];
+            header.lux = ShowLux;
+            header.dual = MeasureProxIrDual;
+            for (const auto& [i, option] : OptMeasure)
+                if (option->isChecked()) header.measurement = option->text();
+        },
+        [this] { return LoggedPass(); });
+}
+
+namespace {
+std::optional<std::int64_t> CountIn(const QLineEdit* box) {
+    bool numeric = false;
+    const double v = box->text().trimmed().toDouble(&numeric);
+    if (!numeric || !(std::abs(v) < 9e18)) return std::nullopt;
+    return std::int64_t(v);
+}
+}  // namespace
+
+// The dual mode's difference, IR and proximity are logged as the sequence left them; a part
+// that was not a number stays empty rather than repeating the last one.
+LoggedSample frmLXM410::LoggedPass() const {
+    LoggedSample row;
+    row.value = LatestReading;
+    if (MeasureProxIrDual) {
+        row.raw = CountIn(txtProx_IR.at(6));
+        if (!row.raw) row.value = std::numeric_limits<double>::quiet_NaN();
+        row.ir = CountIn(txtProx_IR.at(5));
+        row.prox = CountIn(txtProx_IR.at(4));
+    } else {
+        row.raw = CountIn(txtADCRaw);
+    }
+    return row;
+}
+
+const SampleLog& frmLXM410::sampleLog() const {
+    return loop_->log();
 }
 
 void frmLXM410::cmdCollectData_Click() {

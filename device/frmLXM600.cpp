@@ -63,6 +63,20 @@ frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session
     h.plotRows = [this] { PlotRows(); };
     h.showReading = [this] { ShowReading(); };
     h.end = [this] { EndRun(); };
+    WireLog(
+        *loop_, *frmDataRecord,
+        [this](SampleLogHeader& header) {
+            header.rangeLux = RangeTable[std::size_t(RangeIndex)];
+            header.lux = AlsSample();
+            for (const auto& [i, option] : OptMMode)
+                if (option->isChecked()) header.measurement = option->text();
+        },
+        [this] {
+            LoggedSample row;
+            row.raw = TraceEnable1 == 255 ? ProxCount600 : AlsIrCount600;
+            row.value = run_.LatestReading;
+            return row;
+        });
     WireHandlers();
 }
 

@@ -42,7 +42,13 @@ void MakeLiveValue(QLabel* label) {
 }
 
 PacedCollection::PacedCollection(Session& session, CollectionState& state, PlotState& plot, Controls controls)
-    : s_(session), st_(state), plot_(plot), c_(controls) {}
+    : s_(session),
+      st_(state),
+      plot_(plot),
+      c_(controls),
+      log_(session.clock, [this](const QString& path, const QString& reason) {
+          s_.messages.MsgBox(SampleLogErrorMessage(path, reason));
+      }) {}
 
 void PacedCollection::Run() {
     if (depth_ > 0) {
@@ -80,6 +86,7 @@ void PacedCollection::Start() {
     std::fill(st_.SampleValues.begin(), st_.SampleValues.end(), 1.0);
     std::fill(st_.SampleValues2.begin(), st_.SampleValues2.end(), 1.0);
     st_.maxMinPanel.Reset();
+    st_.stats.Reset();
     st_.CountMax = st_.maxMinPanel.countMax();
     st_.CountMin = st_.maxMinPanel.countMin();
     st_.MaxMinCounter = 0;
@@ -90,6 +97,18 @@ void PacedCollection::Start() {
     st_.PassStartUs = s_.clock.Micros();
     st_.DeadlineUs = st_.PassStartUs + std::int64_t(st_.IntervalMs) * kMs;
     if (!s_.SessionOpen) s_.usb().OpenDevice();
+    // A re-scale's restart goes on in the same file; replacing it would lose the run so far.
+    if (s_.Collecting && !log_.IsOpen()) OpenLog();
+}
+
+// A log that cannot be opened has said why; the collection runs without it.
+void PacedCollection::OpenLog() {
+    if (!hooks.logPath) return;
+    const QString path = hooks.logPath();
+    if (path.isEmpty()) return;
+    SampleLogHeader header = hooks.logHeader();
+    header.intervalMs = st_.IntervalMs;
+    log_.Open(path, header);
 }
 
 // The margins are those of a millisecond timer; the deadline is kept in microseconds and the
@@ -98,7 +117,11 @@ void PacedCollection::Start() {
 void PacedCollection::PaceToDeadline() {
     st_.PacedDeadlineUs = st_.DeadlineUs;
     if (s_.clock.Micros() < st_.DeadlineUs - kReleaseMarginUs)
-        ServedWait(s_, s_.clock, st_.DeadlineUs - kSleepMarginUs, [this] { return s_.Collecting; });
+        ServedWait(s_, s_.clock, st_.DeadlineUs - kSleepMarginUs, [this] {
+            // A long interval still gets its rows to the disk within the second.
+            if (log_.IsOpen()) log_.FlushIfDue();
+            return s_.Collecting;
+        });
     st_.PassReleasedUs = s_.clock.Micros();
 }
 
@@ -138,7 +161,10 @@ void PacedCollection::Pass() {
 
     if (s_.TransferDeferred) RefreshRegisters();
     // A board pulled during the refresh has ended the run; its message has been given.
-    if (s_.Collecting && !hooks.sample()) return;
+    if (s_.Collecting) {
+        if (!hooks.sample()) return;
+        if (log_.IsOpen()) log_.Append(hooks.logSample());
+    }
 
     // A run stopped during this pass draws nothing more: "Clear Graph" may already have
     // restored the picture.
@@ -186,6 +212,7 @@ void PacedCollection::End() {
     s_.TransferBusy = false;
     if (!s_.SessionOpen) s_.usb().CloseDevice();
     st_.CollectAbort = false;
+    if (!restartPending_) log_.Close();
     if (hooks.end) hooks.end();
 }
 

@@ -6,6 +6,8 @@
 
 #include "acquisition/Conversion.h"
 #include "acquisition/PlotState.h"
+#include "acquisition/RunningStats.h"
+#include "acquisition/SampleLog.h"
 
 class QLabel;
 class QLineEdit;
@@ -33,6 +35,7 @@ struct CollectionState {
     std::int32_t CountMin = 9999999;
     int MaxMinCounter = 0;
     MaxMinPanel maxMinPanel;  // CountMax, CountMin and MaxMinCounter mirror it
+    RunningStats stats;       // of the readings since Start or "Clear"
     // Pacing, in clock microseconds: the deadline of the next pass, the end of the previous
     // pass (for the measured loop time), and for the pass under way the deadline it was
     // paced against and the moment the pacing let it go.
@@ -69,6 +72,11 @@ public:
         std::function<void()> plotRows;     // the newest point's rows, once per drawn pass
         std::function<void()> showReading;  // the live value, every pass
         std::function<void()> end;          // the form's own end steps
+        // "Log every sample": the file to log to (empty: no log), what its header records,
+        // and the sample of the pass as it goes to the file.
+        std::function<QString()> logPath;
+        std::function<SampleLogHeader()> logHeader;
+        std::function<LoggedSample()> logSample;
     };
 
     PacedCollection(Session& session, CollectionState& state, PlotState& plot, Controls controls);
@@ -81,6 +89,8 @@ public:
     // from inside a run (a re-scale restarts collection from one of its yields) it asks the
     // running loop to start over once it has ended, rather than nesting a second loop.
     void Run();
+    // The log of the run under way (closed between runs).
+    const SampleLog& log() const { return log_; }
 
 private:
     void Start();
@@ -89,6 +99,7 @@ private:
     void RefreshRegisters();
     void DrawStep();
     void End();
+    void OpenLog();
 
     Session& s_;
     CollectionState& st_;
@@ -96,6 +107,7 @@ private:
     Controls c_;
     int depth_ = 0;
     bool restartPending_ = false;
+    SampleLog log_;
 };
 
 // For the values rewritten on every pass. A transparent box repaints the frame around it with

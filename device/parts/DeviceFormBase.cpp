@@ -93,6 +93,22 @@ void DeviceFormBase::WireRefresh(PacedCollection& loop, std::function<void()> af
     };
 }
 
+void DeviceFormBase::WireLog(PacedCollection& loop, RecordFrame& frame,
+                             std::function<void(SampleLogHeader&)> describe,
+                             std::function<LoggedSample()> sample) {
+    loop.hooks.logPath = [&frame] { return frame.LogPath(); };
+    loop.hooks.logHeader = [this, describe = std::move(describe)] {
+        SampleLogHeader h;
+        h.sensor = QString::fromStdString(s_.SelectedType);
+        // As the register panel shows them once Start has written them.
+        h.reg0 = std::uint8_t(txtRegHex(0)->text().trimmed().toUInt(nullptr, 16));
+        h.reg1 = std::uint8_t(txtRegHex(1)->text().trimmed().toUInt(nullptr, 16));
+        describe(h);
+        return h;
+    };
+    loop.hooks.logSample = std::move(sample);
+}
+
 void DeviceFormBase::RecordRun(RecordFrame& frame, const std::int32_t& sampleCount,
                                const std::vector<double>& samples, QLineEdit* interval, QPushButton* collect,
                                QLabel* result) {

@@ -13,6 +13,9 @@ class QPushButton;
 
 namespace lxm {
 
+struct LoggedSample;
+struct SampleLogHeader;
+
 class InterruptSampler;
 class PacedCollection;
 class RecordFrame;
@@ -66,6 +69,10 @@ protected:
     void WireRefresh(PacedCollection& loop, std::function<void()> afterward);
     void RecordRun(RecordFrame& frame, const std::int32_t& sampleCount, const std::vector<double>& samples,
                    QLineEdit* interval, QPushButton* collect, QLabel* result);
+    // "Log every sample" of the frame for the loop: the header gets the sensor and registers 0
+    // and 1 from here, the interval from the loop, the rest (range, unit, mode) from describe.
+    void WireLog(PacedCollection& loop, RecordFrame& frame, std::function<void(SampleLogHeader&)> describe,
+                 std::function<LoggedSample()> sample);
     // The form's own unload steps, run when it closes.
     virtual void Form_Unload() {}
 

@@ -23,10 +23,36 @@ MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(QStringLiteral("Max / Min"
     txtADMax[7] = MakeBox(this, QString(), 56);
     txtADMax[6]->hide();
     txtADMax[7]->hide();
+    // The statistics in a column of their own beside the extremes, the window being shorter
+    // than it is wide.
+    static const char* kStatCaps[3] = {"N", "Mean", "SD"};
+    for (int r = 0; r < 3; ++r) {
+        mg->addWidget(new QLabel(QString::fromLatin1(kStatCaps[r]), this), r, 3);
+        txtStats[r] = MakeBox(this, QString(), 70);
+        txtStats[r]->setReadOnly(true);
+        mg->addWidget(txtStats[r], r, 4);
+    }
+    txtStats[0]->setToolTip(QStringLiteral("Readings since Start or \"Clear\""));
+    txtStats[1]->setToolTip(QStringLiteral("Mean of the readings since Start or \"Clear\""));
+    txtStats[2]->setToolTip(QStringLiteral("Standard deviation of the readings since Start or \"Clear\""));
     Label37 = new QLabel(QStringLiteral("Max Min Count"), this);
     cmdClearHist = new QPushButton(QStringLiteral("Clear"), this);
     mg->addWidget(Label37, 3, 0, 1, 2);
     mg->addWidget(cmdClearHist, 3, 2);
+}
+
+std::array<QString, 3> StatsTexts(const RunningStats& stats) {
+    std::array<QString, 3> t;
+    t[0] = QString::number(stats.Count());
+    if (stats.Count() >= 1) t[1] = QString::number(stats.Mean(), 'g', 6);
+    if (stats.Count() >= 2) t[2] = QString::number(stats.StdDev(), 'g', 6);
+    return t;
+}
+
+void MaxMinFrame::ShowStats(const RunningStats& stats) {
+    const auto texts = StatsTexts(stats);
+    for (int i = 0; i < 3; ++i)
+        if (txtStats.at(i)->text() != texts[std::size_t(i)]) txtStats.at(i)->setText(texts[std::size_t(i)]);
 }
 
 void MaxMinFrame::Update(CollectionState& st, const QString& rawText, std::uint8_t low, std::uint8_t high) {
@@ -37,17 +63,21 @@ void MaxMinFrame::Update(CollectionState& st, const QString& rawText, std::uint8
     const auto& texts = st.maxMinPanel.texts();
     for (int i = 0; i < kPanelTexts; ++i)
         if (txtADMax.at(i)->text() != texts[i]) txtADMax.at(i)->setText(texts[i]);
+    st.stats.Add(st.LatestReading);
+    ShowStats(st.stats);
 }
 
 void MaxMinFrame::Clear(CollectionState& st) {
     st.maxMinPanel.Clear();
     st.CountMax = st.maxMinPanel.countMax();
     st.CountMin = st.maxMinPanel.countMin();
+    st.stats.Reset();
     Empty();
 }
 
 void MaxMinFrame::Empty() {
     for (int i = 0; i < kPanelTexts; ++i) txtADMax.at(i)->clear();
+    for (int i = 0; i < 3; ++i) txtStats.at(i)->clear();
 }
 
 }  // namespace lxm

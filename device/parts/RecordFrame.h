@@ -46,9 +46,19 @@ public:
     QCheckBox* chkAppend = nullptr;
     QPushButton* cmdStartRec = nullptr;
 
+    // "Log every sample": each sample of a collection goes to its own CSV file as it is taken,
+    // apart from the block "Write to Disk" writes after the run. Checking it asks for the file.
+    void chkLogAll_Click();
+    void SetLogFile(const QString& path);
+    // The file to log the next collection to; empty when logging is off.
+    QString LogPath() const;
+
+    QCheckBox* chkLogAll = nullptr;
+
 private:
     Session& s_;
     RecordCaptions captions_;
+    QString logPath_;
 };
 
 // What a device form records: its readings and the texts of its header.

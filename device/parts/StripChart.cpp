@@ -8,9 +8,11 @@
 
 #include <algorithm>
 
+#include "acquisition/ChartPicture.h"
 #include "acquisition/GraphDrawing.h"
 #include "acquisition/ModWaveform_ALS.h"
 #include "acquisition/PictureBox.h"
+#include "acquisition/Recording.h"  // the file dialog's filter and extension
 #include "acquisition/Rescale.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
@@ -50,6 +52,8 @@ StripChart::StripChart(Session& session, PlotState& plot, bool withTestTrace, QW
         QStringLiteral("Updates Graph Scaling based on value enter into the \"Scale Max\" entry box."));
     cmdSaveScreen = new QPushButton(QStringLiteral("Save Screen"), this);
     cmdRestoreScreen = new QPushButton(QStringLiteral("Clear Graph"), this);
+    cmdSavePicture = new QPushButton(QStringLiteral("Save Picture"), this);
+    cmdSavePicture->setToolTip(QStringLiteral("Saves the graph with its scale as a PNG picture file."));
     // Scale boxes in one row and the buttons in another under the chart, the swatch at the end.
     auto* scaleRow = new QHBoxLayout;
     scaleRow->addWidget(lblScaleCaption);
@@ -59,6 +63,12 @@ StripChart::StripChart(Session& session, PlotState& plot, bool withTestTrace, QW
     scaleRow->addWidget(Picture3);
     auto* buttonRow = new QHBoxLayout;
     for (QPushButton* b : {cmdScale, cmdAutoScale, cmdSaveScreen, cmdRestoreScreen}) buttonRow->addWidget(b);
+    // "Save Picture" beside "Save Screen", unless "Draw Trace" fills that row: then under it,
+    // where the growing chart gives up the height.
+    if (withTestTrace)
+        gg->addWidget(cmdSavePicture, 3, 0, Qt::AlignLeft);
+    else
+        buttonRow->insertWidget(3, cmdSavePicture);
     gg->addLayout(scaleRow, 1, 0, 1, 4);
     gg->addLayout(buttonRow, 2, 0, 1, 4);
     if (withTestTrace) {
@@ -68,6 +78,7 @@ StripChart::StripChart(Session& session, PlotState& plot, bool withTestTrace, QW
         connect(cmdDrawTrace, &QPushButton::clicked, this, [this] { DrawTrace(); });
     }
     connect(cmdSaveScreen, &QPushButton::clicked, this, [this] { SaveScreen(); });
+    connect(cmdSavePicture, &QPushButton::clicked, this, [this] { SavePicture(); });
     buttonRow->addStretch(1);
     gg->setRowStretch(0, 1);
     // Buttons that hide while they work keep their room, so nothing moves under the pointer.
@@ -134,6 +145,18 @@ void StripChart::SaveScreen() {
     cmdSaveScreen->hide();
     ModWaveform_ALS::SaveGraphBackground(*Picture1, plot_);
     cmdSaveScreen->show();
+}
+
+void StripChart::SavePicture() {
+    const auto chosen = s_.files.SaveFile(QStringLiteral("Save Picture"), QString(),
+                                          DialogFilter(QStringLiteral("PNG Pictures (*.png)|*.png")));
+    if (!chosen || chosen->isEmpty()) return;
+    const QString path = WithDefaultExtension(*chosen, QStringLiteral("*.png"));
+    const QString reason = SavePng(ChartPicture(*Picture2, *Picture1), path);
+    if (!reason.isEmpty())
+        s_.messages.MsgBox(QStringLiteral("Could not save the picture to \"") + path +
+                           QStringLiteral("\": ") + reason +
+                           QStringLiteral(". Click \"Save Picture\" again and choose another file."));
 }
 
 void StripChart::RestoreScreen(QPushButton* start, QPushButton* stop) {

@@ -35,6 +35,7 @@ public:
     QPushButton* cmdScale = nullptr;
     QPushButton* cmdSaveScreen = nullptr;
     QPushButton* cmdRestoreScreen = nullptr;
+    QPushButton* cmdSavePicture = nullptr;
     QPushButton* cmdDrawTrace = nullptr;  // only withTestTrace
 
     // Form load: both scales from max and min (the plot's top from the right-hand one), the
@@ -48,6 +49,8 @@ public:
     void AutoScale(std::span<const double> samples, std::int32_t sampleCount, bool signedCase,
                    const std::function<void()>& restart);
     void SaveScreen();
+    // The graph with its labels as a PNG file chosen in the file dialog.
+    void SavePicture();
     // "Clear Graph": ends a running collection first, with the form's Start and Stop buttons
     // out of reach until the picture is clear.
     void RestoreScreen(QPushButton* start, QPushButton* stop);

@@ -1,0 +1,87 @@
+#!/bin/sh
+# The built program collecting with no window, the way a bench script starts it: no display,
+# standard input and error not terminals. Its output is captured and shown only on a failure.
+# Usage: headless_collect_test.sh path/to/lxmeval
+bin="$1"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failed=0
+cr=$(printf '\r')
+
+fail() {
+    echo "FAIL ($case): $*"
+    echo "  stderr:"; sed -e 's/^/    /' "$work/err"
+    failed=1
+}
+# run EXPECTED_EXIT ARGS...
+run() {
+    expect=$1; shift
+    env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM "$bin" "$@" >"$work/out" 2>"$work/err" </dev/null
+    rc=$?
+    [ "$rc" = "$expect" ] || fail "exit status $rc, expected $expect"
+}
+has() { grep -qF -- "$2" "$1" || fail "$1 lacks: $2"; }
+# rows FILE: the sample rows of a log (after the "#" lines and the column names).
+rows() { grep -v '^#' "$1" | tail -n +2 | wc -l | tr -d ' '; }
+# A log is well formed: "#" lines, then the column names, then rows of the column count.
+well_formed() {
+    awk -F, -v cols="$2" '
+        /^#/ { if (seen) bad = "a # line after the columns"; next }
+        !seen { seen = 1; if ($0 != cols "\r") bad = "column row: " $0; next }
+        { if (NF != split(cols, c, ",")) bad = "row " NR ": " $0 }
+        END { if (!seen) bad = "no column row"; if (bad) { print bad; exit 1 } }' "$1" ||
+        fail "$1 is not well formed"
+}
+
+case="als for a number of samples"
+run 0 --collect als-cont --output "$work/als.csv" --samples 50 --interval 0 --simulate
+[ "$(rows "$work/als.csv")" = 50 ] || fail "$(rows "$work/als.csv") rows, expected 50"
+well_formed "$work/als.csv" "time,seconds,sample,raw,value,unit"
+has "$work/als.csv" "# sensor: LXM410"
+has "$work/als.csv" "# interval: 0 ms"
+grep -q ",lux$cr\$" "$work/als.csv" || fail "no lux rows"
+[ ! -s "$work/out" ] || fail "stdout should be empty"
+grep -q 'samples, ' "$work/err" && fail "a progress line on a stderr that is no terminal"
+
+case="the dual mode with range and resolution on another sensor"
+run 0 --collect prox-ir --output "$work/dual.csv" --samples 12 --sensor LXM430 --range 4000 \
+    --resolution 12 --interval 5 --simulate
+[ "$(rows "$work/dual.csv")" = 12 ] || fail "$(rows "$work/dual.csv") rows, expected 12"
+well_formed "$work/dual.csv" "time,seconds,sample,raw,value,unit,ir,prox"
+has "$work/dual.csv" "# sensor: LXM430"
+has "$work/dual.csv" "# range: 4000 lux"
+has "$work/dual.csv" "# interval: 5 ms"
+
+case="a duration"
+run 0 --collect ir-cont --output "$work/ir.csv" --duration 0.5 --interval 20 --simulate
+n=$(rows "$work/ir.csv")
+[ "$n" -ge 5 ] && [ "$n" -le 40 ] || fail "$n rows in half a second at 20 ms"
+grep -q ",counts$cr\$" "$work/ir.csv" || fail "no counts rows"
+
+case="SIGTERM ends the run with the file complete"
+env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM "$bin" --collect als-cont --output "$work/term.csv" \
+    --interval 10 --simulate >"$work/out" 2>"$work/err" </dev/null &
+pid=$!
+i=0
+while [ "$(rows "$work/term.csv" 2>/dev/null || echo 0)" -lt 3 ] && [ $i -lt 100 ]; do sleep 0.1; i=$((i + 1)); done
+kill -TERM $pid
+wait $pid
+rc=$?
+[ "$rc" = 0 ] || fail "exit status $rc after SIGTERM, expected 0"
+well_formed "$work/term.csv" "time,seconds,sample,raw,value,unit"
+[ "$(rows "$work/term.csv")" -ge 3 ] || fail "rows were lost"
+has "$work/err" "stopped by signal"
+
+case="no board"
+run 2 --collect als --output "$work/none.csv" --samples 5
+[ ! -e "$work/none.csv" ] || fail "a log without a board"
+
+case="bad arguments"
+run 2 --collect als-cont --output "$work/x.csv" --samples 5 --range 500 --simulate
+run 2 --collect als-cont --samples 5 --simulate
+
+case="a log that cannot be written"
+run 2 --collect als-cont --output "$work/no/such/dir.csv" --samples 5 --simulate
+has "$work/err" "$work/no/such/dir.csv"
+
+exit $failed
