@@ -182,6 +182,7 @@ void frmLXM600::BuildLayout() {
     record.filter = QStringLiteral("All Files (*.*)|*.*|LXM20x Data Files(*.txt)|*.txt");
     record.defaultFile = QStringLiteral("Data.txt");
     frmDataRecord = new RecordFrame(s_, record, this);
+    frmDataRecord->LogOnItsOwnRow();
     cols.column(2)->addWidget(frmDataRecord);
     cols.column(2)->addStretch(1);
 
@@ -215,7 +216,11 @@ void frmLXM600::BuildCollection(QHBoxLayout* under) {
     sg->addWidget(Caption(Frame2, QStringLiteral("ALS / IR")), 2, 0);
     sg->addWidget(lblMeasurements[2], 2, 1);
     sg->setRowStretch(3, 1);
-    under->addWidget(Frame2, 0, Qt::AlignTop);
+    auto* single = new QVBoxLayout;
+    single->addWidget(Frame2);
+    single->addWidget(chart_->cmdDrawTrace);
+    single->addStretch(1);
+    under->addLayout(single);
 
     auto* pace = new QVBoxLayout;
     frmTimeBase = new QGroupBox(QStringLiteral("Time Base"), this);
@@ -227,7 +232,7 @@ void frmLXM600::BuildCollection(QHBoxLayout* under) {
     tb->addWidget(txtInterval);
     pace->addWidget(frmTimeBase);
     frmGraphSel = new QGroupBox(QStringLiteral("Graph"), this);
-    MakeOptionArray(frmGraphSel, OptGraph, {{0, "Proximity"}, {1, "ALS/IR"}}, 2);
+    MakeOptionArray(frmGraphSel, OptGraph, {{0, "Proximity"}, {1, "ALS/IR"}}, 1);
     pace->addWidget(frmGraphSel);
     pace->addStretch(1);
     under->addLayout(pace);

@@ -14,8 +14,8 @@ MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(QStringLiteral("Max / Min"
     static const char* kMaxCaps[3] = {"Max", "Min", "Now"};
     for (int r = 0; r < 3; ++r) {
         mg->addWidget(new QLabel(QString::fromLatin1(kMaxCaps[r]), this), r, 0);
-        txtADMax[2 * r] = MakeBox(this, QString(), 70);
-        txtADMax[2 * r + 1] = MakeBox(this, QString(), 56);
+        txtADMax[2 * r] = MakeBox(this, QString(), 62);
+        txtADMax[2 * r + 1] = MakeBox(this, QString(), 48);
         mg->addWidget(txtADMax[2 * r], r, 1);
         mg->addWidget(txtADMax[2 * r + 1], r, 2);
     }
@@ -28,7 +28,7 @@ MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(QStringLiteral("Max / Min"
     static const char* kStatCaps[3] = {"N", "Mean", "SD"};
     for (int r = 0; r < 3; ++r) {
         mg->addWidget(new QLabel(QString::fromLatin1(kStatCaps[r]), this), r, 3);
-        txtStats[r] = MakeBox(this, QString(), 70);
+        txtStats[r] = MakeBox(this, QString(), 62);
         txtStats[r]->setReadOnly(true);
         mg->addWidget(txtStats[r], r, 4);
     }
@@ -37,8 +37,8 @@ MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(QStringLiteral("Max / Min"
     txtStats[2]->setToolTip(QStringLiteral("Standard deviation of the readings since Start or \"Clear\""));
     Label37 = new QLabel(QStringLiteral("Max Min Count"), this);
     cmdClearHist = new QPushButton(QStringLiteral("Clear"), this);
-    mg->addWidget(Label37, 3, 0, 1, 2);
-    mg->addWidget(cmdClearHist, 3, 2);
+    mg->addWidget(Label37, 3, 0, 1, 3);
+    mg->addWidget(cmdClearHist, 3, 3, 1, 2);
 }
 
 std::array<QString, 3> StatsTexts(const RunningStats& stats) {

@@ -34,6 +34,7 @@ RecordFrame::RecordFrame(Session& session, RecordCaptions captions, QWidget* par
 
     chkLogAll = new QCheckBox(QStringLiteral("Log every sample"), this);
     g->addWidget(chkLogAll, 1, 2);
+    grid_ = g;
     SetLogFile(QString());
     // Turning the log on asks for its file; the last one is offered again.
     connect(chkLogAll, &QCheckBox::clicked, this, [this](bool on) {
@@ -110,6 +111,11 @@ void WriteMeasurements(Session& s, RecordFrame& frame, const MeasurementSource& 
         s.messages.MsgBox(FileErrorMessage(path, reason, QStringLiteral("The measurements are kept.")));
     }
     if (source.collectButton) source.collectButton->setEnabled(collectWasEnabled);
+}
+
+void RecordFrame::LogOnItsOwnRow() {
+    grid_->removeWidget(chkLogAll);
+    grid_->addWidget(chkLogAll, 2, 0, 1, 3);
 }
 
 }  // namespace lxm

@@ -9,6 +9,7 @@
 #include "acquisition/Recording.h"
 
 class QCheckBox;
+class QGridLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -54,9 +55,12 @@ public:
     QString LogPath() const;
 
     QCheckBox* chkLogAll = nullptr;
+    // For a narrow column: "Log every sample" on a row of its own under the others.
+    void LogOnItsOwnRow();
 
 private:
     Session& s_;
+    QGridLayout* grid_ = nullptr;
     RecordCaptions captions_;
     QString logPath_;
 };

@@ -63,18 +63,13 @@ StripChart::StripChart(Session& session, PlotState& plot, bool withTestTrace, QW
     scaleRow->addWidget(Picture3);
     auto* buttonRow = new QHBoxLayout;
     for (QPushButton* b : {cmdScale, cmdAutoScale, cmdSaveScreen, cmdRestoreScreen}) buttonRow->addWidget(b);
-    // "Save Picture" beside "Save Screen", unless "Draw Trace" fills that row: then under it,
-    // where the growing chart gives up the height.
-    if (withTestTrace)
-        gg->addWidget(cmdSavePicture, 3, 0, Qt::AlignLeft);
-    else
-        buttonRow->insertWidget(3, cmdSavePicture);
+    buttonRow->insertWidget(3, cmdSavePicture);
     gg->addLayout(scaleRow, 1, 0, 1, 4);
     gg->addLayout(buttonRow, 2, 0, 1, 4);
+    // The test staircase's button has no room in the button row; the form places it.
     if (withTestTrace) {
         cmdDrawTrace = new QPushButton(QStringLiteral("Draw Trace"), this);
         cmdDrawTrace->setToolTip(QStringLiteral("Draws a test staircase on the graph"));
-        buttonRow->addWidget(cmdDrawTrace);
         connect(cmdDrawTrace, &QPushButton::clicked, this, [this] { DrawTrace(); });
     }
     connect(cmdSaveScreen, &QPushButton::clicked, this, [this] { SaveScreen(); });
