@@ -29,11 +29,6 @@ constexpr int kExitUnusable = 2;
 constexpr int kWatchMs = 100;
 constexpr std::int64_t kProgressEveryUs = 250'000;
 
-void Print(std::FILE* f, const QString& text) {
-    std::fputs(text.toLocal8Bit().constData(), f);
-    std::fflush(f);
-}
-
 // The option of an array whose caption value is `wanted` in `values`, as the user clicks it.
 template <class Click>
 void Choose(CtlArray<QRadioButton>& options, const std::vector<int>& values, int wanted, Click click) {
@@ -59,20 +54,7 @@ int RunCollectHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, s
     StreamMessages messages(err);
     NoFileDialogs files;
     Session session(driver, messages, files, clock);
-    session.usb().InitDriver();
-    session.usb().OpenDevice();
-    if (!session.UsbConnected || !session.DeviceOpen) {
-        Print(err,
-              QStringLiteral("lxmeval: Evaluation Board is not connected, or another application is using "
-                             "it. Connect the board (or use --simulate) and run again.\n"));
-        session.usb().ShutdownUsb();
-        return kExitUnusable;
-    }
-    // As a type selection opens the form.
-    session.SessionOpen = true;
-    session.SelectedType = sensor;
-    session.I2cWriteAddr = 0x88;
-    session.I2cReadAddr = 0x89;
+    if (!OpenBoardHeadless(session, sensor, err)) return kExitUnusable;
 
     frmLXM410 form(session);
     form.Form_Load();

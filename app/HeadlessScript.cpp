@@ -18,11 +18,6 @@ constexpr int kExitPassed = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUnusable = 2;
 
-void Print(std::FILE* f, const QString& text) {
-    std::fputs(text.toLocal8Bit().constData(), f);
-    std::fflush(f);
-}
-
 class HeadlessObserver final : public scripts::RunObserver {
 public:
     HeadlessObserver(Terminal& terminal, std::FILE* out, std::FILE* err, int loops, int firstLine)
@@ -126,6 +121,28 @@ std::optional<scripts::LoadResult> LoadChecked(const QString& path, std::FILE* e
 
 }  // namespace
 
+void Print(std::FILE* f, const QString& text) {
+    std::fputs(text.toLocal8Bit().constData(), f);
+    std::fflush(f);
+}
+
+bool OpenBoardHeadless(Session& session, const std::string& type, std::FILE* err) {
+    session.usb().InitDriver();
+    session.usb().OpenDevice();
+    if (!session.UsbConnected || !session.DeviceOpen) {
+        Print(err,
+              QStringLiteral("lxmeval: Evaluation Board is not connected, or another application is using "
+                             "it. Connect the board (or use --simulate) and run again.\n"));
+        session.usb().ShutdownUsb();
+        return false;
+    }
+    session.SessionOpen = true;
+    session.SelectedType = type;
+    session.I2cWriteAddr = 0x88;
+    session.I2cReadAddr = 0x89;
+    return true;
+}
+
 bool StdinTerminal::Interactive() {
     return ::isatty(STDIN_FILENO) == 1;
 }
@@ -163,19 +180,7 @@ int RunScriptHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, Te
     StreamMessages messages(err);
     NoFileDialogs files;
     Session session(driver, messages, files, clock);
-    session.usb().InitDriver();
-    session.usb().OpenDevice();
-    if (!session.UsbConnected || !session.DeviceOpen) {
-        Print(err,
-              QStringLiteral("lxmeval: Evaluation Board is not connected, or another application is using "
-                             "it. Connect the board (or use --simulate) and run again.\n"));
-        session.usb().ShutdownUsb();
-        return kExitUnusable;
-    }
-    session.SessionOpen = true;
-    session.SelectedType = cl.sensor.value_or("LXM410");
-    session.I2cWriteAddr = 0x88;
-    session.I2cReadAddr = 0x89;
+    if (!OpenBoardHeadless(session, cl.sensor.value_or("LXM410"), err)) return kExitUnusable;
 
     HeadlessObserver observer(terminal, out, err, cl.loops, rows.front().line);
     scripts::ScriptRunner runner(session, observer);

@@ -47,6 +47,17 @@ public:
     std::optional<QString> SaveFile(const QString&, const QString&, const QString&) override { return {}; }
 };
 
+class Session;
+
+// Writes text to a stream in the locale's encoding and flushes it, so that progress and errors
+// appear at once even when the stream is a pipe.
+void Print(std::FILE* f, const QString& text);
+
+// Opens the board for a run without a window, as a type selection of `type` does (the session
+// holds it open, the sensor at 0x88/0x89). False, with the reason on `err` and the driver shut
+// down, when no board can be opened.
+bool OpenBoardHeadless(Session& session, const std::string& type, std::FILE* err);
+
 // Runs the script of the command line without any window: opens the board as a type selection
 // does, prints one line per row and the summary to `out`, progress and errors to `err`, and
 // returns the exit status (0 all compared reads passed, 1 a read failed or the run was
