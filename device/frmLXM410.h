@@ -107,8 +107,9 @@ public:
     double ConvertToLux(double counts) const;
 
     // ---- continuous collection (frmLXM410_collect.cpp)
-    void cmdCollectData_Click();
-    void cmdStopData_Click();
+    void cmdCollectData_Click() override;
+    void cmdStopData_Click() override;
+    CollectionState& collection() override { return *this; }
     void cmdClearHist_Click();
     void txtInterval_KeyPress(int KeyAscii);
     void txtInterval_LostFocus();
@@ -138,8 +139,6 @@ public:
 
     RegisterPanel& panel() { return *panel_; }
     StripChart& chart() { return *chart_; }
-    // "Log every sample" of the run under way; closed between runs.
-    const SampleLog& sampleLog() const;
 
     // ======== controls ========
     // The status strip's frame frmMode (no caption) and "USB COMM".

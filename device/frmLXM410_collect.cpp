@@ -81,10 +81,6 @@ LoggedSample frmLXM410::LoggedPass() const {
     return row;
 }
 
-const SampleLog& frmLXM410::sampleLog() const {
-    return loop_->log();
-}
-
 void frmLXM410::cmdCollectData_Click() {
     loop_->Run();
 }

@@ -67,8 +67,8 @@ public:
 
     // ---- reads and collection (frmLXM600_collect.cpp)
     void cmdReadAd_Click();
-    void cmdCollectData_Click();
-    void cmdStopData_Click();
+    void cmdCollectData_Click() override;
+    void cmdStopData_Click() override;
     void cmdAbort_Click();
     void cmdClearHist_Click();
     void OptGraph_Click(int Index);
@@ -92,7 +92,7 @@ public:
     RegisterPanel& panel() { return *panel_; }
     StatusStrip& strip() { return *strip_; }
     StripChart& chart() { return *chart_; }
-    CollectionState& collection() { return run_; }
+    CollectionState& collection() override { return run_; }
     PlotState& plot() { return plot_; }
 
     // ======== controls ========

@@ -96,6 +96,8 @@ void DeviceFormBase::WireRefresh(PacedCollection& loop, std::function<void()> af
 void DeviceFormBase::WireLog(PacedCollection& loop, RecordFrame& frame,
                              std::function<void(SampleLogHeader&)> describe,
                              std::function<LoggedSample()> sample) {
+    logged_ = &loop;
+    logFrame_ = &frame;
     loop.hooks.logPath = [&frame] { return frame.LogPath(); };
     loop.hooks.logHeader = [this, describe = std::move(describe)] {
         SampleLogHeader h;
@@ -107,6 +109,10 @@ void DeviceFormBase::WireLog(PacedCollection& loop, RecordFrame& frame,
         return h;
     };
     loop.hooks.logSample = std::move(sample);
+}
+
+const SampleLog& DeviceFormBase::sampleLog() const {
+    return logged_->log();
 }
 
 void DeviceFormBase::RecordRun(RecordFrame& frame, const std::int32_t& sampleCount,

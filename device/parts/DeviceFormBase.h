@@ -13,8 +13,10 @@ class QPushButton;
 
 namespace lxm {
 
+struct CollectionState;
 struct LoggedSample;
 struct SampleLogHeader;
+class SampleLog;
 
 class InterruptSampler;
 class PacedCollection;
@@ -57,6 +59,16 @@ public:
     bool IntLineActive() const;
     InterruptSampler& interruptSampler() { return *interrupts_; }
 
+    // The collection as a caller outside the form drives it (a run without a window): Start
+    // and Stop as their buttons run them, the loop's state with its pass hook and latest
+    // reading, the frame that names the "Log every sample" file, and the log of the run under
+    // way (closed between runs).
+    virtual void cmdCollectData_Click() = 0;
+    virtual void cmdStopData_Click() = 0;
+    virtual CollectionState& collection() = 0;
+    RecordFrame& dataRecord() const { return *logFrame_; }
+    const SampleLog& sampleLog() const;
+
     // Called once the form has closed (the program then ends).
     std::function<void()> onClosed;
 
@@ -84,6 +96,11 @@ protected:
     RegisterPanel* panel_ = nullptr;
     std::unique_ptr<ThresholdPanel> thresholds_;
     std::unique_ptr<InterruptSampler> interrupts_;
+
+private:
+    // What WireLog was given.
+    const PacedCollection* logged_ = nullptr;
+    RecordFrame* logFrame_ = nullptr;
 };
 
 }  // namespace lxm
