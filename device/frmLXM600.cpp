@@ -68,8 +68,12 @@ frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session
         [this](SampleLogHeader& header) {
             header.rangeLux = RangeTable[std::size_t(RangeIndex)];
             header.lux = AlsSample();
-            for (const auto& [i, option] : OptMMode)
-                if (option->isChecked()) header.measurement = option->text();
+            // The proximity trace is read whatever the ALS/IR mode says.
+            if (TraceEnable1 == 255)
+                header.measurement = OptGraph.at(0)->text();
+            else
+                for (const auto& [i, option] : OptMMode)
+                    if (option->isChecked()) header.measurement = option->text();
         },
         [this] {
             LoggedSample row;

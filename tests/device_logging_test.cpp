@@ -307,6 +307,8 @@ TEST_F(MultiFunctionLogging, OneRowPerPassWithTheProximityCount) {
     form->cmdCollectData_Click();
     const Log log = ReadLog(path);
     EXPECT_TRUE(log.header.contains("# sensor: LXM600"));
+    // The proximity trace, though the ALS/IR mode stands on "ALS".
+    EXPECT_TRUE(log.header.contains("# measurement: Proximity")) << log.header.join("|").toStdString();
     ASSERT_EQ(log.rows.size(), raws.size());
     for (std::size_t i = 0; i < raws.size(); ++i) {
         EXPECT_EQ(log.rows[i][3], raws[i]) << i;
