@@ -121,10 +121,12 @@ std::string CheckCollect(const CommandLine& cl, const CollectOptions& c, const s
                std::to_string(*c.rangeLux) + "'";
     const auto& bits = SensorResolutions(sensor);
     if (c.resolutionBits && bits.empty())
-        return "the " + sensor + " has a fixed resolution: leave out --resolution";
+        return "the " + sensor + " has a fixed resolution, which --resolution cannot change: leave it out";
     if (c.resolutionBits && std::find(bits.begin(), bits.end(), *c.resolutionBits) == bits.end())
         return "option --resolution needs " + Joined(bits) + " (bits) for " + sensor + ", not '" +
                std::to_string(*c.resolutionBits) + "'";
+    if (c.type->dual && sensor == "LXM600")
+        return "the LXM600 has no proximity-minus-IR mode: collect prox and ir in two runs instead";
     if (c.type->proximity && sensor == "LXM470")
         return std::string("the LXM470 has no proximity sensor: --collect ") + c.type->name +
                " needs another --sensor";
@@ -309,10 +311,13 @@ std::string HelpText() {
            "  -h, --help         show this help and exit\n"
            "  --version          show the version and exit\n"
            "\n"
-           "Collecting without a window (LXM410, LXM430, LXM450 and LXM470):\n"
+           "Collecting without a window:\n"
            "  --collect TYPE     set the sensor up as the device form does, take samples until\n"
            "                     the end given below, and log every sample; TYPE is one of\n" +
            types +
+           "                     The LXM600 converts continuously while a part is enabled:\n"
+           "                     als and als-cont (and ir and ir-cont, prox and prox-cont) set\n"
+           "                     it up alike; it has no prox-ir.\n"
            "  --output FILE.csv  the log (required), replaced if it exists: lines starting with\n"
            "                     \"#\" (sensor, measurement, registers 0 and 1, interval, range,\n"
            "                     start time), one line of column names, then one line per sample:\n"
@@ -326,8 +331,11 @@ std::string HelpText() {
            "  --samples N        stop after N samples (1 to 1000000000000)\n"
            "  --duration SECONDS stop after this many seconds (\"90\", \"0.5\"; at most 31 days)\n"
            "                     With neither, the collection runs until Ctrl-C.\n"
-           "  --range LUX        ALS range in lux: 1000, 4000, 16000 or 64000 (LXM600: 2000 or 125)\n"
-           "  --resolution BITS  ADC resolution: 16, 12, 8 or 4 (not for the LXM600)\n"
+           "  --range LUX        ALS range in lux: 1000, 4000, 16000 or 64000 (LXM600: 2000 or\n"
+           "                     125, default 2000; its lux are converted at 2000 whichever\n"
+           "                     range is set, so at 125 use the raw counts)\n"
+           "  --resolution BITS  ADC resolution: 16, 12, 8 or 4 (not for the LXM600, fixed at\n"
+           "                     12 bits)\n"
            "While collecting, a progress line (samples, rate, elapsed time, last value) goes to\n"
            "standard error when it is a terminal. Ctrl-C or SIGTERM ends the collection with the\n"
            "file complete.\n"

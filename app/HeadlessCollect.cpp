@@ -7,11 +7,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 #include "app/CollectControl.h"
 #include "app/HeadlessScript.h"
 #include "core/Seams.h"
 #include "device/frmLXM410.h"
+#include "device/frmLXM600.h"
+#include "device/parts/Collection.h"
 #include "device/parts/RecordFrame.h"
 #include "transport/Session.h"
 #include "transport/UsbDriver.h"
@@ -29,48 +32,73 @@ constexpr int kExitUnusable = 2;
 constexpr int kWatchMs = 100;
 constexpr std::int64_t kProgressEveryUs = 250'000;
 
-// The option of an array whose caption value is `wanted` in `values`, as the user clicks it.
+// An option of an array as the user clicks it.
 template <class Click>
-void Choose(CtlArray<QRadioButton>& options, const std::vector<int>& values, int wanted, Click click) {
-    const auto it = std::find(values.begin(), values.end(), wanted);
-    if (it == values.end()) return;
-    const int index = int(it - values.begin());
+void Select(CtlArray<QRadioButton>& options, int index, Click click) {
     options.at(index)->setChecked(true);
     click(index);
 }
 
-}  // namespace
+// The option whose caption value is `wanted` in `values` (the form's table for the array).
+template <class Values, class Click>
+void Choose(CtlArray<QRadioButton>& options, const Values& values, int wanted, Click click) {
+    const auto it = std::find(std::begin(values), std::end(values), wanted);
+    if (it != std::end(values)) Select(options, int(it - std::begin(values)), click);
+}
 
-int RunCollectHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, std::FILE* err,
-                       bool progress) {
-    const CollectOptions& opt = *cl.collect;
-    const std::string sensor = cl.sensor.value_or(SensorNames().front());
-    if (sensor == "LXM600") {
-        Print(err, QStringLiteral("lxmeval: --collect is for the LXM410, LXM430, LXM450 and LXM470; collect "
-                                  "from the LXM600 form instead.\n"));
-        return kExitUnusable;
-    }
+template <class Click>
+void Tick(QCheckBox* box, Click click) {
+    box->setChecked(true);
+    click();
+}
 
-    StreamMessages messages(err);
-    NoFileDialogs files;
-    Session session(driver, messages, files, clock);
-    if (!OpenBoardHeadless(session, sensor, err)) return kExitUnusable;
-
-    frmLXM410 form(session);
-    form.Form_Load();
+// The family form: resolution, then the measurement (whose handler rewrites the range
+// controls), then the range and the interval.
+std::unique_ptr<DeviceFormBase> FamilyForm(Session& session, const CollectOptions& opt) {
+    auto form = std::make_unique<frmLXM410>(session);
+    form->Form_Load();
     if (opt.resolutionBits)
-        Choose(form.OptITime, SensorResolutions(sensor), *opt.resolutionBits,
-               [&](int i) { form.OptITime_Click(i); });
-    const int measure = opt.type->optMeasure;
-    form.OptMeasure.at(measure)->setChecked(true);
-    form.OptMeasure_Click(measure);
+        Choose(form->OptITime, SensorResolutions(session.SelectedType), *opt.resolutionBits,
+               [&](int i) { form->OptITime_Click(i); });
+    Select(form->OptMeasure, opt.type->optMeasure, [&](int i) { form->OptMeasure_Click(i); });
     if (opt.rangeLux)
-        Choose(form.OptGain, SensorRanges(sensor), *opt.rangeLux, [&](int i) { form.OptGain_Click(i); });
-    form.txtInterval->setText(QString::number(opt.intervalMs));
-    form.txtInterval_LostFocus();
+        Choose(form->OptGain, form->RangeTable, *opt.rangeLux, [&](int i) { form->OptGain_Click(i); });
+    form->txtInterval->setText(QString::number(opt.intervalMs));
+    form->txtInterval_LostFocus();
+    return form;
+}
+
+// The multi-function chip converts continuously while a part is enabled, so a type taken once
+// and its continuous twin set it up alike. Its form converts ALS counts at one range whatever
+// the range option says, and its image starts on the other one: the converting range is the
+// default here, so that a run without --range logs the right lux.
+std::unique_ptr<DeviceFormBase> MultiFunctionForm(Session& session, const CollectOptions& opt) {
+    auto form = std::make_unique<frmLXM600>(session);
+    form->Form_Load();
+    Choose(form->OptALSRange, form->RangeTable,
+           opt.rangeLux.value_or(form->RangeTable[std::size_t(form->RangeIndex)]),
+           [&](int i) { form->OptALSRange_Click(i); });
+    if (opt.type->proximity) {
+        Tick(form->ChkPEnable, [&] { form->ChkPEnable_Click(); });
+        Select(form->OptGraph, 0, [&](int i) { form->OptGraph_Click(i); });  // "Proximity"
+    } else {
+        Select(form->OptMMode, opt.type->lux ? 0 : 1, [&](int i) { form->OptMMode_Click(i); });
+        Tick(form->chkALSEnable, [&] { form->chkALSEnable_Click(); });
+        Select(form->OptGraph, 1, [&](int i) { form->OptGraph_Click(i); });  // "ALS/IR"
+    }
+    form->txtInterval->setText(QString::number(opt.intervalMs));
+    return form;
+}
+
+// The form's own collection with every sample logged, ended by the samples or the duration
+// asked for, a signal, a log that stopped or a board that went away.
+int Collect(DeviceFormBase& form, Session& session, const CollectOptions& opt, std::FILE* err,
+            bool progress) {
+    Clock& clock = session.clock;
+    CollectionState& run = form.collection();
     const QString output = QString::fromLocal8Bit(opt.output.c_str());
-    form.frmDataRecord->SetLogFile(output);
-    form.frmDataRecord->chkLogAll->setChecked(true);
+    form.dataRecord().SetLogFile(output);
+    form.dataRecord().chkLogAll->setChecked(true);
 
     StopOnSignal stopper;
     std::uint64_t samples = 0;
@@ -85,7 +113,7 @@ int RunCollectHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, s
         if (!force && now - lastProgressUs < kProgressEveryUs) return;
         lastProgressUs = now;
         std::fprintf(err, "\r%s\033[K",
-                     ProgressLine(samples, now - startUs, form.LatestReading, form.ShowLux).c_str());
+                     ProgressLine(samples, now - startUs, run.LatestReading, opt.type->lux).c_str());
         std::fflush(err);
     };
     auto due = [&] {
@@ -93,7 +121,7 @@ int RunCollectHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, s
         return logLost || stopper.Requested() || clock.Micros() - startUs >= durationUs ||
                (opt.samples && samples >= *opt.samples);
     };
-    form.onPass = [&] {
+    run.onPass = [&] {
         ++samples;
         showProgress(false);
         if (due()) form.cmdStopData_Click();
@@ -108,6 +136,7 @@ int RunCollectHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, s
     watch.start();
     form.cmdCollectData_Click();
     watch.stop();
+    run.onPass = nullptr;
     showProgress(true);
     if (progress) std::fputc('\n', err);
 
@@ -133,6 +162,21 @@ int RunCollectHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, s
                        .arg(rows)
                        .arg(output));
     return kExitDone;
+}
+
+}  // namespace
+
+int RunCollectHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, std::FILE* err,
+                       bool progress) {
+    const CollectOptions& opt = *cl.collect;
+    const std::string sensor = cl.sensor.value_or(SensorNames().front());
+    StreamMessages messages(err);
+    NoFileDialogs files;
+    Session session(driver, messages, files, clock);
+    if (!OpenBoardHeadless(session, sensor, err)) return kExitUnusable;
+    const std::unique_ptr<DeviceFormBase> form =
+        sensor == "LXM600" ? MultiFunctionForm(session, opt) : FamilyForm(session, opt);
+    return Collect(*form, session, opt, err, progress);
 }
 
 }  // namespace lxm

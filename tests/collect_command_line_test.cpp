@@ -52,6 +52,8 @@ TEST(CollectCommandLine, OptionsAndTheirValues) {
     EXPECT_EQ(choices, (std::vector<int>{1, 2, 3, 4, 5, 6, 7}));
     // The ranges of the multi-function chip are its own.
     EXPECT_EQ(Parse({"--collect", "als", "--output", "x", "--sensor", "LXM600", "--range", "125"}).error, "");
+    for (const char* type : {"als", "ir", "prox", "als-cont", "ir-cont", "prox-cont"})
+        EXPECT_EQ(Parse({"--collect", type, "--output", "x", "--sensor", "LXM600"}).error, "") << type;
 }
 
 TEST(CollectCommandLine, BadArgumentsSayWhatIsWrong) {
@@ -100,6 +102,9 @@ TEST(CollectCommandLine, BadArgumentsSayWhatIsWrong) {
         {{"--collect", "als", "--output", "x", "--sensor", "LXM600", "--resolution", "12"},
          "fixed resolution"},
         {{"--collect", "prox-cont", "--output", "x", "--sensor", "LXM470"}, "LXM470 has no proximity sensor"},
+        // The multi-function chip has neither the dual mode nor a resolution to choose.
+        {{"--collect", "prox-ir", "--output", "x", "--sensor", "LXM600"}, "collect prox and ir in two runs"},
+        {{"--sensor", "LXM600", "--collect", "als", "--output", "x", "--resolution", "16"}, "leave it out"},
     };
     for (const Case& c : cases) {
         const CommandLine cl = ParseCommandLine(std::vector<std::string>(c.args.begin(), c.args.end()));

@@ -72,6 +72,34 @@ well_formed "$work/term.csv" "time,seconds,sample,raw,value,unit"
 [ "$(rows "$work/term.csv")" -ge 3 ] || fail "rows were lost"
 has "$work/err" "stopped by signal"
 
+case="the multi-function sensor, proximity"
+run 0 --collect prox-cont --output "$work/m600.csv" --sensor LXM600 --samples 20 --interval 0 --simulate
+[ "$(rows "$work/m600.csv")" = 20 ] || fail "$(rows "$work/m600.csv") rows, expected 20"
+well_formed "$work/m600.csv" "time,seconds,sample,raw,value,unit"
+has "$work/m600.csv" "# sensor: LXM600"
+has "$work/m600.csv" "# measurement: Proximity"
+grep -q ",counts$cr\$" "$work/m600.csv" || fail "no counts rows"
+
+case="the multi-function sensor, ALS in lux"
+run 0 --collect als --output "$work/m600als.csv" --sensor LXM600 --samples 6 --interval 30 --simulate
+[ "$(rows "$work/m600als.csv")" = 6 ] || fail "$(rows "$work/m600als.csv") rows, expected 6"
+has "$work/m600als.csv" "# measurement: ALS"
+grep -q ",lux$cr\$" "$work/m600als.csv" || fail "no lux rows"
+
+# refused SAYS ARGS...: exit 2, one message that says SAYS, and no file.
+refused() {
+    says=$1; shift
+    rm -f "$work/refused.csv"
+    run 2 "$@" --output "$work/refused.csv" --samples 5 --simulate
+    [ ! -e "$work/refused.csv" ] || fail "a log although the arguments were refused"
+    [ "$(grep -c '^lxmeval:' "$work/err")" = 1 ] || fail "not one message"
+    has "$work/err" "$says"
+}
+case="what the multi-function sensor lacks"
+refused "collect prox and ir" --collect prox-ir --sensor LXM600
+refused "leave it out" --collect als --sensor LXM600 --resolution 12
+refused "2000 or 125 (lux) for LXM600" --collect als --sensor LXM600 --range 1000
+
 case="no board"
 run 2 --collect als --output "$work/none.csv" --samples 5
 [ ! -e "$work/none.csv" ] || fail "a log without a board"
