@@ -114,6 +114,10 @@ struct TypeCase {
     const char* unit;
 };
 
+void PrintTo(const TypeCase& c, std::ostream* os) {
+    *os << c.type;
+}
+
 struct MultiFunctionTypes : MultiFunctionCollect, ::testing::WithParamInterface<TypeCase> {};
 
 // A type and its continuous twin set the chip up alike; each logs the reading of its own part
