@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <string>
 
 namespace lxm {
 
@@ -23,27 +24,44 @@ QString Trim(double v) {
 
 double Val(const QString& text) {
     // Leading blanks are skipped; the number ends at the first character that cannot continue it.
-    QByteArray s = text.trimmed().toLatin1();
-    int i = 0;
-    const int n = s.size();
-    QByteArray num;
-    if (i < n && (s[i] == '+' || s[i] == '-')) num += s[i++];
+    // The collection loop reads its counts back through here on every pass, so the common case,
+    // a whole number of up to 15 digits, is taken without allocating; anything longer goes to
+    // strtod, which rounds as the language's own conversion does.
+    const QChar* p = text.constData();
+    const QChar* const end = p + text.size();
+    auto digit = [&](const QChar* q) { return q < end && q->unicode() >= '0' && q->unicode() <= '9'; };
+    auto is = [&](const QChar* q, char c) { return q < end && q->unicode() == c; };
+    while (p < end && p->isSpace()) ++p;
+    const QChar* const first = p;
+    bool negative = false;
+    if (is(p, '+') || is(p, '-')) negative = (p++)->unicode() == '-';
+    const QChar* const intStart = p;
+    std::int64_t whole = 0;
+    while (digit(p)) whole = whole * 10 + (p->unicode() - '0'), ++p;
+    // 15 digits fit a double exactly; no fraction or exponent follows.
+    if (p > intStart && p - intStart <= 15 && !is(p, '.') && !is(p, 'e') && !is(p, 'E'))
+        return negative ? -double(whole) : double(whole);
+
+    std::string num;
+    num.reserve(std::size_t(end - first) + 2);
+    p = first;
+    if (is(p, '+') || is(p, '-')) num += char((p++)->unicode());
     bool digits = false;
-    while (i < n && std::isdigit(static_cast<unsigned char>(s[i]))) num += s[i++], digits = true;
-    if (i < n && s[i] == '.') {
-        num += s[i++];
-        while (i < n && std::isdigit(static_cast<unsigned char>(s[i]))) num += s[i++], digits = true;
+    while (digit(p)) num += char((p++)->unicode()), digits = true;
+    if (is(p, '.')) {
+        num += char((p++)->unicode());
+        while (digit(p)) num += char((p++)->unicode()), digits = true;
     }
     if (!digits) return 0;
-    if (i < n && (s[i] == 'e' || s[i] == 'E')) {
-        int j = i + 1;
-        QByteArray exp = "e";
-        if (j < n && (s[j] == '+' || s[j] == '-')) exp += s[j++];
+    if (is(p, 'e') || is(p, 'E')) {
+        const QChar* q = p + 1;
+        std::string exp = "e";
+        if (is(q, '+') || is(q, '-')) exp += char((q++)->unicode());
         bool expDigits = false;
-        while (j < n && std::isdigit(static_cast<unsigned char>(s[j]))) exp += s[j++], expDigits = true;
+        while (digit(q)) exp += char((q++)->unicode()), expDigits = true;
         if (expDigits) num += exp;
     }
-    return std::strtod(num.constData(), nullptr);
+    return std::strtod(num.c_str(), nullptr);
 }
 
 QString Hex2(int value) {
