@@ -302,6 +302,7 @@ public:
     std::int32_t IrBefore = 0, IrAfter = 0, AmbientIr = 0;
     std::int32_t ProxCount = 0, ProxCountSigned = 0, ProxMinusIr = 0;
     std::uint8_t LastLow = 0, LastHigh = 0;  // data bytes of the last reply
+    std::int32_t PassCount = 0;              // the count the last pass read, as it is logged
 
     // collection state beyond the shared one
     bool InterruptHold = false;

@@ -76,7 +76,9 @@ LoggedSample frmLXM410::LoggedPass() const {
         row.ir = CountIn(txtProx_IR.at(5));
         row.prox = CountIn(txtProx_IR.at(4));
     } else {
-        row.raw = CountIn(txtADCRaw);
+        // The count itself rather than its box: parsing text back costs more than the rest of
+        // the row.
+        row.raw = PassCount;
     }
     return row;
 }
@@ -125,6 +127,7 @@ void frmLXM410::StartCollection() {
 }
 
 bool frmLXM410::SamplePass() {
+    QString rawText = txtADCRaw->text();  // the raw count of the pass, as its box shows it
     if (!MeasureProxIrDual && !InterruptHold) {
         if (MeasureSingleShot) {
             s_.TransferBusy = false;
@@ -135,11 +138,13 @@ bool frmLXM410::SamplePass() {
         }
         s_.TransferBusy = true;
         const std::int32_t value = ReadDataRegisters();
+        PassCount = value;
         SampleValues[SampleCount] = value;
-        txtADCRaw->setText(Trim(value));
+        rawText = Trim(value);
+        if (Displayed) txtADCRaw->setText(rawText);
         LatestReading = value;
         if (ShowLux) {
-            const double lux = ConvertToLux(Val(txtADCRaw->text()));
+            const double lux = ConvertToLux(value);
             SampleValues[SampleCount] = lux;
             LatestReading = lux;
         }
@@ -158,6 +163,7 @@ bool frmLXM410::SamplePass() {
         if (numeric) {
             SampleValues[SampleCount] = value;
             txtADCRaw->setText(difference);
+            rawText = difference;
             LatestReading = value;
         } else {
             SampleValues[SampleCount] = LatestReading;
@@ -165,7 +171,7 @@ bool frmLXM410::SamplePass() {
     }
 
     // The raw count of the pass goes to the max/min panel.
-    if (!InterruptHold) FrmMeasureDetails->Update(*this, txtADCRaw->text(), LastLow, LastHigh);
+    if (!InterruptHold) FrmMeasureDetails->Update(*this, rawText, LastLow, LastHigh);
 
     interruptSampler().Pass(ChkSampleInt->isChecked());
     return true;

@@ -94,16 +94,19 @@ bool frmLXM600::SamplePass() {
         lastLow_ = std::uint8_t(AlsIrCount600 & 0xFF);
         lastHigh_ = std::uint8_t(AlsIrCount600 >> 8);
     }
-    txtADCRaw->setText(Trim(raw));
+    const QString rawText = Trim(raw);
+    if (run_.Displayed) txtADCRaw->setText(rawText);
     run_.LatestReading = raw;
     if (AlsSample()) {
         const double lux = ConvertToLux(raw);
         run_.SampleValues2[std::size_t(run_.SampleCount)] = lux;
         run_.LatestReading = lux;
     }
-    txtReading2->setText(Trim(ProxCount600));
-    txtReading3->setText(Trim(AlsIrCount600));
-    FrmMeasureDetails->Update(run_, txtADCRaw->text(), lastLow_, lastHigh_);
+    if (run_.Displayed) {
+        txtReading2->setText(Trim(ProxCount600));
+        txtReading3->setText(Trim(AlsIrCount600));
+    }
+    FrmMeasureDetails->Update(run_, rawText, lastLow_, lastHigh_);
     // A sample of the interrupt line asked for during the run is taken here, between reads.
     interruptSampler().Pass(false);
     return true;

@@ -431,6 +431,7 @@ TEST_F(PanelTest, LampsShowTheBoardLeds) {
 TEST_F(PanelTest, MenuItemOnShownWindowsReopensThePanel) {
     SimulatorMenu menu(panel);
     qApp->installEventFilter(&menu);
+    form->hide();  // the fixture showed it before the menu watched
     form->show();
     form->show();  // shown again: still one item
     QList<QAction*> items = form->menuBar->findChildren<QAction*>(QStringLiteral("mnuSimulator"));

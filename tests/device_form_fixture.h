@@ -23,6 +23,8 @@ struct FormFixture : ::testing::Test, BoardFixture {
         session.SelectedType = type;
         form = std::make_unique<frmLXM410>(session);
         form->Form_Load();
+        // On screen, as type selection leaves it: a form nobody sees skips its live boxes.
+        form->show();
     }
 
     // The option clicks as the user makes them: the button becomes selected, then its handler runs.

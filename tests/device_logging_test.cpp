@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 #include <QTime>
 
+#include <algorithm>
 #include <cmath>
 #include <numeric>
 
@@ -248,6 +249,40 @@ TEST_F(LoggingTest, ThePanelShowsCountMeanAndDeviationOfTheReadingsSinceStartOrC
     EXPECT_EQ(form->stats.Count(), 0u);
 }
 
+// A collection without a window runs the form unseen, which leaves its live boxes alone. The
+// extremes, the snapshot, the statistics and the log must come from the counts themselves,
+// not from boxes that were never filled.
+TEST_F(LoggingTest, AFormNobodySeesKeepsTheSameExtremesStatisticsAndLog) {
+    form->hide();
+    Measure(6);  // IR continuous, in counts
+    scene().kind = sim::LightScene::Kind::Noise;
+    scene().infrared = 900;
+    LogTo(path);
+    const QString boxBefore = form->txtADCRaw->text();
+    const auto passes = CollectPasses(40);
+    EXPECT_EQ(form->txtADCRaw->text(), boxBefore) << "an unseen box is not rewritten";
+
+    const Log log = ReadLog(path);
+    ASSERT_EQ(log.rows.size(), 40u);
+    std::vector<double> raw;
+    for (const QStringList& r : log.rows) raw.push_back(r[3].toDouble());
+    for (std::size_t i = 0; i < raw.size(); ++i) EXPECT_EQ(raw[i], passes[i].reading) << i;
+    const auto [lo, hi] = std::minmax_element(raw.begin(), raw.end());
+    ASSERT_LT(*lo, *hi) << "the scene must vary";
+    EXPECT_EQ(form->CountMax, *hi);
+    EXPECT_EQ(form->CountMin, *lo);
+    EXPECT_EQ(form->maxMinPanel.texts()[0], QString::number(*hi));
+    EXPECT_EQ(form->maxMinPanel.texts()[4], log.rows[25][3]) << "the snapshot of the 26th pass";
+    EXPECT_EQ(form->stats.Count(), 40u);
+    EXPECT_DOUBLE_EQ(form->stats.Mean(), std::accumulate(raw.begin(), raw.end(), 0.0) / 40);
+
+    // Shown afterwards, the light swatch has the colour of the last reading.
+    form->show();
+    const int red = SwatchRed(std::int32_t(raw.back()), false, form->FullScaleCounts);
+    EXPECT_EQ(form->chart().Picture3->palette().color(QPalette::Window),
+              red < 0 ? QColor(255, 255, 255) : QColor(red, 0, 0));
+}
+
 TEST(StatsTexts, NothingIsShownThatIsNotYetDefined) {
     RunningStats s;
     EXPECT_EQ(StatsTexts(s), (std::array<QString, 3>{"0", "", ""}));
@@ -291,6 +326,7 @@ struct MultiFunctionLogging : ::testing::Test, BoardFixture {
         session.SelectedType = "LXM600";
         form = std::make_unique<frmLXM600>(session);
         form->Form_Load();
+        form->show();
     }
 };
 

@@ -41,6 +41,7 @@ protected:
         session.SelectedType = "LXM600";
         form = std::make_unique<frmLXM600>(session);
         form->Form_Load();
+        form->show();
         wire().clear();
     }
 

@@ -151,6 +151,7 @@ void PacedCollection::Pass() {
     s_.TransferBusy = true;
     DoEvents();
     if (!s_.Collecting) return;
+    st_.Displayed = c_.graph->window()->isVisible();
     st_.IntervalMs = WaitMsOf(c_.txtInterval->text());
 
     if (!hooks.singleShot())
@@ -171,13 +172,14 @@ void PacedCollection::Pass() {
     if (s_.Collecting) {
         const std::int64_t now = s_.clock.Micros();
         st_.DeadlineUs = now + std::int64_t(st_.IntervalMs) * kMs;
-        SetTextIfChanged(c_.txtTime1, Trim(double((now - st_.PassStartUs + kMs / 2) / kMs)));
+        if (st_.Displayed)
+            SetTextIfChanged(c_.txtTime1, Trim(double((now - st_.PassStartUs + kMs / 2) / kMs)));
         hooks.plotRows();
         if (st_.SampleCount < CollectionState::kSampleLast) ++st_.SampleCount;
-        if (st_.SampleCount > 10) DrawStep();
+        if (st_.SampleCount > 10 && st_.Displayed) DrawStep();
     }
 
-    hooks.showReading();
+    if (st_.Displayed) hooks.showReading();
     if (!(st_.PeakSample >= st_.LatestReading)) st_.PeakSample = st_.LatestReading;
 
     st_.PassStartUs = s_.clock.Micros();

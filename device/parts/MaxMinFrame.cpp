@@ -60,10 +60,11 @@ void MaxMinFrame::Update(CollectionState& st, const QString& rawText, std::uint8
     st.CountMax = st.maxMinPanel.countMax();
     st.CountMin = st.maxMinPanel.countMin();
     st.MaxMinCounter = st.maxMinPanel.counter();
+    st.stats.Add(st.LatestReading);
+    if (!st.Displayed) return;
     const auto& texts = st.maxMinPanel.texts();
     for (int i = 0; i < kPanelTexts; ++i)
         if (txtADMax.at(i)->text() != texts[i]) txtADMax.at(i)->setText(texts[i]);
-    st.stats.Add(st.LatestReading);
     ShowStats(st.stats);
 }
 

@@ -177,6 +177,19 @@ void StripChart::DrawTrace() {
 }
 
 void StripChart::SetSwatch(int red) {
+    wantedRed_ = red;
+    // A palette change goes round every child and sends events; a chart nobody sees (a
+    // collection without a window) takes its colour when it is shown.
+    if (isVisible()) ApplySwatch();
+}
+
+void StripChart::showEvent(QShowEvent* event) {
+    ApplySwatch();
+    QGroupBox::showEvent(event);
+}
+
+void StripChart::ApplySwatch() {
+    const int red = wantedRed_;
     if (red == swatchRed_) return;
     swatchRed_ = red;
     // Below one count the swatch gets the colour value -1, whose low three bytes are white.

@@ -59,10 +59,16 @@ public:
     // The swatch's red level, -1 for "below one count".
     void SetSwatch(int red);
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
+    void ApplySwatch();
+
     Session& s_;
     PlotState& plot_;
-    int swatchRed_ = -2;
+    int swatchRed_ = -2;  // shown
+    int wantedRed_ = -2;  // asked for
 };
 
 }  // namespace lxm
