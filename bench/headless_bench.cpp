@@ -1,0 +1,113 @@
+// Collection without a window, as `lxmeval --collect` runs it: the sample rate it keeps against
+// bare reads of the same registers through the same driver interface.
+#include <benchmark/benchmark.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "app/HeadlessCollect.h"
+#include "core/Seams.h"
+#include "simboard/SimBoard.h"
+#include "simboard/SimDriver.h"
+#include "transport/Session.h"
+#include "transport/USB_Comm.h"
+#include "transport/generic_usb_lib.h"
+
+namespace {
+
+using namespace lxm;
+
+class SilentMessages final : public Messages {
+public:
+    void MsgBox(const QString&, const QString&) override {}
+    bool Ask(const QString&, const QString&) override { return true; }
+};
+
+class NoFiles final : public FileDialogs {
+public:
+    std::optional<QString> OpenFile(const QString&, const QString&, const QString&) override { return {}; }
+    std::optional<QString> SaveFile(const QString&, const QString&, const QString&) override { return {}; }
+};
+
+// The "seconds since start" column of every sample row of a log.
+std::vector<double> SampleSeconds(const QString& path) {
+    std::vector<double> seconds;
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly)) return seconds;
+    bool columns = false;
+    for (const QByteArray& line : f.readAll().split('\n')) {
+        if (line.isEmpty() || line.startsWith('#')) continue;
+        if (!columns) {
+            columns = true;
+            continue;
+        }
+        const QList<QByteArray> fields = line.split(',');
+        if (fields.size() > 1) seconds.push_back(fields[1].toDouble());
+    }
+    return seconds;
+}
+
+// Interval 0 and 1 ms per transfer (one full-speed USB frame): samples per second of a
+// headless continuous-IR collection, taken from its own log, against a bare loop of the same
+// two-byte data reads. The two alternate in rounds, so that a slow spell of the shared
+// machine weighs on both; the median of the rounds' ratios is reported. The first samples of
+// a run, which carry its set-up, are left out.
+void BM_HeadlessVersusBareReads(benchmark::State& state) {
+    constexpr int kSamples = 600;
+    constexpr int kSettle = 100;
+    constexpr int kRounds = 7;
+    SteadyClock clock;
+    sim::SimBoard board{clock};
+    sim::SimDriver driver{board};
+    driver.SetLatencyMicros(state.range(0));
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("bench.csv"));
+    const CommandLine cl = ParseCommandLine({"--collect", "ir-cont", "--interval", "0", "--samples",
+                                             std::to_string(kSamples), "--output", path.toStdString()});
+    std::vector<double> loopRates, bareRates, ratios;
+    for (auto _ : state) {
+        for (int round = 0; round < kRounds; ++round) {
+            std::FILE* null = std::fopen("/dev/null", "w");
+            const int rc = RunCollectHeadless(cl, driver, clock, null, false);
+            std::fclose(null);
+            const std::vector<double> seconds = SampleSeconds(path);
+            if (rc != 0 || seconds.size() != std::size_t(kSamples)) {
+                state.SkipWithError("the headless collection failed or its log lacks rows");
+                return;
+            }
+            loopRates.push_back(double(seconds.size() - 1 - kSettle) / (seconds.back() - seconds[kSettle]));
+
+            SilentMessages messages;
+            NoFiles files;
+            Session session{driver, messages, files, clock};
+            session.usb().openWaitYields = 50;
+            session.usb().InitDriver();
+            session.usb().OpenDevice();
+            session.SessionOpen = true;
+            session.I2cWriteAddr = 0x88;
+            session.I2cReadAddr = 0x89;
+            const int reads = kSamples - kSettle;
+            const std::int64_t start = clock.Micros();
+            for (int i = 0; i < reads; ++i) benchmark::DoNotOptimize(session.comm().ReadBlock(2, 2, 3));
+            bareRates.push_back(double(reads) / (double(clock.Micros() - start) / 1e6));
+            session.usb().ShutdownUsb();
+            ratios.push_back(loopRates.back() / bareRates.back());
+        }
+    }
+    auto median = [](std::vector<double> v) {
+        std::sort(v.begin(), v.end());
+        return v[v.size() / 2];
+    };
+    state.counters["loop_per_s"] = median(loopRates);
+    state.counters["bare_per_s"] = median(bareRates);
+    state.counters["ratio"] = median(ratios);
+    state.counters["ratio_min"] = *std::min_element(ratios.begin(), ratios.end());
+}
+BENCHMARK(BM_HeadlessVersusBareReads)->Arg(1000)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+}  // namespace
