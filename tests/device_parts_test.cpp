@@ -1,8 +1,11 @@
 // The device-form parts on their own: bit fields, entry checks, the view toggle, the register
 // panel's per-form rules and the collection loop's start, driven on the simulated board.
 #include <gtest/gtest.h>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
+#include <QTest>
 #include <QWidget>
 
 #include "acquisition/PictureBox.h"
@@ -11,6 +14,7 @@
 #include "core/Shape.h"
 #include "device/parts/Collection.h"
 #include "device/parts/Controls.h"
+#include "device/parts/PaintPacer.h"
 #include "device/parts/RegisterPanel.h"
 #include "device/parts/StatusStrip.h"
 #include "support/DeviceFixture.h"
@@ -151,6 +155,39 @@ TEST_F(PanelRules, TheCollectionLoopRefusesToStartWithoutABoard) {
     EXPECT_EQ(started, 0);
     EXPECT_FALSE(session.Collecting);
     EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+}
+
+// A collection at interval 0 changes the window several hundred times a second. The window
+// is painted at most once a frame, and what changed last is on screen a frame later.
+TEST(PaintPacer, PaintsAtMostOnceAFrameAndShowsTheLastChange) {
+    struct Counting : QWidget {
+        int paints = 0;
+        int shown = -1, value = 0;
+        void paintEvent(QPaintEvent*) override {
+            ++paints;
+            shown = value;
+            QPainter(this).fillRect(rect(), Qt::white);
+        }
+    } window;
+    window.resize(120, 80);
+    new PaintPacer(&window);
+    window.show();
+    QTest::qWait(PaintPacer::kFrameMs * 2);
+    const int before = window.paints;
+
+    QElapsedTimer elapsed;
+    elapsed.start();
+    while (elapsed.elapsed() < 160) {
+        ++window.value;
+        window.update();
+        QCoreApplication::processEvents();
+    }
+    const qint64 ms = elapsed.elapsed();
+    EXPECT_GT(window.value, 100) << "the loop must change the window far faster than frames come";
+    EXPECT_LE(window.paints - before, ms / PaintPacer::kFrameMs + 2);
+    EXPECT_GE(window.paints - before, 1);
+    QTest::qWait(PaintPacer::kFrameMs * 3);
+    EXPECT_EQ(window.shown, window.value) << "the last change is painted";
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "core/Yield.h"
 #include "device/parts/Collection.h"
 #include "device/parts/InterruptSampler.h"
+#include "device/parts/PaintPacer.h"
 #include "device/parts/RecordFrame.h"
 #include "device/parts/RegisterPanel.h"
 #include "device/parts/StatusStrip.h"
@@ -14,7 +15,9 @@
 
 namespace lxm {
 
-DeviceFormBase::DeviceFormBase(Session& session, QWidget* parent) : QWidget(parent), s_(session) {}
+DeviceFormBase::DeviceFormBase(Session& session, QWidget* parent) : QWidget(parent), s_(session) {
+    new PaintPacer(this);
+}
 
 DeviceFormBase::~DeviceFormBase() {
     s_.Collecting = false;
