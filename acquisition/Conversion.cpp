@@ -171,22 +171,33 @@ QString MaxMinPanel::BytesText(std::uint8_t lowByte, std::uint8_t highByte) {
     return Hex2(lowByte) + QLatin1Char(' ') + Hex2(highByte);
 }
 
-void MaxMinPanel::Update(double count, const QString& rawText, std::uint8_t lowByte, std::uint8_t highByte) {
+template <class Text>
+void MaxMinPanel::Take(double count, const Text& text, std::uint8_t lowByte, std::uint8_t highByte) {
     if (count > countMax_) {
         countMax_ = WholeCount(count);
-        texts_[0] = rawText;
+        texts_[0] = text();
         texts_[1] = BytesText(lowByte, highByte);
     }
     if (count < countMin_) {
         countMin_ = WholeCount(count);
-        texts_[2] = rawText;
+        texts_[2] = text();
         texts_[3] = BytesText(lowByte, highByte);
     }
     if (++counter_ > kSnapshotPasses) {
         counter_ = 0;
-        texts_[4] = rawText;
+        texts_[4] = text();
         texts_[5] = BytesText(lowByte, highByte);
     }
+}
+
+void MaxMinPanel::Update(double count, const QString& rawText, std::uint8_t lowByte, std::uint8_t highByte) {
+    Take(
+        count, [&] { return rawText; }, lowByte, highByte);
+}
+
+void MaxMinPanel::UpdateCount(std::int32_t count, std::uint8_t lowByte, std::uint8_t highByte) {
+    Take(
+        double(count), [&] { return Trim(count); }, lowByte, highByte);
 }
 
 void MaxMinPanel::Clear() {

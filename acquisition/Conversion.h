@@ -83,6 +83,9 @@ public:
     static constexpr int kSnapshotPasses = 25;
 
     void Update(double count, const QString& rawText, std::uint8_t lowByte, std::uint8_t highByte);
+    // The same for a whole count, written out only when a box takes it: most passes change
+    // nothing on the panel.
+    void UpdateCount(std::int32_t count, std::uint8_t lowByte, std::uint8_t highByte);
     // The panel's Clear button: forgets the extremes and empties the boxes; the pass counter
     // keeps running.
     void Clear();
@@ -98,6 +101,9 @@ public:
     static QString BytesText(std::uint8_t lowByte, std::uint8_t highByte);
 
 private:
+    template <class Text>
+    void Take(double count, const Text& text, std::uint8_t lowByte, std::uint8_t highByte);
+
     std::int32_t countMax_ = -9999999;
     std::int32_t countMin_ = 9999999;
     int counter_ = 0;

@@ -1,5 +1,6 @@
 #include "VbText.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -9,7 +10,12 @@ namespace lxm {
 
 namespace {
 QString Number(double v) {
-    if (v == std::floor(v) && std::fabs(v) < 1e15) return QString::number(std::int64_t(v));
+    if (v == std::floor(v) && std::fabs(v) < 1e15) {
+        // Counts are formatted on every collection pass; this skips the locale machinery.
+        char digits[24];
+        const auto end = std::to_chars(digits, digits + sizeof digits, std::int64_t(v)).ptr;
+        return QString::fromLatin1(digits, qsizetype(end - digits));
+    }
     return QString::number(v, 'g', 15);
 }
 }  // namespace

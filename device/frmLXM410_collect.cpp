@@ -127,7 +127,7 @@ void frmLXM410::StartCollection() {
 }
 
 bool frmLXM410::SamplePass() {
-    QString rawText = txtADCRaw->text();  // the raw count of the pass, as its box shows it
+    bool counted = false;  // the pass read a whole count of its own
     if (!MeasureProxIrDual && !InterruptHold) {
         if (MeasureSingleShot) {
             s_.TransferBusy = false;
@@ -139,9 +139,9 @@ bool frmLXM410::SamplePass() {
         s_.TransferBusy = true;
         const std::int32_t value = ReadDataRegisters();
         PassCount = value;
+        counted = true;
         SampleValues[SampleCount] = value;
-        rawText = Trim(value);
-        if (Displayed) txtADCRaw->setText(rawText);
+        if (Displayed) txtADCRaw->setText(Trim(value));
         LatestReading = value;
         if (ShowLux) {
             const double lux = ConvertToLux(value);
@@ -163,7 +163,6 @@ bool frmLXM410::SamplePass() {
         if (numeric) {
             SampleValues[SampleCount] = value;
             txtADCRaw->setText(difference);
-            rawText = difference;
             LatestReading = value;
         } else {
             SampleValues[SampleCount] = LatestReading;
@@ -171,7 +170,10 @@ bool frmLXM410::SamplePass() {
     }
 
     // The raw count of the pass goes to the max/min panel.
-    if (!InterruptHold) FrmMeasureDetails->Update(*this, rawText, LastLow, LastHigh);
+    if (counted)
+        FrmMeasureDetails->UpdateCount(*this, PassCount, LastLow, LastHigh);
+    else if (!InterruptHold)
+        FrmMeasureDetails->Update(*this, txtADCRaw->text(), LastLow, LastHigh);
 
     interruptSampler().Pass(ChkSampleInt->isChecked());
     return true;

@@ -202,7 +202,7 @@ std::int32_t frmLXM410::ReadDataRegisters() {
     }
     chart_->SetSwatch(SwatchRed(r.value, r.signedBranch, FullScaleCounts));
 
-    LblCommTest()->hide();
+    if (!LblCommTest()->isHidden()) LblCommTest()->hide();
     if (s_.ReadStatusByte != 2) FailLabel(LblCommTest());
     return r.value;
 }

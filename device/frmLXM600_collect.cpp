@@ -94,8 +94,7 @@ bool frmLXM600::SamplePass() {
         lastLow_ = std::uint8_t(AlsIrCount600 & 0xFF);
         lastHigh_ = std::uint8_t(AlsIrCount600 >> 8);
     }
-    const QString rawText = Trim(raw);
-    if (run_.Displayed) txtADCRaw->setText(rawText);
+    if (run_.Displayed) txtADCRaw->setText(Trim(raw));
     run_.LatestReading = raw;
     if (AlsSample()) {
         const double lux = ConvertToLux(raw);
@@ -106,7 +105,7 @@ bool frmLXM600::SamplePass() {
         txtReading2->setText(Trim(ProxCount600));
         txtReading3->setText(Trim(AlsIrCount600));
     }
-    FrmMeasureDetails->Update(run_, rawText, lastLow_, lastHigh_);
+    FrmMeasureDetails->UpdateCount(run_, std::int32_t(raw), lastLow_, lastHigh_);
     // A sample of the interrupt line asked for during the run is taken here, between reads.
     interruptSampler().Pass(false);
     return true;

@@ -79,5 +79,19 @@ TEST(Val, AgreesWithThePlainRuleOnRandomText) {
     }
 }
 
+// Trim and Str write every count the loop shows; whole numbers take a path of their own.
+TEST(Trim, WholeNumbersAsDigitsAndTheRestWithFifteenSignificantDigits) {
+    EXPECT_EQ(Trim(42), "42");
+    EXPECT_EQ(Trim(-7), "-7");
+    EXPECT_EQ(Trim(-0.0), "0");
+    EXPECT_EQ(Trim(999999999999999.0), "999999999999999");
+    EXPECT_EQ(Trim(-999999999999999.0), "-999999999999999");
+    EXPECT_EQ(Trim(1e15), "1e+15");
+    EXPECT_EQ(Trim(2.5), "2.5");
+    EXPECT_EQ(Trim(1.0 / 3), "0.333333333333333");
+    EXPECT_EQ(Str(5), " 5");
+    EXPECT_EQ(Str(-5), "-5");
+}
+
 }  // namespace
 }  // namespace lxm::test

@@ -48,7 +48,16 @@ PacedCollection::PacedCollection(Session& session, CollectionState& state, PlotS
       c_(controls),
       log_(session.clock, [this](const QString& path, const QString& reason) {
           s_.messages.MsgBox(SampleLogErrorMessage(path, reason));
-      }) {}
+      }) {
+    typedIntervalMs_ = WaitMsOf(c_.txtInterval->text());
+    // An interval typed during a run takes effect at the next pass.
+    intervalWatch_ = QObject::connect(c_.txtInterval, &QLineEdit::textChanged, c_.txtInterval,
+                                      [this](const QString& text) { typedIntervalMs_ = WaitMsOf(text); });
+}
+
+PacedCollection::~PacedCollection() {
+    QObject::disconnect(intervalWatch_);
+}
 
 void PacedCollection::Run() {
     if (depth_ > 0) {
@@ -72,7 +81,8 @@ void PacedCollection::Run() {
 
 void PacedCollection::Start() {
     // The system timer already ticks in milliseconds here; nothing to request.
-    st_.IntervalMs = WaitMsOf(c_.txtInterval->text());
+    typedIntervalMs_ = WaitMsOf(c_.txtInterval->text());
+    st_.IntervalMs = typedIntervalMs_;
     st_.PeakSample = -999999.0;
     if (hooks.start) hooks.start();
     st_.CollectAbort = false;
@@ -93,6 +103,7 @@ void PacedCollection::Start() {
 
     // The board may have gone during the form's start; a run without it would only collect zeros.
     s_.Collecting = s_.UsbConnected;
+    window_ = c_.graph->window();
     c_.txtTime1->show();
     st_.PassStartUs = s_.clock.Micros();
     st_.DeadlineUs = st_.PassStartUs + std::int64_t(st_.IntervalMs) * kMs;
@@ -151,8 +162,9 @@ void PacedCollection::Pass() {
     s_.TransferBusy = true;
     DoEvents();
     if (!s_.Collecting) return;
-    st_.Displayed = c_.graph->window()->isVisible();
-    st_.IntervalMs = WaitMsOf(c_.txtInterval->text());
+    // Walking up to the window every pass would cost more than the rest of an unseen pass.
+    st_.Displayed = window_->isVisible();
+    st_.IntervalMs = typedIntervalMs_;
 
     if (!hooks.singleShot())
         PaceToDeadline();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QMetaObject>
+
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -85,6 +87,9 @@ public:
     };
 
     PacedCollection(Session& session, CollectionState& state, PlotState& plot, Controls controls);
+    ~PacedCollection();
+    PacedCollection(const PacedCollection&) = delete;
+    PacedCollection& operator=(const PacedCollection&) = delete;
     Hooks hooks;
     // Whether a trace step draws the first (red) and the second (blue) trace.
     bool drawTrace1 = true;
@@ -110,6 +115,10 @@ private:
     CollectionState& st_;
     PlotState& plot_;
     Controls c_;
+    QWidget* window_ = nullptr;  // the form's window, looked up once per run
+    // The interval box as last typed, read when it changes rather than on every pass.
+    std::int32_t typedIntervalMs_ = 0;
+    QMetaObject::Connection intervalWatch_;
     int depth_ = 0;
     bool restartPending_ = false;
     SampleLog log_;

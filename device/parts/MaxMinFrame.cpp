@@ -57,6 +57,15 @@ void MaxMinFrame::ShowStats(const RunningStats& stats) {
 
 void MaxMinFrame::Update(CollectionState& st, const QString& rawText, std::uint8_t low, std::uint8_t high) {
     st.maxMinPanel.Update(Val(rawText), rawText, low, high);
+    Show(st);
+}
+
+void MaxMinFrame::UpdateCount(CollectionState& st, std::int32_t count, std::uint8_t low, std::uint8_t high) {
+    st.maxMinPanel.UpdateCount(count, low, high);
+    Show(st);
+}
+
+void MaxMinFrame::Show(CollectionState& st) {
     st.CountMax = st.maxMinPanel.countMax();
     st.CountMin = st.maxMinPanel.countMin();
     st.MaxMinCounter = st.maxMinPanel.counter();
