@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what the program needs from Debian, builds it, and then either starts it on the
-# simulated board (./dev.sh run), runs the whole test suite (./dev.sh test) or builds the
-# Debian package (./dev.sh package).
+# simulated board (./dev.sh run), runs the whole test suite (./dev.sh test), builds the
+# Debian package (./dev.sh package) or runs the benchmarks optimised (./dev.sh bench [filter]).
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -58,6 +58,12 @@ test)
     echo "== the whole suite under AddressSanitizer and UndefinedBehaviorSanitizer"
     UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --test-dir build-asan --output-on-failure -j2 -E package_contents
     ;;
+bench)
+    install_packages
+    configure build-rel -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    cmake --build build-rel --target lxm_bench
+    QT_QPA_PLATFORM=offscreen ./build-rel/bench/lxm_bench --benchmark_filter="${2:-.}"
+    ;;
 package)
     install_packages
     configure build
@@ -68,7 +74,7 @@ package)
     echo "Built $deb; install it with: sudo apt install ./$deb"
     ;;
 *)
-    echo "usage: $0 run|test|package" >&2
+    echo "usage: $0 run|test|package|bench [filter]" >&2
     exit 2
     ;;
 esac
