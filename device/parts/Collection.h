@@ -47,8 +47,8 @@ struct CollectionState {
     std::int64_t PassReleasedUs = 0;
     // Whether the form is on screen, as the pass under way found it. A form nobody sees (a
     // collection run without a window) skips its live texts and drawing: at interval 0 they
-    // would cost a tenth of the transfers, the widgets having gone cold in the cache while a
-    // transfer waited. What is measured, logged and kept is the same either way.
+    // would add several per cent to the transfers' time, the widgets having gone cold in the
+    // cache while a transfer waited. What is measured, logged and kept is the same either way.
     bool Displayed = true;
     // Runs at the end of every collection pass while the pass still holds the transport, the
     // way a click arriving during the pass would; tests and benchmarks stop the loop from here.
