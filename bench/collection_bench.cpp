@@ -14,6 +14,7 @@
 #include <memory>
 #include <vector>
 
+#include "bench/BenchSupport.h"
 #include "core/Seams.h"
 #include "device/frmLXM410.h"
 #include "device/parts/RecordFrame.h"
@@ -27,25 +28,13 @@ namespace {
 
 using namespace lxm;
 
-class SilentMessages final : public Messages {
-public:
-    void MsgBox(const QString&, const QString&) override {}
-    bool Ask(const QString&, const QString&) override { return true; }
-};
-
-class NoFiles final : public FileDialogs {
-public:
-    std::optional<QString> OpenFile(const QString&, const QString&, const QString&) override { return {}; }
-    std::optional<QString> SaveFile(const QString&, const QString&, const QString&) override { return {}; }
-};
-
 // The program as the user has it after choosing LXM410: real clock, simulated board, the
 // family form shown (on the offscreen platform unless a display is given), continuous IR
 // under a sine-varying light so that the trace moves.
 struct Bench {
     SteadyClock clock;
-    SilentMessages messages;
-    NoFiles files;
+    bench::SilentMessages messages;
+    bench::NoFiles files;
     sim::SimBoard board{clock};
     sim::SimDriver driver{board};
     Session session{driver, messages, files, clock};
@@ -93,61 +82,39 @@ struct Bench {
 // Passes before the trace spans the whole width redraw only part of it; measure after.
 constexpr int kFullWidthFrom = 420;
 
-// One pass with the board answering at once: yields, the read, the texts, the max/min panel
-// and a full-width trace step. Interval 0, so no pacing wait.
+// Processor time of this thread, so that other processes on the machine do not count.
+double ThreadCpuUs() {
+    timespec t{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return double(t.tv_sec) * 1e6 + double(t.tv_nsec) / 1e3;
+}
+
+// One pass with the board answering at once: yields, the read, the texts, the max/min panel,
+// a full-width trace step and the window painted once a frame. Interval 0, so no pacing wait.
+// Wall time per pass, and the thread's processor time as a counter.
 void BM_CollectionPass(benchmark::State& state) {
     Bench b(0, "0");
+    std::vector<double> cpu;
     for (auto _ : state) {
-        const auto log = b.Run(kFullWidthFrom + 500);
-        const double perPass =
-            double(log.back().endUs - log[kFullWidthFrom].endUs) / double(log.size() - 1 - kFullWidthFrom);
-        state.SetIterationTime(perPass / 1e6);
+        double cpuStart = 0;
+        std::int64_t wallStart = 0;
+        int passes = 0;
+        b.form->onPass = [&] {
+            if (++passes == kFullWidthFrom) {
+                cpuStart = ThreadCpuUs();
+                wallStart = b.clock.Micros();
+            }
+            if (passes == kFullWidthFrom + 500) b.form->cmdStopData_Click();
+        };
+        b.form->cmdCollectData_Click();
+        b.form->onPass = nullptr;
+        cpu.push_back((ThreadCpuUs() - cpuStart) / 500);
+        state.SetIterationTime(double(b.clock.Micros() - wallStart) / 500 / 1e6);
     }
+    std::sort(cpu.begin(), cpu.end());
+    state.counters["cpu_us"] = cpu[cpu.size() / 2];
 }
 BENCHMARK(BM_CollectionPass)->UseManualTime()->Iterations(5)->Unit(benchmark::kMicrosecond);
-
-// What "Log every sample" adds to that pass: the row, its share of the once-a-second write and
-// the hooks that gather it. Runs with and without the log alternate, so that a slow spell of
-// the shared machine weighs on both; the medians of the rounds are compared.
-void BM_LoggingShareOfAPass(benchmark::State& state) {
-    constexpr int kRounds = 11;
-    QTemporaryDir dir;
-    Bench b(0, "0");
-    // A moving trace costs what its strokes cost, which differs run to run by more than the
-    // row; under steady light every pass draws the same.
-    b.board.scene().kind = sim::LightScene::Kind::Steady;
-    b.form->frmDataRecord->SetLogFile(dir.filePath(QStringLiteral("bench.csv")));
-    std::vector<double> bare, logged;
-    // Processor time of this thread, so that other processes on the machine do not count.
-    auto cpuUs = [] {
-        timespec t{};
-        ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-        return double(t.tv_sec) * 1e6 + double(t.tv_nsec) / 1e3;
-    };
-    constexpr int kPasses = 3000;
-    auto perPass = [&] {
-        const double start = cpuUs();
-        b.Run(kPasses);
-        return (cpuUs() - start) / kPasses;
-    };
-    for (auto _ : state) {
-        for (int round = 0; round < kRounds; ++round) {
-            // Which goes first alternates too: the first run after a change pays for it.
-            for (const bool log : {round % 2 == 0, round % 2 != 0}) {
-                b.form->frmDataRecord->chkLogAll->setChecked(log);
-                (log ? logged : bare).push_back(perPass());
-            }
-        }
-    }
-    auto median = [](std::vector<double> v) {
-        std::sort(v.begin(), v.end());
-        return v[v.size() / 2];
-    };
-    state.counters["pass_us"] = median(bare);
-    state.counters["logged_pass_us"] = median(logged);
-    state.counters["added_percent"] = 100.0 * (median(logged) / median(bare) - 1.0);
-}
-BENCHMARK(BM_LoggingShareOfAPass)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 // Interval 8 ms, 500 passes, board latency of one USB frame per transfer. The margins let a
 // continuous pass go 3 ms before its deadline (its transfers then end near the deadline), so

@@ -2,7 +2,6 @@
 // bare reads of the same registers through the same driver interface.
 #include <benchmark/benchmark.h>
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "app/HeadlessCollect.h"
+#include "bench/BenchSupport.h"
 #include "core/Seams.h"
 #include "simboard/SimBoard.h"
 #include "simboard/SimDriver.h"
@@ -23,67 +23,27 @@ namespace {
 
 using namespace lxm;
 
-class SilentMessages final : public Messages {
-public:
-    void MsgBox(const QString&, const QString&) override {}
-    bool Ask(const QString&, const QString&) override { return true; }
-};
-
-class NoFiles final : public FileDialogs {
-public:
-    std::optional<QString> OpenFile(const QString&, const QString&, const QString&) override { return {}; }
-    std::optional<QString> SaveFile(const QString&, const QString&, const QString&) override { return {}; }
-};
-
 // The "seconds since start" column of every sample row of a log.
 std::vector<double> SampleSeconds(const QString& path) {
     std::vector<double> seconds;
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly)) return seconds;
-    bool columns = false;
-    for (const QByteArray& line : f.readAll().split('\n')) {
-        if (line.isEmpty() || line.startsWith('#')) continue;
-        if (!columns) {
-            columns = true;
-            continue;
-        }
-        const QList<QByteArray> fields = line.split(',');
-        if (fields.size() > 1) seconds.push_back(fields[1].toDouble());
-    }
+    bench::ForEachLogRow(path,
+                         [&](const std::string& row) { seconds.push_back(std::stod(bench::Field(row, 1))); });
     return seconds;
 }
 
 // The simulated board's driver, timing the transfers: what a pass costs besides them. At each
 // data read (two bytes from register 2) it notes the clock and the time spent inside the
 // driver so far.
-class TimedDriver final : public UsbDriver {
+class TimedDriver final : public bench::ForwardingDriver {
 public:
-    TimedDriver(UsbDriver& inner, Clock& clock) : inner_(inner), clock_(clock) {}
-    std::uint32_t Init(DriverHandle* out, const UsbMatch& match, const UsbEvents& events) override {
-        return inner_.Init(out, match, events);
-    }
-    std::uint32_t Uninit(DriverHandle handle) override { return inner_.Uninit(handle); }
-    std::uint32_t SetInterface(DeviceHandle dev, int i, int alt) override {
-        return inner_.SetInterface(dev, i, alt);
-    }
-    std::uint32_t GetDeviceInfo(DeviceHandle dev, const UsbDeviceInfo** info) override {
-        return inner_.GetDeviceInfo(dev, info);
-    }
-    void PutDeviceInfo(const UsbDeviceInfo* info) override { inner_.PutDeviceInfo(info); }
+    TimedDriver(UsbDriver& inner, Clock& clock) : ForwardingDriver(inner), clock_(clock) {}
     std::uint32_t Transfer(DeviceHandle dev, std::uint32_t pipe, UsbDir dir, std::uint8_t* buf,
                            std::uint32_t size, std::uint32_t* done, std::uint32_t timeoutMs) override {
         const std::int64_t start = clock_.Micros();
-        if (dir == UsbDir::Out && size == 3 && buf[0] == 2 && buf[2] == 2)
-            reads.push_back({start, insideUs_});
-        const std::uint32_t status = inner_.Transfer(dev, pipe, dir, buf, size, done, timeoutMs);
+        if (DataRead(dir, buf, size)) reads.push_back({start, insideUs_});
+        const std::uint32_t status = ForwardingDriver::Transfer(dev, pipe, dir, buf, size, done, timeoutMs);
         insideUs_ += clock_.Micros() - start;
         return status;
-    }
-    std::uint32_t ResetPipe(DeviceHandle dev, std::uint32_t pipe) override {
-        return inner_.ResetPipe(dev, pipe);
-    }
-    std::uint32_t ResetDevice(DeviceHandle dev, std::uint32_t options) override {
-        return inner_.ResetDevice(dev, options);
     }
 
     struct Mark {
@@ -98,7 +58,6 @@ public:
     }
 
 private:
-    UsbDriver& inner_;
     Clock& clock_;
     std::int64_t insideUs_ = 0;
 };
@@ -136,8 +95,8 @@ void BM_HeadlessVersusBareReads(benchmark::State& state) {
             loopRates.push_back(double(seconds.size() - 1 - kSettle) / (seconds.back() - seconds[kSettle]));
             loopOutsideUs.push_back(driver.OutsideUsPerRead(driver.reads.size() - (kSamples - kSettle)));
 
-            SilentMessages messages;
-            NoFiles files;
+            bench::SilentMessages messages;
+            bench::NoFiles files;
             Session session{driver, messages, files, clock};
             session.usb().openWaitYields = 50;
             session.usb().InitDriver();

@@ -17,10 +17,10 @@
 #include <string>
 
 #include "app/HeadlessCollect.h"
+#include "bench/BenchSupport.h"
 #include "core/Seams.h"
 #include "simboard/SimBoard.h"
 #include "simboard/SimDriver.h"
-#include "transport/UsbDriver.h"
 
 namespace {
 
@@ -51,25 +51,13 @@ std::int64_t ResidentKb() {
 // The simulated board behind a bus that takes a millisecond per transfer of the clock's time.
 // It counts the data reads (two bytes from register 2) and watches the memory once a
 // simulated minute, from the end of the first minute on.
-class TimedBus final : public UsbDriver {
+class TimedBus final : public bench::ForwardingDriver {
 public:
-    TimedBus(UsbDriver& inner, BusClock& clock) : inner_(inner), clock_(clock) {}
-
-    std::uint32_t Init(DriverHandle* out, const UsbMatch& match, const UsbEvents& events) override {
-        return inner_.Init(out, match, events);
-    }
-    std::uint32_t Uninit(DriverHandle handle) override { return inner_.Uninit(handle); }
-    std::uint32_t SetInterface(DeviceHandle dev, int i, int alt) override {
-        return inner_.SetInterface(dev, i, alt);
-    }
-    std::uint32_t GetDeviceInfo(DeviceHandle dev, const UsbDeviceInfo** info) override {
-        return inner_.GetDeviceInfo(dev, info);
-    }
-    void PutDeviceInfo(const UsbDeviceInfo* info) override { inner_.PutDeviceInfo(info); }
+    TimedBus(UsbDriver& inner, BusClock& clock) : ForwardingDriver(inner), clock_(clock) {}
     std::uint32_t Transfer(DeviceHandle dev, std::uint32_t pipe, UsbDir dir, std::uint8_t* buf,
                            std::uint32_t size, std::uint32_t* done, std::uint32_t timeoutMs) override {
         clock_.Spend(1000);
-        if (dir == UsbDir::Out && size == 3 && buf[0] == 2 && buf[2] == 2) ++dataReads;
+        if (DataRead(dir, buf, size)) ++dataReads;
         const std::int64_t minute = clock_.Micros() / 60'000'000;
         if (minute != lastMinute_) {
             lastMinute_ = minute;
@@ -77,13 +65,7 @@ public:
             if (minute == 1) firstMinuteKb = kb;
             if (minute >= 1) maxAfterKb = std::max(maxAfterKb, kb);
         }
-        return inner_.Transfer(dev, pipe, dir, buf, size, done, timeoutMs);
-    }
-    std::uint32_t ResetPipe(DeviceHandle dev, std::uint32_t pipe) override {
-        return inner_.ResetPipe(dev, pipe);
-    }
-    std::uint32_t ResetDevice(DeviceHandle dev, std::uint32_t options) override {
-        return inner_.ResetDevice(dev, options);
+        return ForwardingDriver::Transfer(dev, pipe, dir, buf, size, done, timeoutMs);
     }
 
     std::uint64_t dataReads = 0;
@@ -91,30 +73,19 @@ public:
     std::int64_t maxAfterKb = 0;
 
 private:
-    UsbDriver& inner_;
     BusClock& clock_;
     std::int64_t lastMinute_ = -1;
 };
 
 // Rows after the column names, and the sample number of the last one.
 std::pair<std::uint64_t, std::uint64_t> CountRows(const QString& path) {
-    std::ifstream in(path.toStdString());
-    std::string line, last;
     std::uint64_t rows = 0;
-    bool columns = false;
-    while (std::getline(in, line)) {
-        if (line.empty() || line[0] == '#') continue;
-        if (!columns) {
-            columns = true;
-            continue;
-        }
+    std::string last;
+    bench::ForEachLogRow(path, [&](const std::string& row) {
         ++rows;
-        last.swap(line);
-    }
-    // time,seconds,sample,...
-    const auto first = last.find(',');
-    const auto second = last.find(',', first + 1);
-    return {rows, std::stoull(last.substr(second + 1))};
+        last = row;
+    });
+    return {rows, rows ? std::stoull(bench::Field(last, 2)) : 0};
 }
 
 void BM_SimulatedHourOfLogging(benchmark::State& state) {

@@ -43,9 +43,10 @@ double Val(const QString& text) {
     if (is(p, '+') || is(p, '-')) negative = (p++)->unicode() == '-';
     const QChar* const intStart = p;
     std::int64_t whole = 0;
-    while (digit(p)) whole = whole * 10 + (p->unicode() - '0'), ++p;
+    // Digits beyond the fifteenth go to the general scan; adding them up here would overflow.
+    while (digit(p) && p - intStart < 16) whole = whole * 10 + (p->unicode() - '0'), ++p;
     // 15 digits fit a double exactly; no fraction or exponent follows.
-    if (p > intStart && p - intStart <= 15 && !is(p, '.') && !is(p, 'e') && !is(p, 'E'))
+    if (p > intStart && p - intStart <= 15 && !digit(p) && !is(p, '.') && !is(p, 'e') && !is(p, 'E'))
         return negative ? -double(whole) : double(whole);
 
     std::string num;

@@ -36,7 +36,9 @@ frmLXM410::frmLXM410(Session& session, QWidget* parent) : DeviceFormBase(session
     WireCollection();
 }
 
-frmLXM410::~frmLXM410() = default;
+frmLXM410::~frmLXM410() {
+    ReleasePanelHandlers();
+}
 
 void frmLXM410::ShowRegister(int reg) {
     panel_->ShowRegister(reg);

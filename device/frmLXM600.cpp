@@ -84,7 +84,9 @@ frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session
     WireHandlers();
 }
 
-frmLXM600::~frmLXM600() = default;
+frmLXM600::~frmLXM600() {
+    ReleasePanelHandlers();
+}
 
 // Every handler a control starts runs as one user action, which tells of a missing board once.
 void frmLXM600::WireHandlers() {

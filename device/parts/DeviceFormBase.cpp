@@ -19,6 +19,14 @@ DeviceFormBase::DeviceFormBase(Session& session, QWidget* parent) : QWidget(pare
     new PaintPacer(this);
 }
 
+void DeviceFormBase::ReleasePanelHandlers() {
+    if (!panel_) return;
+    panel_->onRead = nullptr;
+    panel_->onWrite = nullptr;
+    panel_->onEnter = nullptr;
+    panel_->onLostFocus = nullptr;
+}
+
 DeviceFormBase::~DeviceFormBase() {
     s_.Collecting = false;
     s_.FormGone(this);

@@ -87,6 +87,10 @@ protected:
                  std::function<LoggedSample()> sample);
     // The form's own unload steps, run when it closes.
     virtual void Form_Unload() {}
+    // For the form's destructor, before its own members go: a window torn down with the focus
+    // in a register entry sends that entry a focus-out, which must not reach the handlers of a
+    // form that is no longer whole.
+    void ReleasePanelHandlers();
 
     void changeEvent(QEvent* e) override;
     void closeEvent(QCloseEvent* e) override;
