@@ -284,6 +284,7 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     txtTime1 = MakeBox(frmCollect, QString(), 90);
     txtTime1->setReadOnly(true);
     lblLoop_Count = new QLabel(frmCollect);
+    MakeLiveValue(lblLoop_Count);  // its size from the outset: the count appears with Start
     Label18 = new QLabel(frmCollect);
     cmdCollectData = new QPushButton(QStringLiteral("Start"), frmCollect);
     cmdCollectData->setToolTip(
@@ -304,11 +305,21 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     rdg->addWidget(txtADCRaw, 1, 1);
     rdg->addWidget(Label6, 2, 0);
     rdg->addWidget(txtTime1, 2, 1);
-    rdg->addWidget(lblLoop_Count, 3, 0);
-    rdg->addWidget(lblRange, 3, 1);
-    rdg->addWidget(cmdCollectData, 4, 0);
-    rdg->addWidget(cmdStopData, 4, 1);
-    rdg->addWidget(Label18, 5, 0);
+    // The pass count and the status line share a row, the status taking what the count leaves.
+    auto* status = new QHBoxLayout;
+    status->addWidget(lblLoop_Count);
+    status->addWidget(Label18, 1);
+    rdg->addLayout(status, 3, 0, 1, 2);
+    // Start's caption changes when a run starts; it gets the room of its longer text from the
+    // outset, so that nothing moves under the pointer.
+    auto* startStop = new QHBoxLayout;
+    cmdCollectData->setText(QStringLiteral("Click -Stop-  to End"));
+    cmdCollectData->setMinimumWidth(cmdCollectData->sizeHint().width());
+    cmdCollectData->setText(QStringLiteral("Start"));
+    startStop->addWidget(cmdCollectData);
+    startStop->addWidget(cmdStopData, 1);
+    rdg->addLayout(startStop, 4, 0, 1, 2);
+    rdg->addWidget(lblRange, 5, 0);
     rdg->addWidget(ChkSampleInt, 5, 1);
     col3->addWidget(frmCollect);
     col3->addWidget(frmDataRecord);

@@ -260,7 +260,9 @@ void frmLXM600::BuildCollection(QHBoxLayout* under) {
     txtTime1->setReadOnly(true);
     lblLoop_Count = Caption(frmCollect);
     Label18 = Caption(frmCollect);
-    cmdCollectData = new QPushButton(QStringLiteral("Collect Data Graphical Real Time Data"), frmCollect);
+    // During a run its caption is a sentence, shortened on the button rather than widening it.
+    cmdCollectData = new EllipsisButton(QStringLiteral("Collect Data Graphical Real Time Data"),
+                                        QStringLiteral("Collect Data Graphical Real Time Data"), frmCollect);
     cmdCollect = new QPushButton(QStringLiteral("Collect"), frmCollect);
     cmdStopData = new QPushButton(QStringLiteral("Stop Real Time"), frmCollect);
     cmdStopData->setEnabled(false);

@@ -1,7 +1,9 @@
 // The device form on a laptop screen: both views fit 1280 x 800, the chart grows with the
-// window, and choosing a measurement or clearing the graph moves nothing under the pointer.
+// window, and choosing a measurement, clearing the graph or starting a run moves nothing under
+// the pointer.
 #include <gtest/gtest.h>
 #include <QAction>
+#include <QCheckBox>
 #include <QMenu>
 #include <QPushButton>
 #include <QRadioButton>
@@ -12,6 +14,7 @@
 #include "device/BoardMenu.h"
 #include "device/frmLXM410.h"
 #include "device/frmLXM600.h"
+#include "device/parts/MaxMinFrame.h"
 #include "device/parts/StripChart.h"
 #include "device_form_fixture.h"
 
@@ -90,6 +93,41 @@ TEST_F(Layout, ChoosingAMeasurementOrClearingTheGraphMovesNothingUnderThePointer
     EXPECT_EQ(where(), before) << "after Clear Graph";
 }
 
+// Where the controls a user reaches for during a run are, in window coordinates, and whether
+// the form scrolls.
+std::vector<QRect> Places(QWidget* form, std::initializer_list<QWidget*> widgets) {
+    std::vector<QRect> places;
+    for (QWidget* w : widgets) places.emplace_back(w->mapTo(form, QPoint(0, 0)), w->size());
+    auto* area = form->findChild<QScrollArea*>();
+    places.emplace_back(area->horizontalScrollBar()->isVisible(), area->verticalScrollBar()->isVisible(), 0,
+                        0);
+    return places;
+}
+
+// Start and the status line change their captions when a run starts; the window must not
+// widen, scroll or shift under the pointer on its way to Stop.
+TEST_F(Layout, StartingAndStoppingARunMovesNothingUnderThePointer) {
+    FullView();
+    form->resize(kLaptop);
+    form->show();
+    form->OptMeasure.at(5)->click();  // ALS continuous, in lux
+    QCoreApplication::processEvents();
+    auto where = [this] {
+        return Places(form.get(), {form->cmdCollectData, form->cmdStopData, form->ChkSampleInt,
+                                   form->chart().Picture1, form->FrmMeasureDetails->cmdClearHist});
+    };
+    const auto before = where();
+    std::vector<QRect> during;
+    Collect([&](int pass) {
+        QCoreApplication::processEvents();
+        if (pass == 3) during = where();
+        return pass < 3;
+    });
+    EXPECT_EQ(during, before) << "during the run";
+    QCoreApplication::processEvents();
+    EXPECT_EQ(where(), before) << "after Stop";
+}
+
 class MultiFunctionLayout : public ::testing::Test, protected test::BoardFixture {
 protected:
     MultiFunctionLayout() {
@@ -137,6 +175,34 @@ TEST_F(MultiFunctionLayout, CarriesTheBoardMenuToo) {
     EXPECT_EQ(chip(3), 0x2A);
     EXPECT_EQ(form->txtRegRd(3)->text(), "2A");
     EXPECT_EQ(messages.count("USB is not Connected"), 0);
+}
+
+TEST_F(MultiFunctionLayout, StartingAndStoppingARunMovesNothingUnderThePointer) {
+    form->resize(kLaptop);
+    form->show();
+    form->chkALSEnable->click();
+    form->OptGraph.at(1)->click();
+    QCoreApplication::processEvents();
+    auto where = [this] {
+        return Places(form.get(),
+                      {form->cmdCollectData, form->cmdStopData, form->cmdAbort, form->chart().Picture1,
+                       form->chkALSEnable, form->FrmMeasureDetails->cmdClearHist});
+    };
+    const auto before = where();
+    std::vector<QRect> during;
+    int passes = 0;
+    form->collection().onPass = [&] {
+        QCoreApplication::processEvents();
+        if (++passes == 3) {
+            during = where();
+            form->cmdStopData_Click();
+        }
+    };
+    form->cmdCollectData_Click();
+    form->collection().onPass = nullptr;
+    EXPECT_EQ(during, before) << "during the run";
+    QCoreApplication::processEvents();
+    EXPECT_EQ(where(), before) << "after Stop";
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <QGroupBox>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QString>
 #include <cstdint>
@@ -28,6 +29,24 @@ using OptionItems = std::vector<std::pair<int, QString>>;
 
 // A centred entry box of a fixed width.
 QLineEdit* MakeBox(QWidget* parent, const QString& text = {}, int width = 44);
+
+// A push button as wide as `fitsWidth` needs, whose longer captions are shortened with an
+// ellipsis (the whole caption in its tool tip) rather than widening it: for a caption that
+// changes with the state of the form, which would otherwise move everything beside it.
+class EllipsisButton : public QPushButton {
+public:
+    EllipsisButton(const QString& text, const QString& fitsWidth, QWidget* parent);
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    QRect TextRect() const;
+    int width_ = 0;
+};
 
 // Fills a group box with one option button per item, perRow to a row, into arr; returns the
 // grid so that the caller can add the group's other controls below.
