@@ -6,29 +6,35 @@
 #include <QStylePainter>
 #include <QToolTip>
 
+#include <algorithm>
+
 #include "transport/Session.h"
 
 namespace lxm {
 
-namespace {
-constexpr int kCaptionPadding = 16;
-}
-
 EllipsisButton::EllipsisButton(const QString& text, const QString& fitsWidth, QWidget* parent)
-    : QPushButton(fitsWidth, parent) {
-    // As wide as the style makes a button of that caption, to the pixel: the form is laid out
-    // to the width of a laptop screen.
-    width_ = QPushButton::sizeHint().width();
-    setText(text);
+    : QPushButton(text, parent), fits_(fitsWidth) {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
+// As the style sizes a button with the caption it is made to fit, to the pixel and in the font
+// it has once shown: the form is laid out to the width of a laptop screen.
 QSize EllipsisButton::sizeHint() const {
-    return {width_, QPushButton::sizeHint().height()};
+    ensurePolished();
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    option.text = fits_;
+    const QSize text = fontMetrics().size(Qt::TextShowMnemonic, fits_);
+    const QSize contents(text.width(), std::max(text.height(), 14));
+    option.rect.setSize(contents);
+    return style()->sizeFromContents(QStyle::CT_PushButton, &option, contents, this);
 }
 
+// Where the style puts a push button's caption.
 QRect EllipsisButton::TextRect() const {
-    return rect().adjusted(kCaptionPadding / 2, 0, -kCaptionPadding / 2, 0);
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    return style()->subElementRect(QStyle::SE_PushButtonContents, &option, this);
 }
 
 void EllipsisButton::paintEvent(QPaintEvent*) {

@@ -45,7 +45,7 @@ protected:
 
 private:
     QRect TextRect() const;
-    int width_ = 0;
+    QString fits_;
 };
 
 // Fills a group box with one option button per item, perRow to a row, into arr; returns the
