@@ -20,8 +20,9 @@ const std::vector<CollectType>& CollectTypes() {
         {"ir-cont", 6, true, false, false, false, "infrared, converting continuously (counts)"},
         {"prox-cont", 7, true, false, true, false, "proximity, converting continuously (counts)"},
         {"prox-ir", 4, false, false, true, true,
-         "proximity minus ambient infrared, the dual mode (counts); the\n"
-         "infrared and proximity parts get columns of their own"},
+         "proximity minus ambient infrared, the dual mode\n"
+         "(counts); the infrared and proximity parts get\n"
+         "columns of their own"},
     };
     return types;
 }
@@ -294,8 +295,8 @@ std::string HelpText() {
     return "Usage: lxmeval [options] [/d]\n"
            "       lxmeval --script FILE [--loops N] [--abort-on-fail] [--simulate] [--sensor NAME]\n"
            "       lxmeval --collect TYPE --output FILE.csv [--sensor NAME] [--interval MS]\n"
-           "               [--samples N | --duration SECONDS] [--range LUX] [--resolution BITS] "
-           "[--simulate]\n"
+           "               [--samples N | --duration SECONDS] [--range LUX]\n"
+           "               [--resolution BITS] [--simulate]\n"
            "Velmarin ALS / Proximity Evaluation Software: evaluates ambient-light, infrared and\n"
            "proximity sensors on the USB evaluation board.\n"
            "\n"
