@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,24 +27,41 @@
 
 namespace {
 
+// The board the program talks to: the built-in simulated one, a full-speed USB frame per
+// transfer as a real board has, or a real one through libusb.
+struct Board {
+    std::unique_ptr<lxm::sim::SimBoard> simulated;
+    lxm::sim::SimDriver* simDriver = nullptr;  // owned by driver
+    std::unique_ptr<lxm::UsbDriver> driver;
+};
+
+// `sensor`: the chip the simulated board carries from the start (a run without a window is
+// meant for that type); without it, the chip follows the type the user picks.
+Board OpenBoard(const lxm::CommandLine& cl, lxm::Clock& clock, std::optional<std::string> sensor) {
+    Board b;
+    if (!cl.simulate) {
+        b.driver = std::make_unique<lxm::usb::LibusbDriver>();
+        return b;
+    }
+    b.simulated = std::make_unique<lxm::sim::SimBoard>(clock);
+    if (sensor) b.simulated->CarryForType(*sensor);
+    // Nobody reads the packet log in the program, and a night's collection would fill memory
+    // with it.
+    b.simulated->controller().SetWireLogCapacity(0);
+    auto sim = std::make_unique<lxm::sim::SimDriver>(*b.simulated);
+    sim->SetLatencyMicros(1000);
+    b.simDriver = sim.get();
+    b.driver = std::move(sim);
+    return b;
+}
+
 // Runs a script with no window at all: a core application serves the driver's notifications.
 int RunHeadless(int argc, char** argv, const lxm::CommandLine& cl) {
     QCoreApplication app(argc, argv);
     lxm::SteadyClock clock;
-    std::unique_ptr<lxm::sim::SimBoard> board;
-    std::unique_ptr<lxm::UsbDriver> driver;
-    if (cl.simulate) {
-        board = std::make_unique<lxm::sim::SimBoard>(clock);
-        // The chip of the type the script is meant for, as a type selection would fit it.
-        board->CarryForType(cl.sensor.value_or("LXM410"));
-        auto sim = std::make_unique<lxm::sim::SimDriver>(*board);
-        sim->SetLatencyMicros(1000);
-        driver = std::move(sim);
-    } else {
-        driver = std::make_unique<lxm::usb::LibusbDriver>();
-    }
+    Board board = OpenBoard(cl, clock, cl.sensor.value_or("LXM410"));
     lxm::StdinTerminal terminal;
-    return lxm::RunScriptHeadless(cl, *driver, clock, terminal, stdout, stderr);
+    return lxm::RunScriptHeadless(cl, *board.driver, clock, terminal, stdout, stderr);
 }
 
 // The device form runs its collection unseen: the offscreen platform gives it its widgets
@@ -52,20 +70,8 @@ int RunCollect(int argc, char** argv, const lxm::CommandLine& cl) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     lxm::SteadyClock clock;
-    std::unique_ptr<lxm::sim::SimBoard> board;
-    std::unique_ptr<lxm::UsbDriver> driver;
-    if (cl.simulate) {
-        board = std::make_unique<lxm::sim::SimBoard>(clock);
-        board->CarryForType(cl.sensor.value_or("LXM410"));
-        // Nobody reads the packet log, and a night's collection would fill memory with it.
-        board->controller().SetWireLogCapacity(0);
-        auto sim = std::make_unique<lxm::sim::SimDriver>(*board);
-        sim->SetLatencyMicros(1000);
-        driver = std::move(sim);
-    } else {
-        driver = std::make_unique<lxm::usb::LibusbDriver>();
-    }
-    return lxm::RunCollectHeadless(cl, *driver, clock, stderr, ::isatty(STDERR_FILENO) == 1);
+    Board board = OpenBoard(cl, clock, cl.sensor.value_or("LXM410"));
+    return lxm::RunCollectHeadless(cl, *board.driver, clock, stderr, ::isatty(STDERR_FILENO) == 1);
 }
 
 }  // namespace
@@ -96,28 +102,18 @@ int main(int argc, char** argv) {
     lxm::QtMessages messages;
     lxm::QtFileDialogs files;
 
-    std::unique_ptr<lxm::sim::SimBoard> board;
-    std::unique_ptr<lxm::UsbDriver> driver;
+    Board board = OpenBoard(cl, clock, std::nullopt);
     std::unique_ptr<lxm::SimulatorPanel> simPanel;
     std::unique_ptr<lxm::SimulatorMenu> simMenu;
-    if (cl.simulate) {
-        board = std::make_unique<lxm::sim::SimBoard>(clock);
-        // Nobody reads the packet log here, and a day's collection would fill memory with it.
-        board->controller().SetWireLogCapacity(0);
-        // A full-speed USB frame per transfer, as a real board has.
-        auto sim = std::make_unique<lxm::sim::SimDriver>(*board);
-        sim->SetLatencyMicros(1000);
+    if (board.simDriver) {
         // The panel that sets the simulated light and cable, and the menu item that brings
         // it back once closed.
-        simPanel = std::make_unique<lxm::SimulatorPanel>(*sim);
+        simPanel = std::make_unique<lxm::SimulatorPanel>(*board.simDriver);
         simMenu = std::make_unique<lxm::SimulatorMenu>(*simPanel);
         app.installEventFilter(simMenu.get());
-        driver = std::move(sim);
-    } else {
-        driver = std::make_unique<lxm::usb::LibusbDriver>();
     }
 
-    lxm::Session session(*driver, messages, files, clock);
+    lxm::Session session(*board.driver, messages, files, clock);
     lxm::frmStartup startup(session, QString::fromStdString(cl.StartupArguments()));
     // The simulated board carries the chip of the type the user picks, so the form finds the
     // chip it expects; a real board carries whatever is soldered on it.
