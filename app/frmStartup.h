@@ -24,7 +24,7 @@ class frmAbout2;
 
 // The start-up window: initialises the driver, waits for the board, shows the four USB
 // lamps and lets the user pick the sensor type.
-class frmStartup : public QWidget, public ActiveForm, public StartupLamps {
+class frmStartup : public QWidget, public LampsOnlyForm, public StartupLamps {
 public:
     // commandLine: the program's arguments after its own options ("/d" is the only one read).
     frmStartup(Session& session, QString commandLine, QWidget* parent = nullptr);
@@ -57,15 +57,6 @@ public:
     // Where ExitProgram ends the program; the application quits by default.
     std::function<void()> onExit;
 
-    // ActiveForm
-    Shape* ShpAttach() override { return ShpAttach_; }
-    Shape* Shp_USB_Transfer() override { return Shp_USB_Transfer_; }
-    ColorLabel* LblCommTest() override { return nullptr; }
-    QRadioButton* OptMode(int) override { return nullptr; }
-    QLineEdit* txtRegRd(int) override { return nullptr; }
-    QLineEdit* txtRegHex(int) override { return nullptr; }
-    Shape* ShpIndrd(int) override { return nullptr; }
-    Shape* ShpIndwr(int) override { return nullptr; }
     // StartupLamps
     Shape* Shp_USB_Init() override { return Shp_USB_Init_; }
     Shape* Shp_USB_Info() override { return Shp_USB_Info_; }
@@ -81,9 +72,7 @@ public:
     QAction* mnuAbout = nullptr;
     QAction* mnuLXM600 = nullptr;
     Shape* Shp_USB_Init_ = nullptr;
-    Shape* ShpAttach_ = nullptr;
     Shape* Shp_USB_Info_ = nullptr;
-    Shape* Shp_USB_Transfer_ = nullptr;
     // One line under the lamps while no board is there, saying what to do about it.
     QLabel* lblNoBoard = nullptr;
     void ShowBoardHint();

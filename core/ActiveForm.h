@@ -26,6 +26,24 @@ public:
     virtual Shape* ShpIndwr(int reg) = 0;
 };
 
+// A form that can become active but has only the two transfer lamps: the transfer layer lights
+// them and leaves everything else alone. The form creates the lamps.
+class LampsOnlyForm : public ActiveForm {
+public:
+    Shape* ShpAttach() override { return ShpAttach_; }
+    Shape* Shp_USB_Transfer() override { return Shp_USB_Transfer_; }
+    ColorLabel* LblCommTest() override { return nullptr; }
+    QRadioButton* OptMode(int) override { return nullptr; }
+    QLineEdit* txtRegRd(int) override { return nullptr; }
+    QLineEdit* txtRegHex(int) override { return nullptr; }
+    Shape* ShpIndrd(int) override { return nullptr; }
+    Shape* ShpIndwr(int) override { return nullptr; }
+
+protected:
+    Shape* ShpAttach_ = nullptr;
+    Shape* Shp_USB_Transfer_ = nullptr;
+};
+
 // The two lamps that always live on the start-up window, whichever form is active.
 class StartupLamps {
 public:

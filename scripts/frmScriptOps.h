@@ -28,7 +28,7 @@ class Shape;
 // work live in ScriptSyntax and ScriptRunner; this form shows them.
 //   frmScriptOps.cpp      layout, loading
 //   frmScriptOps_run.cpp  running, the pause box, export and writing scripts
-class frmScriptOps : public QWidget, public ActiveForm, private scripts::RunObserver {
+class frmScriptOps : public QWidget, public LampsOnlyForm, private scripts::RunObserver {
 public:
     explicit frmScriptOps(Session& session, QWidget* parent = nullptr);
     ~frmScriptOps() override;
@@ -47,16 +47,6 @@ public:
     bool LoadFile(const QString& path);
     const std::vector<scripts::ScriptRow>& Rows() const { return rows_; }
     bool Running() const { return runner_.Running(); }
-
-    // ActiveForm: the lamps; this form has no register rows.
-    Shape* ShpAttach() override { return ShpAttach_; }
-    Shape* Shp_USB_Transfer() override { return Shp_USB_Transfer_; }
-    ColorLabel* LblCommTest() override { return nullptr; }
-    QRadioButton* OptMode(int) override { return nullptr; }
-    QLineEdit* txtRegRd(int) override { return nullptr; }
-    QLineEdit* txtRegHex(int) override { return nullptr; }
-    Shape* ShpIndrd(int) override { return nullptr; }
-    Shape* ShpIndwr(int) override { return nullptr; }
 
     QLabel* lblTitle = nullptr;
     QTableWidget* vbalGrid1 = nullptr;
@@ -88,9 +78,7 @@ public:
     QMenuBar* menuBar = nullptr;
     QAction* mnuScript_Read = nullptr;
     QAction* mnuScript_Write = nullptr;
-    Shape* Shp_USB_Transfer_ = nullptr;
     Shape* Shp_USB_Info_ = nullptr;
-    Shape* ShpAttach_ = nullptr;
 
 protected:
     void changeEvent(QEvent* e) override;
