@@ -3,23 +3,9 @@
 # standard input and error not terminals. Its output is captured and shown only on a failure.
 # Usage: headless_collect_test.sh path/to/lxmeval
 bin="$1"
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failed=0
+. "$(dirname "$0")/headless_lib.sh"
 cr=$(printf '\r')
 
-fail() {
-    echo "FAIL ($case): $*"
-    echo "  stderr:"; sed -e 's/^/    /' "$work/err"
-    failed=1
-}
-# run EXPECTED_EXIT ARGS...
-run() {
-    expect=$1; shift
-    env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM "$bin" "$@" >"$work/out" 2>"$work/err" </dev/null
-    rc=$?
-    [ "$rc" = "$expect" ] || fail "exit status $rc, expected $expect"
-}
 has() { grep -qF -- "$2" "$1" || fail "$1 lacks: $2"; }
 # rows FILE: the sample rows of a log (after the "#" lines and the column names).
 rows() { grep -v '^#' "$1" | tail -n +2 | wc -l | tr -d ' '; }

@@ -3,28 +3,9 @@
 # input not a terminal. Its output is captured here and compared, never passed through raw.
 # Usage: headless_script_test.sh path/to/lxmeval
 bin="$1"
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failed=0
+. "$(dirname "$0")/headless_lib.sh"
 tab=$(printf '\t')
 
-show() {
-    # The program's summary line would otherwise read like a test runner's own.
-    sed -e 's/ passed, / passed; /' -e 's/^/    /' "$work/$1"
-}
-fail() {
-    echo "FAIL ($case): $*"
-    echo "  stdout:"; show out
-    echo "  stderr:"; show err
-    failed=1
-}
-# run EXPECTED_EXIT ARGS...
-run() {
-    expect=$1; shift
-    env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM "$bin" "$@" >"$work/out" 2>"$work/err" </dev/null
-    rc=$?
-    [ "$rc" = "$expect" ] || fail "exit status $rc, expected $expect"
-}
 has() { grep -qF -- "$2" "$work/$1" || fail "$1 lacks: $2"; }
 lacks() { ! grep -qF -- "$2" "$work/$1" || fail "$1 should not hold: $2"; }
 empty() { [ ! -s "$work/$1" ] || fail "$1 should be empty"; }
