@@ -26,6 +26,7 @@
 #include "core/Shape.h"
 #include "simboard/SimBoard.h"
 #include "simboard/SimDriver.h"
+#include "core/MenuBar.h"
 
 namespace lxm {
 
@@ -269,7 +270,7 @@ bool SimulatorMenu::eventFilter(QObject* watched, QEvent* event) {
         if (window->isWindow() && window != &panel_) {
             QMenuBar* bar = window->findChild<QMenuBar*>();
             if (bar && !bar->findChild<QAction*>(QStringLiteral("mnuSimulator"))) {
-                QMenu* menu = bar->addMenu(QStringLiteral("Simulator"));
+                QMenu* menu = MenuNamed(*bar, QStringLiteral("Simulator"));
                 QAction* show = menu->addAction(QStringLiteral("Simulated Board..."));
                 show->setObjectName(QStringLiteral("mnuSimulator"));
                 QObject::connect(show, &QAction::triggered, &panel_, [this] { panel_.Reopen(); });

@@ -11,12 +11,13 @@
 #include "transport/Session.h"
 #include "transport/frmGPIO.h"
 #include "transport/generic_usb_lib.h"
+#include "core/MenuBar.h"
 
 namespace lxm {
 
 BoardMenu::BoardMenu(Session& session, QMenuBar& bar, BoardRegisters registers)
     : QObject(&bar), s_(session), registers_(std::move(registers)) {
-    mnuBoard = bar.addMenu(QStringLiteral("Board"));
+    mnuBoard = MenuNamed(bar, QStringLiteral("Board"));
     mnuInitTable = mnuBoard->addAction(QStringLiteral("Init Table"));
     mnuOpenUsb = mnuBoard->addAction(QStringLiteral("Open USB"));
     mnuCloseUsb = mnuBoard->addAction(QStringLiteral("Close USB"));

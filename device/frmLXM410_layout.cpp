@@ -29,6 +29,7 @@
 #include "device/parts/StripChart.h"
 #include "setup/SetupMenu.h"
 #include "transport/Session.h"
+#include "core/MenuBar.h"
 
 namespace lxm {
 
@@ -48,7 +49,7 @@ void frmLXM410::BuildLayout() {
     FormColumns cols(this, 3);
 
     menuBar = new QMenuBar(this);
-    QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
+    QMenu* tools = MenuNamed(*menuBar, QStringLiteral("Tools"));
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
     mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));

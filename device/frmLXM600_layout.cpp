@@ -24,6 +24,7 @@
 #include "device/parts/StripChart.h"
 #include "setup/SetupMenu.h"
 #include "transport/Session.h"
+#include "core/MenuBar.h"
 
 namespace lxm {
 
@@ -47,7 +48,7 @@ void frmLXM600::BuildLayout() {
     for (int c = 0; c < 3; ++c) cols.column(c)->setSpacing(3);
 
     menuBar = new QMenuBar(this);
-    QMenu* tools = menuBar->addMenu(QStringLiteral("Tools"));
+    QMenu* tools = MenuNamed(*menuBar, QStringLiteral("Tools"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
     AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
     // The ID and the readings (0, 8, 9, 10) are read-only; the configuration goes last, once

@@ -9,6 +9,7 @@
 #include "core/Seams.h"
 #include "setup/WriteSetupFile.h"
 #include "setup/frmBoardSetup.h"
+#include "core/MenuBar.h"
 
 namespace lxm {
 
@@ -39,7 +40,7 @@ std::optional<QString> SaveSetup(const QWidget& form, Messages& messages, FileDi
 
 SetupMenu::SetupMenu(QMenuBar& menuBar, QWidget& deviceForm, Messages& messages, FileDialogs& files)
     : QObject(&deviceForm), deviceForm_(deviceForm), messages_(messages), files_(files) {
-    QMenu* menu = menuBar.addMenu(QStringLiteral("Setup"));
+    QMenu* menu = MenuNamed(menuBar, QStringLiteral("Setup"));
     mnuBoardSetup = menu->addAction(QStringLiteral("Applications Board Setup..."));
     mnuSaveSetup = menu->addAction(QStringLiteral("Save Setup..."));
     connect(mnuBoardSetup, &QAction::triggered, this, [this] { mnuBoardSetup_Click(); });
