@@ -21,6 +21,7 @@
 #include "device/BoardMenu.h"
 #include "device/FormFit.h"
 #include "device/frmLXM410.h"
+#include "device/parts/ReadingFlag.h"
 #include "device/parts/FormLayout.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RecordFrame.h"
@@ -302,6 +303,8 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     lblRange = new QLabel(QStringLiteral("Range Change"), frmCollect);
     rdg->addWidget(Label16, 0, 0);
     rdg->addWidget(txtReading, 0, 1);
+    lblReadingFlag = new ReadingFlag(frmCollect);
+    rdg->addWidget(lblReadingFlag, 0, 2);
     rdg->addWidget(Label36, 1, 0);
     rdg->addWidget(txtADCRaw, 1, 1);
     rdg->addWidget(Label6, 2, 0);

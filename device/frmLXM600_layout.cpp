@@ -16,6 +16,7 @@
 #include "device/BoardMenu.h"
 #include "device/FormFit.h"
 #include "device/frmLXM600.h"
+#include "device/parts/ReadingFlag.h"
 #include "device/parts/FormLayout.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RecordFrame.h"
@@ -272,6 +273,8 @@ void frmLXM600::BuildCollection(QHBoxLayout* under) {
     readings->setSpacing(6);
     readings->addWidget(Label16);
     readings->addWidget(txtReading);
+    lblReadingFlag = new ReadingFlag(frmCollect);
+    readings->addWidget(lblReadingFlag);
     readings->addSpacing(8);
     readings->addWidget(Label17);
     readings->addWidget(txtReading2);

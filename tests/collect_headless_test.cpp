@@ -134,7 +134,7 @@ TEST_P(MultiFunctionTypes, SetsThePartUpAndLogsItsReading) {
 
     ASSERT_EQ(Rows().size(), 25);
     const QList<QByteArray> last = Last();
-    ASSERT_EQ(last.size(), 6) << Rows().back().toStdString();
+    ASSERT_EQ(last.size(), 7) << Rows().back().toStdString();
     EXPECT_EQ(last[2], "25");
     EXPECT_EQ(last[5], c.unit);
     // The default scene: 300 lux and 120 of infrared on a 2000 lux full scale of 4096 counts,

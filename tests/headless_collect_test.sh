@@ -22,7 +22,7 @@ well_formed() {
 case="als for a number of samples"
 run 0 --collect als-cont --output "$work/als.csv" --samples 50 --interval 0 --simulate
 [ "$(rows "$work/als.csv")" = 50 ] || fail "$(rows "$work/als.csv") rows, expected 50"
-well_formed "$work/als.csv" "time,seconds,sample,raw,value,unit"
+well_formed "$work/als.csv" "time,seconds,sample,raw,value,unit,status"
 has "$work/als.csv" "# sensor: LXM410"
 has "$work/als.csv" "# interval: 0 ms"
 grep -q ",lux$cr\$" "$work/als.csv" || fail "no lux rows"
@@ -33,7 +33,7 @@ case="the dual mode with range and resolution on another sensor"
 run 0 --collect prox-ir --output "$work/dual.csv" --samples 12 --sensor LXM430 --range 4000 \
     --resolution 12 --interval 5 --simulate
 [ "$(rows "$work/dual.csv")" = 12 ] || fail "$(rows "$work/dual.csv") rows, expected 12"
-well_formed "$work/dual.csv" "time,seconds,sample,raw,value,unit,ir,prox"
+well_formed "$work/dual.csv" "time,seconds,sample,raw,value,unit,status,ir,prox"
 has "$work/dual.csv" "# sensor: LXM430"
 has "$work/dual.csv" "# range: 4000 lux"
 has "$work/dual.csv" "# interval: 5 ms"
@@ -54,14 +54,14 @@ kill -TERM $pid
 wait $pid
 rc=$?
 [ "$rc" = 0 ] || fail "exit status $rc after SIGTERM, expected 0"
-well_formed "$work/term.csv" "time,seconds,sample,raw,value,unit"
+well_formed "$work/term.csv" "time,seconds,sample,raw,value,unit,status"
 [ "$(rows "$work/term.csv")" -ge 3 ] || fail "rows were lost"
 has "$work/err" "stopped by signal"
 
 case="the multi-function sensor, proximity"
 run 0 --collect prox-cont --output "$work/m600.csv" --sensor LXM600 --samples 20 --interval 0 --simulate
 [ "$(rows "$work/m600.csv")" = 20 ] || fail "$(rows "$work/m600.csv") rows, expected 20"
-well_formed "$work/m600.csv" "time,seconds,sample,raw,value,unit"
+well_formed "$work/m600.csv" "time,seconds,sample,raw,value,unit,status"
 has "$work/m600.csv" "# sensor: LXM600"
 has "$work/m600.csv" "# measurement: Proximity"
 grep -q ",counts$cr\$" "$work/m600.csv" || fail "no counts rows"

@@ -3,6 +3,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QStringList>
 #include <QPushButton>
 
 #include "core/VbText.h"
@@ -31,7 +32,15 @@ MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(QStringLiteral("Max / Min"
         txtStats[r] = MakeBox(this, QString(), 62);
         txtStats[r]->setReadOnly(true);
         mg->addWidget(txtStats[r], r, 4);
+        statUnits[std::size_t(r)] = new QLabel(this);
+        mg->addWidget(statUnits[std::size_t(r)], r, 5);
     }
+    statUnits[0]->setText(QStringLiteral("readings"));
+    SetUnit(QStringLiteral("counts"));
+    // Red, and empty while nothing is flagged: a mark that appears only when it means something.
+    lblFlagged = new QLabel(this);
+    lblFlagged->setStyleSheet(QStringLiteral("color: #c00000;"));
+    lblFlagged->setToolTip(QString());
     txtStats[0]->setToolTip(QStringLiteral("Readings since Start or \"Clear\""));
     txtStats[1]->setToolTip(QStringLiteral("Mean of the readings since Start or \"Clear\""));
     txtStats[2]->setToolTip(QStringLiteral("Standard deviation of the readings since Start or \"Clear\""));
@@ -39,6 +48,21 @@ MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(QStringLiteral("Max / Min"
     cmdClearHist = new QPushButton(QStringLiteral("Clear"), this);
     mg->addWidget(Label37, 3, 0, 1, 3);
     mg->addWidget(cmdClearHist, 3, 3, 1, 2);
+    mg->addWidget(lblFlagged, 3, 5);
+    // Of a fixed width: a count that grows must not widen the form.
+    lblFlagged->setFixedWidth(lblFlagged->fontMetrics().horizontalAdvance(QStringLiteral("00 sat. 00 failed")));
+}
+
+void MaxMinFrame::SetUnit(const QString& unit) {
+    statUnits[1]->setText(unit);
+    statUnits[2]->setText(unit);
+}
+
+QString FlaggedText(const RunningStats& stats) {
+    QStringList parts;
+    if (stats.Saturated() > 0) parts << QString::number(stats.Saturated()) + QStringLiteral(" sat.");
+    if (stats.Failed() > 0) parts << QString::number(stats.Failed()) + QStringLiteral(" failed");
+    return parts.join(QLatin1Char(' '));
 }
 
 std::array<QString, 3> StatsTexts(const RunningStats& stats) {
@@ -53,6 +77,11 @@ void MaxMinFrame::ShowStats(const RunningStats& stats) {
     const auto texts = StatsTexts(stats);
     for (int i = 0; i < 3; ++i)
         if (txtStats.at(i)->text() != texts[std::size_t(i)]) txtStats.at(i)->setText(texts[std::size_t(i)]);
+    const QString flagged = FlaggedText(stats);
+    if (lblFlagged->toolTip() != flagged) {
+        lblFlagged->setToolTip(flagged);
+        lblFlagged->setText(lblFlagged->fontMetrics().elidedText(flagged, Qt::ElideRight, lblFlagged->width()));
+    }
 }
 
 void MaxMinFrame::Update(CollectionState& st, const QString& rawText, std::uint8_t low, std::uint8_t high) {
@@ -69,7 +98,7 @@ void MaxMinFrame::Show(CollectionState& st) {
     st.CountMax = st.maxMinPanel.countMax();
     st.CountMin = st.maxMinPanel.countMin();
     st.MaxMinCounter = st.maxMinPanel.counter();
-    st.stats.Add(st.LatestReading);
+    st.stats.Add(st.LatestReading, st.PassStatus);
     if (!st.Displayed) return;
     const auto& texts = st.maxMinPanel.texts();
     for (int i = 0; i < kPanelTexts; ++i)
@@ -88,6 +117,8 @@ void MaxMinFrame::Clear(CollectionState& st) {
 void MaxMinFrame::Empty() {
     for (int i = 0; i < kPanelTexts; ++i) txtADMax.at(i)->clear();
     for (int i = 0; i < 3; ++i) txtStats.at(i)->clear();
+    lblFlagged->clear();
+    lblFlagged->setToolTip(QString());
 }
 
 }  // namespace lxm
