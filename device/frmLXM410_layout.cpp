@@ -313,7 +313,7 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     auto* status = new QHBoxLayout;
     status->addWidget(lblLoop_Count);
     status->addWidget(Label18, 1);
-    rdg->addLayout(status, 3, 0, 1, 2);
+    rdg->addLayout(status, 3, 0, 1, 3);
     // Start's caption changes when a run starts; it gets the room of its longer text from the
     // outset, so that nothing moves under the pointer.
     auto* startStop = new QHBoxLayout;
@@ -322,9 +322,9 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     cmdCollectData->setText(QStringLiteral("Start"));
     startStop->addWidget(cmdCollectData);
     startStop->addWidget(cmdStopData, 1);
-    rdg->addLayout(startStop, 4, 0, 1, 2);
+    rdg->addLayout(startStop, 4, 0, 1, 3);
     rdg->addWidget(lblRange, 5, 0);
-    rdg->addWidget(ChkSampleInt, 5, 1);
+    rdg->addWidget(ChkSampleInt, 5, 1, 1, 2);
     col3->addWidget(frmCollect);
     col3->addWidget(frmDataRecord);
 

@@ -273,8 +273,6 @@ void frmLXM600::BuildCollection(QHBoxLayout* under) {
     readings->setSpacing(6);
     readings->addWidget(Label16);
     readings->addWidget(txtReading);
-    lblReadingFlag = new ReadingFlag(frmCollect);
-    readings->addWidget(lblReadingFlag);
     readings->addSpacing(8);
     readings->addWidget(Label17);
     readings->addWidget(txtReading2);
@@ -287,6 +285,9 @@ void frmLXM600::BuildCollection(QHBoxLayout* under) {
     timing->setSpacing(6);
     timing->addWidget(Label6);
     timing->addWidget(txtTime1);
+    // Under the live value: the readings row has no room to spare on a laptop screen.
+    lblReadingFlag = new ReadingFlag(frmCollect);
+    timing->addWidget(lblReadingFlag);
     timing->addSpacing(8);
     timing->addWidget(lblLoop_Count, 1);
     timing->addWidget(Label18, 2);

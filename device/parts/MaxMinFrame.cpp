@@ -1,6 +1,7 @@
 #include "device/parts/MaxMinFrame.h"
 
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QStringList>
@@ -10,7 +11,7 @@
 
 namespace lxm {
 
-MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(QStringLiteral("Max / Min"), parent) {
+MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(parent) {
     auto* mg = new QGridLayout(this);
     static const char* kMaxCaps[3] = {"Max", "Min", "Now"};
     for (int r = 0; r < 3; ++r) {
@@ -28,34 +29,35 @@ MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(QStringLiteral("Max / Min"
     // than it is wide.
     static const char* kStatCaps[3] = {"N", "Mean", "SD"};
     for (int r = 0; r < 3; ++r) {
-        mg->addWidget(new QLabel(QString::fromLatin1(kStatCaps[r]), this), r, 3);
+        statCaps[std::size_t(r)] = new QLabel(QString::fromLatin1(kStatCaps[r]), this);
+        mg->addWidget(statCaps[std::size_t(r)], r, 3);
         txtStats[r] = MakeBox(this, QString(), 62);
         txtStats[r]->setReadOnly(true);
         mg->addWidget(txtStats[r], r, 4);
-        statUnits[std::size_t(r)] = new QLabel(this);
-        mg->addWidget(statUnits[std::size_t(r)], r, 5);
     }
-    statUnits[0]->setText(QStringLiteral("readings"));
     SetUnit(QStringLiteral("counts"));
     // Red, and empty while nothing is flagged: a mark that appears only when it means something.
+    // It takes the room the caption beside it leaves and never asks for more, so a count that
+    // grows cannot widen the form; the whole text is its tool tip.
     lblFlagged = new QLabel(this);
     lblFlagged->setStyleSheet(QStringLiteral("color: #c00000;"));
-    lblFlagged->setToolTip(QString());
+    lblFlagged->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     txtStats[0]->setToolTip(QStringLiteral("Readings since Start or \"Clear\""));
     txtStats[1]->setToolTip(QStringLiteral("Mean of the readings since Start or \"Clear\""));
     txtStats[2]->setToolTip(QStringLiteral("Standard deviation of the readings since Start or \"Clear\""));
     Label37 = new QLabel(QStringLiteral("Max Min Count"), this);
     cmdClearHist = new QPushButton(QStringLiteral("Clear"), this);
-    mg->addWidget(Label37, 3, 0, 1, 3);
+    auto* countRow = new QHBoxLayout;
+    countRow->addWidget(Label37);
+    countRow->addWidget(lblFlagged, 1);
+    mg->addLayout(countRow, 3, 0, 1, 3);
     mg->addWidget(cmdClearHist, 3, 3, 1, 2);
-    mg->addWidget(lblFlagged, 3, 5);
-    // Of a fixed width: a count that grows must not widen the form.
-    lblFlagged->setFixedWidth(lblFlagged->fontMetrics().horizontalAdvance(QStringLiteral("00 sat. 00 failed")));
 }
 
+// The units in the title, which is shorter than the panel whichever unit it names, so a
+// change of unit at Start moves nothing; the panel has no column to spare on a laptop screen.
 void MaxMinFrame::SetUnit(const QString& unit) {
-    statUnits[1]->setText(unit);
-    statUnits[2]->setText(unit);
+    setTitle(QStringLiteral("Max / Min: counts    Mean, SD: ") + unit);
 }
 
 QString FlaggedText(const RunningStats& stats) {
@@ -80,7 +82,7 @@ void MaxMinFrame::ShowStats(const RunningStats& stats) {
     const QString flagged = FlaggedText(stats);
     if (lblFlagged->toolTip() != flagged) {
         lblFlagged->setToolTip(flagged);
-        lblFlagged->setText(lblFlagged->fontMetrics().elidedText(flagged, Qt::ElideRight, lblFlagged->width()));
+        lblFlagged->setText(flagged);
     }
 }
 

@@ -32,8 +32,8 @@ public:
     // Count, mean and standard deviation of the readings since Start or "Clear".
     CtlArray<QLineEdit> txtStats;
     QLabel* Label37 = nullptr;
-    // The unit of the mean and deviation, and the count of flagged readings beside them.
-    std::array<QLabel*, 3> statUnits{};
+    std::array<QLabel*, 3> statCaps{};  // "N", "Mean", "SD"
+    // The count of flagged readings since Start or "Clear", beside the pass count.
     QLabel* lblFlagged = nullptr;
     // "lux" or "counts", as the run's readings are.
     void SetUnit(const QString& unit);
