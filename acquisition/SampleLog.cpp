@@ -286,6 +286,25 @@ void SampleLog::Fail(int err) {
     if (onError_) onError_(path_, Reason(err));
 }
 
+QString LogCreationProblem(const QString& path) {
+    if (path.isEmpty()) return Reason(ENOENT);
+    const QFileInfo given(path);
+    const QFileInfo info(given.isSymLink() ? given.symLinkTarget() : path);
+    struct stat st {};
+    if (::stat(QFile::encodeName(info.filePath()).constData(), &st) == 0) {
+        if (S_ISDIR(st.st_mode)) return Reason(EISDIR);
+        if (!S_ISREG(st.st_mode)) return QString();  // a device or pipe is opened as it is
+    }
+    // The log is written beside its file first, so the folder is what must take a new file.
+    QByteArray temp = QFile::encodeName(info.absolutePath() + QStringLiteral("/.") + info.fileName()) +
+                      QByteArrayLiteral(".XXXXXX");
+    const int fd = ::mkstemp(temp.data());
+    if (fd < 0) return Reason(errno);
+    ::close(fd);
+    ::unlink(temp.constData());
+    return QString();
+}
+
 QString SampleLogErrorMessage(const QString& path, const QString& reason) {
     return QStringLiteral("Logging to \"") + path + QStringLiteral("\" stopped: ") + reason +
            QStringLiteral(

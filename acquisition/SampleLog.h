@@ -87,6 +87,10 @@ private:
     char cachedTime_[24] = {};
 };
 
+// Why a log could not be created at path (the system's reason), or empty when it could: for
+// a caller that must know before its run starts. Nothing is left behind by the check.
+QString LogCreationProblem(const QString& path);
+
 // The message for a log that stopped: the path, the reason, and what to do.
 QString SampleLogErrorMessage(const QString& path, const QString& reason);
 
