@@ -73,6 +73,7 @@ void PacedCollection::Run() {
         s_.comm().NotConnected();
         return;
     }
+    if (s_.comm().RefuseUnopenedBoard()) return;
     ++depth_;
     do {
         restartPending_ = false;

@@ -202,6 +202,7 @@ void RegisterPanel::AddressEntered() {
 
 std::optional<std::vector<std::uint8_t>> RegisterPanel::ReadRows(int first, int count,
                                                                  const QString& busyText) {
+    if (s_.comm().RefuseUnopenedBoard()) return std::nullopt;
     if (s_.TransferBusy) {
         if (!busyText.isEmpty()) ShowBusy(busyText);
         s_.TransferDeferred = true;

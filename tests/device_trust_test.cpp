@@ -1,0 +1,94 @@
+// The device forms do not lose or misread what they measure: a board plugged in again is not
+// read before it is reopened, a failed read is no reading of 0, a saturated one is marked, and
+// a setting changed during a run is in the log before the rows it applies to.
+#include <QCheckBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QTemporaryDir>
+
+#include "device/BoardMenu.h"
+#include "device/parts/MaxMinFrame.h"
+#include "device/parts/ReadingFlag.h"
+#include "device/parts/RecordFrame.h"
+#include "device_form_fixture.h"
+
+namespace lxm::test {
+namespace {
+
+struct Trust : FormFixture {
+    QTemporaryDir dir;
+    QString path = dir.filePath(QStringLiteral("run.csv"));
+    void LogTo(const QString& file) {
+        form->frmDataRecord->SetLogFile(file);
+        form->frmDataRecord->chkLogAll->setChecked(true);
+    }
+    QByteArray Content(const QString& file) {
+        QFile f(file);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
+};
+
+TEST_F(Trust, ABoardPluggedInAgainIsNotReadUntilItIsReopened) {
+    Measure(5);
+    LogTo(path);
+    driver.Unplug();
+    Pump();
+    driver.Plug();
+    Pump();
+    ASSERT_TRUE(session.UsbConnected) << "the lamps are green again";
+    messages.clear();
+    const std::size_t wireBefore = wire().size();
+    EXPECT_EQ(Collect(5), 0) << "no run on a board that is not open";
+    form->cmdRead_ADC_Click();
+    EXPECT_EQ(DataReads(wireBefore), 0);
+    ASSERT_EQ(messages.texts.size(), 2) << messages.texts.join(" | ").toStdString();
+    EXPECT_TRUE(messages.texts[0].contains("Board > Reconnect"));
+    EXPECT_FALSE(QFile::exists(path)) << "no log of zeros";
+
+    form->boardMenu->mnuReconnect_Click();
+    messages.clear();
+    EXPECT_EQ(Collect(5), 5);
+    EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join(" | ").toStdString();
+}
+
+TEST_F(Trust, AFailedReadIsLoggedFailedAndLeftOutOfTheStatistics) {
+    Measure(5);
+    Settle();
+    LogTo(path);
+    Collect([&](int n) {
+        if (n == 3) driver.TimeOutNext(2);  // the next pass's read gets no reply
+        return n < 6;
+    });
+    const QByteArray log = Content(path);
+    // The reply that never came may also cost the read after it.
+    const int failed = int(log.count(",failed\r\n"));
+    EXPECT_GE(failed, 1) << log.toStdString();
+    EXPECT_EQ(log.count(",,,lux,failed\r\n"), failed) << "no raw count and no value";
+    EXPECT_EQ(form->stats.Failed(), std::uint64_t(failed));
+    EXPECT_EQ(form->stats.Count(), std::uint64_t(6 - failed));
+    EXPECT_GT(form->stats.Mean(), 100) << "no 0 in the mean";
+    EXPECT_TRUE(form->FrmMeasureDetails->lblFlagged->text().contains(QString::number(failed) + " failed"));
+}
+
+TEST_F(Trust, ASaturatedCountIsMarkedAndARangeChangedDuringTheRunIsLogged) {
+    Measure(5);
+    scene().ambientLux = 3000;  // above the 1000 lux range
+    Settle();
+    LogTo(path);
+    Collect([&](int n) {
+        if (n == 3) form->OptGain.at(1)->click();  // 4000 lux: the counts come down
+        if (n == 4) Settle();
+        return n < 6;
+    });
+    const QByteArray log = Content(path);
+    const int change = log.indexOf("# range: 4000 lux\r\n");
+    ASSERT_GT(change, log.indexOf("time,")) << log.toStdString();
+    EXPECT_TRUE(log.left(change).contains(",saturated\r\n")) << log.toStdString();
+    EXPECT_TRUE(log.mid(change).endsWith(",ok\r\n")) << log.toStdString();
+    EXPECT_GE(form->stats.Saturated(), 2u);
+    EXPECT_TRUE(form->FrmMeasureDetails->lblFlagged->text().contains("sat."));
+    EXPECT_TRUE(form->FrmMeasureDetails->title().contains("lux"));
+}
+
+}  // namespace
+}  // namespace lxm::test
