@@ -305,6 +305,18 @@ QString LogCreationProblem(const QString& path) {
     return QString();
 }
 
+QString NextFreeLogPath(const QString& path) {
+    const QFileInfo info(path);
+    const QString suffix = info.suffix();
+    QString stem = path;
+    if (!suffix.isEmpty()) stem.chop(suffix.size() + 1);
+    for (int n = 2;; ++n) {
+        const QString candidate =
+            stem + QLatin1Char('-') + QString::number(n) + (suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
+        if (!QFileInfo::exists(candidate)) return candidate;
+    }
+}
+
 QString SampleLogErrorMessage(const QString& path, const QString& reason) {
     return QStringLiteral("Logging to \"") + path + QStringLiteral("\" stopped: ") + reason +
            QStringLiteral(

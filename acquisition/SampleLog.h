@@ -91,6 +91,10 @@ private:
 // a caller that must know before its run starts. Nothing is left behind by the check.
 QString LogCreationProblem(const QString& path);
 
+// A file for a further run beside path that holds no earlier run: "run1.csv" gives
+// "run1-2.csv", or "run1-3.csv" when that one exists too.
+QString NextFreeLogPath(const QString& path);
+
 // The message for a log that stopped: the path, the reason, and what to do.
 QString SampleLogErrorMessage(const QString& path, const QString& reason);
 

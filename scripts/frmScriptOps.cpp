@@ -161,7 +161,7 @@ void frmScriptOps::Form_Load() {
 void frmScriptOps::mnuScript_Read_Click() {
     if (Running()) return;
     std::optional<QString> name =
-        s_.files.OpenFile(QStringLiteral("Select Script File to Open"), QFileInfo(path_).absolutePath(),
+        s_.files.OpenFile(QStringLiteral("Select Script File to Open"), path_,
                           QStringLiteral("Velmarin Script Files (*.txt);;All Files (*)"));
     if (!name || name->isEmpty()) return;
     QString path = *name;

@@ -2,11 +2,15 @@
 // changed during a run, and statistics that leave failed reads out.
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include "acquisition/RunningStats.h"
 #include "acquisition/SampleLog.h"
+#include "core/FileFolders.h"
 #include "support/FakeClock.h"
 
 namespace lxm {
@@ -89,6 +93,31 @@ TEST(SampleLogFlags, StatusColumnAndSettingsChangedDuringTheRun) {
     EXPECT_TRUE(lines[4].endsWith(",2,4095,4095,counts,saturated\r"));
     EXPECT_TRUE(lines[5].endsWith(",3,,,counts,failed\r")) << "a failed read is no 0";
     EXPECT_TRUE(lines[6].endsWith(",4,7,7,counts,early\r"));
+}
+
+TEST(FileFolders, DialogsStartInTheDocumentsThenWhereTheUserLastWent) {
+    QStandardPaths::setTestModeEnabled(true);
+    const QString documents = DocumentsFolder();
+    EXPECT_TRUE(QFileInfo(documents).isDir());
+    QTemporaryDir elsewhere;
+    DialogStart start;
+    EXPECT_EQ(start.For(QString()), documents);
+    EXPECT_EQ(start.For(QCoreApplication::applicationDirPath() + "/Data.txt"), documents + "/Data.txt");
+    EXPECT_EQ(start.For("setup.lxm"), documents + "/setup.lxm");
+    EXPECT_EQ(start.For(elsewhere.filePath("a.csv")), elsewhere.filePath("a.csv"));
+    start.Chosen(elsewhere.filePath("run1.csv"));
+    EXPECT_EQ(start.For(QString()), elsewhere.path());
+    EXPECT_EQ(start.For(QCoreApplication::applicationDirPath() + "/Data.txt"), elsewhere.filePath("Data.txt"));
+}
+
+TEST(SampleLogFlags, AFurtherRunTakesTheNextFreeName) {
+    QTemporaryDir dir;
+    for (const char* name : {"run1.csv", "run1-2.csv"}) {
+        QFile f(dir.filePath(name));
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    }
+    EXPECT_EQ(NextFreeLogPath(dir.filePath("run1.csv")), dir.filePath("run1-3.csv"));
+    EXPECT_EQ(NextFreeLogPath(dir.filePath("log")), dir.filePath("log-2"));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QLineEdit>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include "device/BoardMenu.h"
 #include "device/parts/MaxMinFrame.h"
@@ -88,6 +89,49 @@ TEST_F(Trust, ASaturatedCountIsMarkedAndARangeChangedDuringTheRunIsLogged) {
     EXPECT_GE(form->stats.Saturated(), 2u);
     EXPECT_TRUE(form->FrmMeasureDetails->lblFlagged->text().contains("sat."));
     EXPECT_TRUE(form->FrmMeasureDetails->title().contains("lux"));
+}
+
+TEST_F(Trust, EveryStartLogsToAFileOfItsOwnAndTheFormNamesIt) {
+    Measure(5);
+    QFile existing(dir.filePath("offered.csv"));
+    ASSERT_TRUE(existing.open(QIODevice::WriteOnly));
+    existing.write("an earlier run\n");
+    existing.close();
+    // A file the user chose is the first run's; a file only offered is never replaced.
+    const struct {
+        QString file;
+        bool chosen;
+        QStringList runs;
+    } cases[] = {{path, true, {"run.csv", "run-2.csv", "run-3.csv"}},
+                 {existing.fileName(), false, {"offered-2.csv", "offered-3.csv"}}};
+    for (const auto& c : cases) {
+        form->frmDataRecord->SetLogFile(c.file, c.chosen);
+        form->frmDataRecord->chkLogAll->setChecked(true);
+        for (const QString& run : c.runs) {
+            Collect(3);
+            EXPECT_EQ(Content(dir.filePath(run)).count(",ok\r\n") + Content(dir.filePath(run)).count(",early\r\n"), 3)
+                << run.toStdString();
+            QTest::qWait(600);
+            EXPECT_TRUE(form->frmDataRecord->chkLogAll->toolTip().contains(run + ", 3 rows"))
+                << form->frmDataRecord->chkLogAll->toolTip().toStdString();
+        }
+    }
+    EXPECT_EQ(Content(existing.fileName()), "an earlier run\n");
+}
+
+TEST_F(Trust, WritingToDiskDoesNotWidenTheForm) {
+    if (form->CompactView) form->Label13_DblClick();
+    Measure(5);
+    Collect(25);
+    form->txtFilePath->setText(dir.filePath("block.txt"));
+    Pump();
+    const QSize before = form->minimumSizeHint();
+    const int labelWidth = form->Label18->width();
+    form->cmdStartRec_Click();
+    Pump();
+    EXPECT_EQ(form->minimumSizeHint(), before);
+    EXPECT_EQ(form->Label18->width(), labelWidth);
+    EXPECT_TRUE(form->Label18->toolTip().contains(" Measurement set(s) written: "));
 }
 
 }  // namespace
