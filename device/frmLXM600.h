@@ -217,6 +217,9 @@ private:
     CollectionState run_;
     std::unique_ptr<PacedCollection> loop_;
     int polls_ = 0;
+    // A read asked for while the bus was taken, waiting for it (one each at most).
+    bool readAdWaiting_ = false;
+    bool pollWaiting_ = false;
     std::uint8_t lastLow_ = 0, lastHigh_ = 0;
 };
 

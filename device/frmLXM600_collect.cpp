@@ -8,6 +8,7 @@
 #include "acquisition/Conversion.h"
 #include "acquisition/PictureBox.h"
 #include "acquisition/Rescale.h"
+#include "core/BusFree.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
 #include "device/frmLXM600.h"
@@ -26,12 +27,28 @@ constexpr int kProxData = 8;  // register 8: proximity; 9 and 10: ALS/IR low and
 constexpr int kStopYields = 10000;
 }  // namespace
 
+// While another transfer holds the bus the read says it waits, and is made once that one has
+// ended; the caption goes with the read.
 void frmLXM600::cmdReadAd_Click() {
     if (!s_.UsbConnected) {
         s_.comm().NotConnected();
         return;
     }
-    const auto bytes = panel_->ReadRows(kProxData, 3, QStringLiteral("Rd_AD Waiting"));
+    if (s_.comm().RefuseUnopenedBoard()) return;
+    if (s_.TransferBusy) {
+        if (readAdWaiting_) return;
+        readAdWaiting_ = true;
+        lblUSBStatis->setText(QStringLiteral("Rd_AD Waiting"));
+        WhenBusFree(
+            s_, this,
+            [this] {
+                readAdWaiting_ = false;
+                cmdReadAd_Click();
+            },
+            [this] { return readAdWaiting_ = s_.UsbConnected; });
+        return;
+    }
+    const auto bytes = panel_->ReadRows(kProxData, 3);
     if (!bytes) return;
     ProxCount600 = (*bytes)[0];
     AlsIrCount600 = (*bytes)[1] + (*bytes)[2] * 256;

@@ -69,6 +69,8 @@ void frmScriptOps::SetRunning(bool running) {
     mnuScript_Write->setEnabled(!running);
     cmdStartRec->setEnabled(!running);
     cmdAbort->setEnabled(running);
+    // "Reload" leaves Abort hidden; a run brings it back, for it is the way to end the run.
+    if (running) cmdAbort->show();
 }
 
 void frmScriptOps::RunScript(int loops) {

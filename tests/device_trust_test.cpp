@@ -3,11 +3,15 @@
 // a setting changed during a run is in the log before the rows it applies to.
 #include <QCheckBox>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include "device/BoardMenu.h"
+#include "device/frmLXM600.h"
+#include "scripts/frmScriptOps.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/ReadingFlag.h"
 #include "device/parts/RecordFrame.h"
@@ -132,6 +136,80 @@ TEST_F(Trust, WritingToDiskDoesNotWidenTheForm) {
     EXPECT_EQ(form->minimumSizeHint(), before);
     EXPECT_EQ(form->Label18->width(), labelWidth);
     EXPECT_TRUE(form->Label18->toolTip().contains(" Measurement set(s) written: "));
+}
+
+class MultiFunctionTrust : public ::testing::Test, protected BoardFixture {
+protected:
+    MultiFunctionTrust() {
+        board.Carry(sim::Chip::Lxm600);
+        OpenSession();
+        session.SelectedType = "LXM600";
+        form = std::make_unique<frmLXM600>(session);
+        form->Form_Load();
+        form->show();
+        wire().clear();
+    }
+    // I2C packets out, and the lengths of the replies asked for.
+    std::vector<std::vector<std::uint8_t>> Sent() {
+        std::vector<std::vector<std::uint8_t>> out;
+        for (auto& p : wire())
+            if (p.dir == sim::WireDir::Out && p.endpoint == 2) out.push_back(p.bytes);
+        return out;
+    }
+    std::vector<std::size_t> ReplyLengths() {
+        std::vector<std::size_t> out;
+        for (auto& p : wire())
+            if (p.dir == sim::WireDir::In && p.endpoint == 0x82) out.push_back(p.bytes.size());
+        return out;
+    }
+    std::unique_ptr<frmLXM600> form;
+};
+
+TEST_F(MultiFunctionTrust, ReadAdAndThePollWaitForABusyBusThenRead) {
+    session.TransferBusy = true;
+    form->cmdReadAd_Click();
+    form->TimerIPol_Timer();
+    form->TimerIPol_Timer();
+    EXPECT_EQ(form->lblUSBStatis->text(), "Rd_AD Waiting");
+    QTest::qWait(20);
+    EXPECT_TRUE(Sent().empty()) << "nothing inside the transfer in progress";
+    session.TransferBusy = false;
+    QTest::qWait(20);
+    using Packet = std::vector<std::uint8_t>;
+    EXPECT_EQ(Sent(), (std::vector<Packet>{{3, 0x89, 8}, {2, 0x89, 0}}));
+    EXPECT_EQ(ReplyLengths(), (std::vector<std::size_t>{5, 3}));
+    EXPECT_EQ(form->lblUSBStatis->text(), "");
+    EXPECT_EQ(form->polls(), 1);
+}
+
+TEST_F(MultiFunctionTrust, AScaleBeyond32BitsPlotsWithinTheGraph) {
+    for (QLineEdit* box : {form->chart().txtScaleMin, form->chart().txtScaleMin2}) box->setText("-3000000000");
+    form->cmdScale_Click();
+    int passes = 0;
+    form->collection().onPass = [&] {
+        if (++passes == 3) form->cmdStopData_Click();
+    };
+    form->cmdCollectData_Click();
+    EXPECT_EQ(passes, 3);
+    EXPECT_GE(form->plot().TracePixels[kTraceNewest], 1);
+    EXPECT_LE(form->plot().TracePixels2[kTraceNewest], kPlotRows);
+}
+
+TEST_F(MultiFunctionTrust, ScriptsSayEachBlankLineAndReloadLeavesAbortHidden) {
+    QTemporaryDir dir;
+    QFile f(dir.filePath("s.txt"));
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write("04,01\r\n\r\n\r\n04\r\n");
+    f.close();
+    frmScriptOps script(session);
+    script.Form_Load();
+    files.answers.push_back(f.fileName());
+    script.mnuScript_Read_Click();
+    EXPECT_EQ(messages.texts, QStringList({"Script File has a blank line", "Script File has a blank line"}));
+    script.cmdReload2_Click();
+    EXPECT_FALSE(script.cmdExecAll->isHidden());
+    EXPECT_FALSE(script.cmdRunContinuous->isHidden());
+    EXPECT_TRUE(script.cmdAbort->isHidden());
 }
 
 }  // namespace
