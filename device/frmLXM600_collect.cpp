@@ -71,6 +71,7 @@ void frmLXM600::OptGraph_Click(int Index) {
     TraceEnable2 = Index == 0 ? 0 : 255;
     loop_->drawTrace1 = TraceEnable1 == 255;
     loop_->drawTrace2 = TraceEnable2 == 255;
+    loop_->SettingsChanged();
 }
 
 void frmLXM600::cmdCollectData_Click() {

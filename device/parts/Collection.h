@@ -104,6 +104,9 @@ public:
     // from inside a run (a re-scale restarts collection from one of its yields) it asks the
     // running loop to start over once it has ended, rather than nesting a second loop.
     void Run();
+    // A setting the log records changed without a register write (the trace a form collects):
+    // the log says so before the next row.
+    void SettingsChanged() { settingsChanged_ = true; }
     // The log of the run under way (closed between runs).
     const SampleLog& log() const { return log_; }
 
