@@ -57,13 +57,7 @@ TEST(SampleLogFlags, StatusColumnAndSettingsChangedDuringTheRun) {
     test::FakeClock clock;
     QTemporaryDir dir;
     const QString path = dir.filePath("run.csv");
-    SampleLogHeader h;
-    h.sensor = "LXM410";
-    h.measurement = "ALS Cont.";
-    h.intervalMs = 8;
-    h.rangeLux = 1000;
-    h.resolutionBits = 16;
-    h.lux = true;
+    const SampleLogHeader h{"LXM410", "ALS Cont.", 0, 0, 8, 1000, 16, true, false};
     {
         SampleLog log(clock);
         ASSERT_TRUE(log.Open(path, h));

@@ -10,32 +10,28 @@
 #include <cstdlib>
 
 #include "app/HeadlessCollect.h"
-#include "simboard/SimBoard.h"
-#include "simboard/SimDriver.h"
-#include "support/FakeClock.h"
+#include "support/DeviceFixture.h"
 
 namespace lxm::test {
 namespace {
 
-struct CollectTrust : ::testing::Test {
-    FakeClock clock;
-    sim::SimBoard board{clock};
-    sim::SimDriver driver{board};
+// The board fixture's board and clock; the program makes its own session on them.
+struct CollectTrust : ::testing::Test, BoardFixture {
     QTemporaryDir dir;
     QString path = dir.filePath(QStringLiteral("run.csv"));
     std::string err;
 
+    // The error stream as the program wrote it, through a scratch file.
     int Run(std::vector<std::string> args) {
         args.insert(args.end(), {"--output", path.toStdString()});
         const CommandLine cl = ParseCommandLine(args);
         EXPECT_EQ(cl.error, "");
-        char* text = nullptr;
-        std::size_t size = 0;
-        std::FILE* stream = ::open_memstream(&text, &size);
+        std::FILE* stream = std::tmpfile();
         const int rc = RunCollectHeadless(cl, driver, clock, stream, false);
+        std::rewind(stream);
+        err.clear();
+        for (int c; (c = std::fgetc(stream)) != EOF;) err += char(c);
         std::fclose(stream);
-        err.assign(text, size);
-        std::free(text);
         return rc;
     }
     QByteArray Content() {

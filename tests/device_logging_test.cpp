@@ -317,17 +317,8 @@ TEST_F(LoggingTest, SavePictureWritesTheChartAsAPngOrSaysWhyNot) {
 }
 
 // The multi-function form logs through the same parts.
-struct MultiFunctionLogging : ::testing::Test, BoardFixture {
-    std::unique_ptr<frmLXM600> form;
+struct MultiFunctionLogging : Lxm600FormFixture {
     QTemporaryDir dir;
-    MultiFunctionLogging() {
-        board.Carry(sim::Chip::Lxm600);
-        OpenSession();
-        session.SelectedType = "LXM600";
-        form = std::make_unique<frmLXM600>(session);
-        form->Form_Load();
-        form->show();
-    }
 };
 
 TEST_F(MultiFunctionLogging, OneRowPerPassWithTheProximityCount) {

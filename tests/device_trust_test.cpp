@@ -138,17 +138,8 @@ TEST_F(Trust, WritingToDiskDoesNotWidenTheForm) {
     EXPECT_TRUE(form->Label18->toolTip().contains(" Measurement set(s) written: "));
 }
 
-class MultiFunctionTrust : public ::testing::Test, protected BoardFixture {
+class MultiFunctionTrust : public Lxm600FormFixture {
 protected:
-    MultiFunctionTrust() {
-        board.Carry(sim::Chip::Lxm600);
-        OpenSession();
-        session.SelectedType = "LXM600";
-        form = std::make_unique<frmLXM600>(session);
-        form->Form_Load();
-        form->show();
-        wire().clear();
-    }
     // I2C packets out, and the lengths of the replies asked for.
     std::vector<std::vector<std::uint8_t>> Sent() {
         std::vector<std::vector<std::uint8_t>> out;
@@ -162,7 +153,6 @@ protected:
             if (p.dir == sim::WireDir::In && p.endpoint == 0x82) out.push_back(p.bytes.size());
         return out;
     }
-    std::unique_ptr<frmLXM600> form;
 };
 
 TEST_F(MultiFunctionTrust, ReadAdAndThePollWaitForABusyBusThenRead) {
