@@ -94,8 +94,23 @@ case="bad arguments"
 run 2 --collect als-cont --output "$work/x.csv" --samples 5 --range 500 --simulate
 run 2 --collect als-cont --samples 5 --simulate
 
-case="a log that cannot be written"
-run 2 --collect als-cont --output "$work/no/such/dir.csv" --samples 5 --simulate
-has "$work/err" "$work/no/such/dir.csv"
+case="a log that cannot be created: told in one line with the reason, before any sample"
+for bad in "$work/no/such/dir.csv:No such file" "$work:Is a directory"; do
+    run 2 --collect als-cont --output "${bad%%:*}" --samples 5 --simulate
+    [ "$(grep -c '^lxmeval:' "$work/err")" = 1 ] || fail "not one message"
+    has "$work/err" "\"${bad%%:*}\": ${bad#*:}"
+done
+
+case="a one-shot reading waits as long as its resolution asks"
+run 0 --collect als --range 4000 --resolution 16 --samples 4 --output "$work/once.csv" --simulate
+has "$work/once.csv" "# interval: 118 ms"
+has "$work/once.csv" "# resolution: 16 bits"
+[ "$(grep -c ",lux,ok$cr\$" "$work/once.csv")" = 4 ] || fail "not 4 ok rows"
+
+case="a shorter interval is said once and its readings are marked early"
+run 0 --collect als --resolution 16 --interval 8 --samples 4 --output "$work/early.csv" --simulate
+[ "$(grep -c ",lux,early$cr\$" "$work/early.csv")" = 4 ] || fail "not 4 early rows"
+[ "$(grep -c '^lxmeval:' "$work/err")" = 1 ] || fail "not one message"
+has "$work/err" "shorter than the 98.3 ms a 16-bit conversion takes"
 
 exit $failed
