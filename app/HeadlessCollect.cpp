@@ -95,7 +95,8 @@ std::unique_ptr<DeviceFormBase> MultiFunctionForm(Session& session, const Collec
 // early. Said once; the rows say it each.
 void WarnOfEarlyReadings(const frmLXM410& form, const CollectOptions& opt, std::FILE* err) {
     const std::int64_t conversionUs = ConversionMicros(form.AdcBits);
-    if (!opt.intervalGiven || opt.type->continuous || std::int64_t(opt.intervalMs) * 1000 >= conversionUs)
+    if (!opt.intervalGiven || opt.type->continuous ||
+        std::int64_t(opt.intervalMs) * 1000 + kReadMicros >= conversionUs)
         return;
     Print(err, QStringLiteral("lxmeval: an interval of %1 ms is shorter than the %2 ms a %3-bit conversion "
                               "takes; the readings are marked early. Leave --interval out for the "
