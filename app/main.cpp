@@ -45,6 +45,7 @@ Board OpenBoard(const lxm::CommandLine& cl, lxm::Clock& clock, std::optional<std
     }
     b.simulated = std::make_unique<lxm::sim::SimBoard>(clock);
     if (sensor) b.simulated->CarryForType(*sensor);
+    lxm::ApplyBench(cl.bench, *b.simulated);
     // Nobody reads the packet log in the program, and a night's collection would fill memory
     // with it.
     b.simulated->controller().SetWireLogCapacity(0);
