@@ -135,7 +135,8 @@ constexpr BenchNumber kBenchNumbers[] = {
 
 std::string SourceList() {
     std::string list;
-    for (const sim::SourceInfo& s : sim::Sources()) list += (list.empty() ? "" : ", ") + std::string(s.name);
+    for (const sim::SourceInfo& s : sim::Sources())
+        list += (list.empty() ? "" : &s == &sim::Sources().back() ? " or " : ", ") + std::string(s.name);
     return list;
 }
 

@@ -68,7 +68,7 @@ public:
 
     // Proximity: charge per count, and how much of the ambient infrared the LED-off sample
     // fails to cancel, in counts per IR unit.
-    static constexpr double kProxElectronsPerCount = 8;
+    static constexpr double kProxElectronsPerCount = 40;
     static constexpr double kProxAmbientLeak = 0.005;
 
     Lxm600Sensor(Clock& clock, const LightScene& scene, Rng& rng);
