@@ -156,27 +156,35 @@ void SimulatorPanel::Build() {
 
 void SimulatorPanel::BuildPhysics(QVBoxLayout* root) {
     auto* physics = new QGroupBox(QStringLiteral("Sensor physics"), this);
-    auto* pf = new QFormLayout(physics);
+    auto* pg = new QGridLayout(physics);
     cboSource = new QComboBox(physics);
     for (const sim::SourceInfo& s : sim::Sources())
         cboSource->addItem(QString::fromLatin1(s.caption), int(s.source));
     cboSource->setToolTip(
-        QStringLiteral("Each source has its own infrared and flicker; for the infrared lamp the light "
-                       "is its infrared, which a lux meter does not see"));
+        QStringLiteral("Each source has its own infrared and flicker (incandescent and halogen; fluorescent "
+                       "on a magnetic ballast); for the IR lamp the light is its infrared, which a lux "
+                       "meter does not see"));
     cboMains = new QComboBox(physics);
     cboMains->addItem(QStringLiteral("50 Hz"), 50);
     cboMains->addItem(QStringLiteral("60 Hz"), 60);
+    cboMains->setToolTip(QStringLiteral("Mains frequency: artificial light ripples at twice it"));
     spnGlass = Spin(physics, 100, 0, QStringLiteral(" %"));
     spnGlass->setMinimum(1);
     spnGlass->setToolTip(QStringLiteral("Transmission of a cover glass in front of the sensor; 100 %: no glass"));
+    spnGlass->setMinimumWidth(0);
     spnTemperature = Spin(physics, 85, 0, QStringLiteral(" °C"));
+    spnTemperature->setMinimumWidth(0);
     spnTemperature->setMinimum(-40);
     chkIdeal = new QCheckBox(QStringLiteral("Ideal chip (no noise, dark counts or flicker)"), physics);
-    pf->addRow(QStringLiteral("Source"), cboSource);
-    pf->addRow(QStringLiteral("Mains"), cboMains);
-    pf->addRow(QStringLiteral("Cover glass"), spnGlass);
-    pf->addRow(QStringLiteral("Temperature"), spnTemperature);
-    pf->addRow(chkIdeal);
+    pg->addWidget(new QLabel(QStringLiteral("Source"), physics), 0, 0);
+    pg->addWidget(cboSource, 0, 1);
+    pg->addWidget(new QLabel(QStringLiteral("Mains"), physics), 0, 2);
+    pg->addWidget(cboMains, 0, 3);
+    pg->addWidget(new QLabel(QStringLiteral("Cover glass"), physics), 1, 0);
+    pg->addWidget(spnGlass, 1, 1);
+    pg->addWidget(new QLabel(QStringLiteral("Temperature"), physics), 1, 2);
+    pg->addWidget(spnTemperature, 1, 3);
+    pg->addWidget(chkIdeal, 2, 0, 1, 4);
     root->addWidget(physics);
 }
 

@@ -42,10 +42,10 @@ double CosTurns(double turns) {
 const std::array<SourceInfo, 5>& Sources() {
     static const std::array<SourceInfo, 5> sources{{
         {Source::Daylight, "daylight", "Daylight", 1, 0.30, 0},
-        {Source::Incandescent, "incandescent", "Incandescent / halogen", 1, 0.55, 0.12},
-        {Source::Fluorescent, "fluorescent", "Fluorescent (magnetic ballast)", 1, 0.15, 0.35},
+        {Source::Incandescent, "incandescent", "Incandescent", 1, 0.55, 0.12},
+        {Source::Fluorescent, "fluorescent", "Fluorescent", 1, 0.15, 0.35},
         {Source::Led, "led", "White LED", 1, 0.07, 0.08},
-        {Source::Ir850, "ir850", "Infrared lamp 850 nm", 0, 1, 0},
+        {Source::Ir850, "ir850", "IR lamp 850 nm", 0, 1, 0},
     }};
     return sources;
 }
