@@ -18,9 +18,7 @@ constexpr int kBits[] = {16, 12, 8, 4};
 constexpr std::uint8_t kAlsCont = 0xA0, kProxCont = 0xE0;
 constexpr std::uint8_t k600Als2000 = 0x06, k600Als125 = 0x04, k600Prox = 0xF0, k600Drive200 = 0x08;
 
-struct Stats {
-    double mean = 0, sd = 0;
-};
+struct Stats { double mean = 0, sd = 0; };
 Stats Of(const std::vector<double>& v) {
     Stats s;
     for (double x : v) s.mean += x / double(v.size());
@@ -38,8 +36,8 @@ struct Bench {
         board.Seed(7);
     }
     // Family: register 1 from a range and resolution index, register 0 the command.
-    std::vector<double> Family(int range, int bits, std::uint8_t command, int n = 1000, std::uint8_t more = 0) {
-        board.sensor().Write(1, std::uint8_t(range | bits << 2 | more));
+    std::vector<double> Family(int range, int bits, std::uint8_t command, int n = 1000) {
+        board.sensor().Write(1, std::uint8_t(range | bits << 2));
         board.sensor().Write(0, command);
         return Take(FamilySensor::ConversionMicros(kBits[bits]), 2, n);
     }
@@ -60,11 +58,7 @@ struct Bench {
 };
 
 LightScene Scene(double lux, Source source = Source::Daylight, double distanceMm = 0) {
-    LightScene s;
-    s.ambientLux = lux;
-    s.source = source;
-    s.objectDistanceMm = distanceMm;
-    return s;
+    return {.ambientLux = lux, .objectDistanceMm = distanceMm, .source = source};
 }
 
 // The lux that puts a daylight ALS reading at a fraction of a full scale.
