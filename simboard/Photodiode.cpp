@@ -27,7 +27,8 @@ double CosTurns(double turns) {
         return t;
     }();
     const double x = (turns - std::floor(turns)) * kSteps;
-    const auto i = std::size_t(x);
+    // A turn a hair below a whole one rounds up to it.
+    const auto i = std::min(std::size_t(x), std::size_t(kSteps - 1));
     return table[i] + (table[i + 1] - table[i]) * (x - double(i));
 }
 
