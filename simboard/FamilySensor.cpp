@@ -148,7 +148,7 @@ std::uint16_t FamilySensor::Measure(int op, std::int64_t at) {
     if (op == kAls) units = AlsUnits(light);
     if (op == kIr) units = IrUnits(light);
     if (op == kProx) {
-        units = LedUnits(scene_, kDriveMilliamps[(c2 >> 4) & 0x03] / 100.0, kProximityGain);
+        units = LedUnits(scene_, kDriveMilliamps[(c2 >> 4) & 0x03] / 100.0, kProximityGain, light.irUnits);
         if (SignedScheme(c2)) {
             ambient = light.irUnits;
             units += kCrosstalk - kAmbientOverweight * ambient + ambient * FlickerSwing(scene_, at, length);

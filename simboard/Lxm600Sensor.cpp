@@ -163,7 +163,7 @@ int Lxm600Sensor::ProxCounts(std::int64_t at) {
         return Counts(ReflectedUnits(light.distanceMm, scene_.reflectance, drive, kProximityGain, true), kProxTop);
     }
     const double ambient = Expose(scene_, at, kProxMeasureMicros).irUnits;
-    const double counts = LedUnits(scene_, drive, kProximityGain) + kProxAmbientLeak * ambient;
+    const double counts = LedUnits(scene_, drive, kProximityGain, ambient) + kProxAmbientLeak * ambient;
     const double seconds = kProxMeasureMicros / 1e6;
     return int(Convert({counts, 0, kProxElectronsPerCount, seconds, scene_.temperatureC, 0, kProxTop}, rng_));
 }

@@ -69,7 +69,7 @@ public:
     // Proximity: charge per count, and how much of the ambient infrared the LED-off sample
     // fails to cancel, in counts per IR unit.
     static constexpr double kProxElectronsPerCount = 40;
-    static constexpr double kProxAmbientLeak = 0.005;
+    static constexpr double kProxAmbientLeak = 0.001;
 
     Lxm600Sensor(Clock& clock, const LightScene& scene, Rng& rng);
 

@@ -132,10 +132,12 @@ double GlassEchoUnits(double glassPercent, double drive, double gain) {
     return glassPercent < 100 ? drive * gain * frontend::kGlassEcho : 0;
 }
 
-double LedUnits(const LightScene& scene, double drive, double gain) {
+double LedUnits(const LightScene& scene, double drive, double gain, double ambientIr) {
     const double glass = scene.glassPercent / 100.0;
-    return ReflectedUnits(scene.objectDistanceMm, scene.reflectance, drive, gain, false) * glass * glass +
-           GlassEchoUnits(scene.glassPercent, drive, gain);
+    const double headroom = std::clamp(1.0 - ambientIr / frontend::kFrontEndLimitIr, 0.0, 1.0);
+    return (ReflectedUnits(scene.objectDistanceMm, scene.reflectance, drive, gain, false) * glass * glass +
+            GlassEchoUnits(scene.glassPercent, drive, gain)) *
+           headroom;
 }
 
 double DarkElectronsPerSecond(double temperatureC) {

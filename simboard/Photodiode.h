@@ -66,6 +66,9 @@ constexpr double kAlsInfraredLeak = 0.25;
 constexpr double kGlassEcho = 0.002;
 // Below this distance the reflected light stops growing as 1/d^2 (the optics' own size).
 constexpr double kNearFieldMm = 3;
+// Ambient infrared that fills the proximity front end: the LED's light gets what is left, so
+// full sunlight (about 30000) halves a proximity reading and twice that hides any object.
+constexpr double kFrontEndLimitIr = 60000;
 }  // namespace frontend
 
 // The mean of 1 + depth x sin(2 pi x 2 x mainsHz x t) over [startS, startS + lengthS]: a
@@ -96,8 +99,8 @@ double ReflectedUnits(double distanceMm, double reflectance, double drive, doubl
 // The glass's crosstalk in the same units (0 without a glass).
 double GlassEchoUnits(double glassPercent, double drive, double gain);
 // What the proximity photodiode gets of the LED: the object's light through the glass and
-// back, and the glass's echo.
-double LedUnits(const LightScene& scene, double drive, double gain);
+// back, and the glass's echo, in the share of the front end the ambient infrared leaves.
+double LedUnits(const LightScene& scene, double drive, double gain, double ambientIr);
 
 double DarkElectronsPerSecond(double temperatureC);
 

@@ -172,6 +172,8 @@ TEST(Photodiode, ProximityFallsAsTheSquareOfDistanceAndTheGlassEchoesTheLed) {
     const double echo = prox(0, 80, 0);
     EXPECT_GT(echo, 5);
     EXPECT_NEAR(prox(0, 80, k600Drive200) / echo, 2, 0.2) << "the echo grows with the drive";
+    auto sunlit = [](double mm) { return Of(Bench(Chip::Lxm600, Scene(200000, Source::Daylight, mm)).Lxm600(k600Prox, 100)).mean; };
+    EXPECT_NEAR(sunlit(60), sunlit(0), 2) << "the sunlight's infrared fills the front end: the object is gone";
     // The family chip's DC scheme adds the ambient infrared to the object's light.
     Bench family(Chip::Family, Scene(3000, Source::Incandescent));
     EXPECT_GT(Of(family.Family(1, 1, kProxCont, 100)).mean, 3000 * 0.55 * 1.024 * 0.95);
