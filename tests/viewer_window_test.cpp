@@ -127,7 +127,9 @@ TEST(RunViewerCommandLine, PlotsWithoutADisplay) {
         ASSERT_TRUE(p.waitForFinished(30000));
         EXPECT_EQ(p.exitCode(), c.exitCode);
         EXPECT_TRUE(p.readAllStandardError().contains(c.stderrHas));
-        if (c.picture) EXPECT_GT(QFileInfo(dir.filePath(c.picture)).size(), 5000);
+        if (c.picture) {
+            EXPECT_GT(QFileInfo(dir.filePath(c.picture)).size(), 5000);
+        }
     }
     EXPECT_FALSE(QFileInfo::exists(dir.filePath("q.png")));
 }

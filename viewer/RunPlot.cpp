@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QSvgGenerator>
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -14,6 +15,29 @@ namespace {
 const QColor kColours[] = {QColor(0, 114, 178), QColor(213, 94, 0),  QColor(0, 158, 115),
                            QColor(204, 121, 167), QColor(86, 180, 233), QColor(230, 159, 0),
                            QColor(0, 0, 0)};
+
+// A pixel column that covers several buckets draws the same extremes from the buckets as from
+// the points.
+constexpr std::size_t kCoarseBucket = 32;
+
+QSharedPointer<QCPGraphDataContainer> Coarse(const std::vector<double>& t, const std::vector<double>& v,
+                                             double shift) {
+    QVector<QCPGraphData> out;
+    out.reserve(qsizetype(t.size() / kCoarseBucket * 2 + 2));
+    for (std::size_t b = 0; b < t.size(); b += kCoarseBucket) {
+        const std::size_t end = std::min(t.size(), b + kCoarseBucket);
+        std::size_t lo = b, hi = b;
+        for (std::size_t i = b; i < end; ++i) {
+            if (v[i] < v[lo]) lo = i;
+            if (v[i] > v[hi]) hi = i;
+        }
+        out.append({t[std::min(lo, hi)] + shift, v[std::min(lo, hi)]});
+        if (lo != hi) out.append({t[std::max(lo, hi)] + shift, v[std::max(lo, hi)]});
+    }
+    auto c = QSharedPointer<QCPGraphDataContainer>::create();
+    c->set(out, true);
+    return c;
+}
 
 // More dashed lines than this would hide the run; the first ones are drawn.
 constexpr std::size_t kMaxChangeMarks = 200;
@@ -43,6 +67,7 @@ QString Text(const std::string& s) {
 RunPlot::RunPlot(QWidget* parent) : QCustomPlot(parent) {
     setInteractions(QCP::iRangeDrag | QCP::iRangeZoom);
     setNoAntialiasingOnDrag(true);
+    setPlottingHint(QCP::phFastPolylines, true);
     xAxis->setLabel(QStringLiteral("time since start (s)"));
     yAxis->setLabel(QStringLiteral("value"));
     // The failed readings have no value: they are marked along the bottom, on an axis of
@@ -51,6 +76,8 @@ RunPlot::RunPlot(QWidget* parent) : QCustomPlot(parent) {
     legend->setVisible(true);
     legend->setFont(QFont(font().family(), 8));
     axisRect()->insetLayout()->setInsetAlignment(0, Qt::AlignTop | Qt::AlignRight);
+
+    connect(this, &QCustomPlot::beforeReplot, this, &RunPlot::ChooseDetail);
 
     plotLayout()->insertRow(0);
     titleElement_ = new QCPTextElement(this, QString(), QFont(font().family(), 12, QFont::Bold));
@@ -79,7 +106,10 @@ void RunPlot::AddRun(Run run) {
 
 void RunPlot::Fill(Entry& e) {
     const Run& r = e.run;
-    e.line->data()->set(Points(r.t, &r.v, e.shift), true);
+    e.full = QSharedPointer<QCPGraphDataContainer>::create();
+    e.full->set(Points(r.t, &r.v, e.shift), true);
+    e.coarse = Coarse(r.t, r.v, e.shift);
+    e.line->setData(e.full);
     e.saturated->data()->set(Points(r.saturatedT, &r.saturatedV, e.shift), true);
     e.early->data()->set(Points(r.earlyT, &r.earlyV, e.shift), true);
     // Runs stack their rows of crosses so that two runs' failures stay apart.
@@ -104,6 +134,20 @@ void RunPlot::Fill(Entry& e) {
         label->setClipToAxisRect(true);
         e.changeItems.push_back(line);
         e.changeItems.push_back(label);
+    }
+}
+
+void RunPlot::ChooseDetail() {
+    const QCPRange range = xAxis->range();
+    const double columns = std::max(1, axisRect()->width());
+    for (Entry& e : runs_) {
+        const auto lo = std::lower_bound(e.run.t.begin(), e.run.t.end(), range.lower - e.shift);
+        const auto hi = std::upper_bound(lo, e.run.t.end(), range.upper - e.shift);
+        const bool coarse = double(hi - lo) > columns * double(kCoarseBucket) * 2;
+        const auto& wanted = coarse ? e.coarse : e.full;
+        if (e.line->data() != wanted) e.line->setData(wanted);
+        // Smoothing a column of thousands of strokes costs most of a draw and shows nothing.
+        e.line->setAntialiased(double(hi - lo) < columns);
     }
 }
 

@@ -48,9 +48,14 @@ private:
         QCPGraph* saturated = nullptr;
         QCPGraph* early = nullptr;
         QCPGraph* failed = nullptr;
+        // The line's points, and the smallest and largest of every kCoarseBucket of them in
+        // time order: what the graph draws while a pixel column covers many buckets.
+        QSharedPointer<QCPGraphDataContainer> full, coarse;
         std::vector<QCPAbstractItem*> changeItems;
     };
     void Fill(Entry& e);
+    // Picks each line's level of detail for the coming draw.
+    void ChooseDetail();
     void UpdateTexts();
 
     std::vector<Entry> runs_;
