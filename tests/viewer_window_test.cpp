@@ -4,6 +4,8 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QMenu>
+#include <QMenuBar>
 #include <QProcess>
 #include <QTableWidget>
 #include <QTemporaryDir>
@@ -12,6 +14,7 @@
 #include "support/RecordingSeams.h"
 #include "viewer/RunPlot.h"
 #include "viewer/RunViewer.h"
+#include "viewer/ViewerMenu.h"
 
 using namespace lxm;
 
@@ -97,6 +100,30 @@ TEST(RunViewerWindow, OverlaysZoomsSumsUpAndExports) {
     w.ExportPicture(QStringLiteral("png"));
     ASSERT_EQ(messages.texts.size(), 2);
     EXPECT_TRUE(messages.texts[1].contains(dir.filePath("no/such/view.png")));
+}
+
+// The item every window's File menu carries: a cancel opens nothing, a file opens a viewer.
+TEST(RunViewerWindow, OpenRunMenuOpensTheChosenRun) {
+    QTemporaryDir dir;
+    QWidget owner;
+    QMenuBar bar(&owner);
+    test::RecordingMessages messages;
+    test::ScriptedFileDialogs files;
+    AddOpenRunMenu(bar, owner, messages, files);
+    QAction* open = nullptr;
+    for (QAction* a : bar.actions())
+        if (a->text() == QStringLiteral("File"))
+            for (QAction* item : a->menu()->actions())
+                if (item->text() == QStringLiteral("Open Run...")) open = item;
+    ASSERT_TRUE(open);
+    open->trigger();
+    EXPECT_TRUE(owner.findChildren<viewer::RunViewer*>().isEmpty());
+    files.answers = {Write(dir, "a.csv", StepLog(50, 1, 1, 2))};
+    open->trigger();
+    const auto viewers = owner.findChildren<viewer::RunViewer*>();
+    ASSERT_EQ(viewers.size(), 1);
+    EXPECT_EQ(viewers[0]->plot().RunCount(), 1);
+    EXPECT_TRUE(messages.texts.isEmpty());
 }
 
 TEST(RunViewerCommandLine, PlotsWithoutADisplay) {

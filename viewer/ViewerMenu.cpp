@@ -17,8 +17,9 @@ void AddOpenRunMenu(QMenuBar& menuBar, QWidget& owner, Messages& messages, FileD
         const auto path = files.OpenFile(QStringLiteral("Open Run"), QString(),
                                          QStringLiteral("Logs (*.csv *.txt);;All Files (*)"));
         if (!path || path->isEmpty()) return;
-        // A window of its own, not a child: it stays when the form that opened it closes.
-        auto* viewer = new viewer::RunViewer(messages, files);
+        // A window of its own that goes with the program, not with a form that is hidden.
+        auto* viewer = new viewer::RunViewer(messages, files, owner.window());
+        viewer->setWindowFlag(Qt::Window);
         viewer->show();
         viewer->OpenFiles({*path});
     });
