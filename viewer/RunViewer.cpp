@@ -7,6 +7,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QScreen>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QTableWidget>
@@ -36,7 +37,9 @@ RunViewer::RunViewer(Messages& messages, FileDialogs& files, QWidget* parent)
     setWindowTitle(QStringLiteral("Run Viewer"));
     setAttribute(Qt::WA_DeleteOnClose);
     BuildLayout();
-    resize(1100, 700);
+    // Most of the screen, whole on a 1280x800 one.
+    const QRect screen = this->screen()->availableGeometry();
+    resize(std::min(1500, screen.width() * 85 / 100), std::min(950, screen.height() * 85 / 100));
 }
 
 void RunViewer::BuildLayout() {
