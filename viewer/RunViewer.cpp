@@ -44,7 +44,7 @@ RunViewer::RunViewer(Messages& messages, FileDialogs& files, QWidget* parent)
 
 void RunViewer::BuildLayout() {
     QMenu* file = MenuNamed(*menuBar(), QStringLiteral("File"));
-    mnuAddRun = file->addAction(QStringLiteral("Add Run..."));
+    QAction* mnuAddRun = file->addAction(QStringLiteral("Add Run..."));
     QAction* png = file->addAction(QStringLiteral("Export PNG..."));
     QAction* svg = file->addAction(QStringLiteral("Export SVG..."));
     file->addSeparator();
@@ -61,12 +61,12 @@ void RunViewer::BuildLayout() {
     QToolBar* tools = addToolBar(QStringLiteral("View"));
     tools->setMovable(false);
     auto* modes = new QActionGroup(this);
-    actPan = tools->addAction(QStringLiteral("Pan"));
+    QAction* actPan = tools->addAction(QStringLiteral("Pan"));
     actPan->setToolTip(QStringLiteral("Drag to move the view; the wheel zooms time and value, with Ctrl only time, "
                                       "with Shift only value"));
-    actBoxZoom = tools->addAction(QStringLiteral("Box Zoom"));
+    QAction* actBoxZoom = tools->addAction(QStringLiteral("Box Zoom"));
     actBoxZoom->setToolTip(QStringLiteral("Drag a box to zoom into it"));
-    actSpan = tools->addAction(QStringLiteral("Select Span"));
+    QAction* actSpan = tools->addAction(QStringLiteral("Select Span"));
     actSpan->setToolTip(QStringLiteral("Drag across the time axis to sum up that span instead of the visible one"));
     for (QAction* a : {actPan, actBoxZoom, actSpan}) {
         a->setCheckable(true);
@@ -123,7 +123,7 @@ void RunViewer::BuildLayout() {
     connect(plot_->xAxis, qOverload<const QCPRange&>(&QCPAxis::rangeChanged), statsTimer_,
             qOverload<>(&QTimer::start));
 
-    connect(modes, &QActionGroup::triggered, this, [this](QAction* a) {
+    connect(modes, &QActionGroup::triggered, this, [this, actBoxZoom, actSpan](QAction* a) {
         plot_->setSelectionRectMode(a == actBoxZoom ? QCP::srmZoom : a == actSpan ? QCP::srmCustom : QCP::srmNone);
     });
     connect(plot_->selectionRect(), &QCPSelectionRect::accepted, this, [this](const QRect& r, QMouseEvent*) {

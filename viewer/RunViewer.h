@@ -8,7 +8,6 @@
 #include <vector>
 
 
-class QAction;
 class QComboBox;
 class QDoubleSpinBox;
 class QLabel;
@@ -43,11 +42,6 @@ public:
     RunPlot& plot() { return *plot_; }
     QTableWidget& statsTable() { return *stats_; }
 
-    QAction* mnuAddRun = nullptr;
-    QAction* actPan = nullptr;
-    QAction* actBoxZoom = nullptr;
-    QAction* actSpan = nullptr;
-
 private:
     void BuildLayout();
     void UpdateStats();
@@ -57,14 +51,16 @@ private:
     Messages& messages_;
     FileDialogs& files_;
     RunPlot* plot_ = nullptr;
-    QTableWidget* stats_ = nullptr;
+    QLabel* cursor_ = nullptr;  // the time and value under the pointer
+    // The figures of the visible or the selected span, and that span drawn on the plot.
+    std::optional<std::pair<double, double>> span_;
+    QCPItemRect* spanItem_ = nullptr;
     QLabel* statsTitle_ = nullptr;
-    QLabel* cursor_ = nullptr;
+    QTableWidget* stats_ = nullptr;
+    QTimer* statsTimer_ = nullptr;
+    // Which run "Shift run" moves, and by how much.
     QComboBox* shiftRun_ = nullptr;
     QDoubleSpinBox* shift_ = nullptr;
-    QTimer* statsTimer_ = nullptr;
-    QCPItemRect* spanItem_ = nullptr;
-    std::optional<std::pair<double, double>> span_;
 };
 
 }  // namespace lxm::viewer
