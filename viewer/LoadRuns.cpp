@@ -1,6 +1,7 @@
 #include "LoadRuns.h"
 
 #include <QFile>
+#include <new>
 
 #include "viewer/RunPlot.h"
 
@@ -8,11 +9,15 @@ namespace lxm::viewer {
 
 namespace {
 
+const char* const kNoMemory = "there is not enough memory to hold its samples";
+
 QString FileProblem(const QString& path, const ReadResult& r) {
     const QString name = QStringLiteral("\"%1\"").arg(path);
     if (!r.fileError.empty())
-        return QStringLiteral("%1 could not be opened: %2. Check the name and that you may read it.")
-            .arg(name, QString::fromStdString(r.fileError));
+        return QStringLiteral("%1 could not be opened: %2. %3")
+            .arg(name, QString::fromStdString(r.fileError),
+                 r.fileError == kNoMemory ? QStringLiteral("Close other runs or programs and open it again.")
+                                          : QStringLiteral("Check the name and that you may read it."));
     std::size_t samples = 0;
     for (const Run& run : r.runs) samples += run.Rows();
     if (r.badLines == 0 && samples > 0) return {};
@@ -35,7 +40,13 @@ LoadedRuns LoadRuns(const QStringList& paths) {
     LoadedRuns out;
     QStringList problems;
     for (const QString& path : paths) {
-        ReadResult r = ReadRunFile(QFile::encodeName(path).toStdString());
+        ReadResult r;
+        try {
+            r = ReadRunFile(QFile::encodeName(path).toStdString());
+        } catch (const std::bad_alloc&) {
+            r = {};
+            r.fileError = kNoMemory;
+        }
         const QString problem = FileProblem(path, r);
         if (!problem.isEmpty()) problems << problem;
         std::size_t samples = 0;

@@ -78,6 +78,12 @@ void RunParser::Reserve(std::size_t rows) {
     }
 }
 
+std::size_t RunParser::Samples() const {
+    std::size_t n = 0;
+    for (const Run& run : result_.runs) n += run.Rows();
+    return n;
+}
+
 void RunParser::Bad(const char* reason) {
     if (result_.badLines++ == 0) {
         result_.firstBadLine = lineNo_;
@@ -292,7 +298,6 @@ ReadResult ReadRunFile(const std::string& path) {
         }
         if (got == 0) break;
         std::string_view chunk(buffer.get(), std::size_t(got));
-        std::size_t lines = 0;
         while (!chunk.empty()) {
             const std::size_t nl = chunk.find('\n');
             if (nl == std::string_view::npos) {
@@ -307,12 +312,13 @@ ReadResult ReadRunFile(const std::string& path) {
                 parser.Line(chunk.substr(0, nl));
             }
             chunk.remove_prefix(nl + 1);
-            ++lines;
         }
-        // The rows of a regular file are all alike: the first chunk tells how many to expect.
-        if (!reserved && lines > 0 && S_ISREG(st.st_mode)) {
+        // The rows of a log are all alike: the samples of the first chunk tell how many to
+        // expect (lines that are not samples, however many, reserve nothing).
+        if (!reserved && S_ISREG(st.st_mode)) {
             reserved = true;
-            parser.Reserve(std::size_t(double(st.st_size) / double(got) * double(lines) * 1.02) + 16);
+            const double samples = double(parser.Samples());
+            if (samples > 0) parser.Reserve(std::size_t(double(st.st_size) / double(got) * samples * 1.02) + 16);
         }
     }
     ::close(fd);

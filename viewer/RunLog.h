@@ -52,6 +52,8 @@ public:
     void Line(std::string_view line);
     // A guess at the number of samples to come, so that the columns grow once.
     void Reserve(std::size_t rows);
+    // The samples read so far, of every run.
+    std::size_t Samples() const;
     ReadResult Finish();
 
 private:

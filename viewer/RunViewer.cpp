@@ -127,7 +127,7 @@ void RunViewer::BuildLayout() {
         plot_->setSelectionRectMode(a == actBoxZoom ? QCP::srmZoom : a == actSpan ? QCP::srmCustom : QCP::srmNone);
     });
     connect(plot_->selectionRect(), &QCPSelectionRect::accepted, this, [this](const QRect& r, QMouseEvent*) {
-        if (r.width() < 2) return;
+        if (plot_->selectionRectMode() != QCP::srmCustom || r.width() < 2) return;
         SelectSpan(std::pair(plot_->xAxis->pixelToCoord(r.left()), plot_->xAxis->pixelToCoord(r.right())));
     });
     connect(plot_, &QCustomPlot::mouseWheel, this, [this](QWheelEvent* e) {
