@@ -2,6 +2,7 @@
 // the pictures; and the built program drawing a picture without a display.
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QMenu>
@@ -74,6 +75,21 @@ TEST(RunViewerWindow, OverlaysZoomsSumsUpAndExports) {
     EXPECT_EQ(Cell(w, 0, 6), QStringLiteral("0"));
     w.ResetView();
     EXPECT_NEAR(w.plot().xAxis->range().upper, 9.99, 1e-9);
+    // The wheel with Ctrl zooms time only, with Shift value only.
+    const QCPRange time = w.plot().xAxis->range(), value = w.plot().yAxis->range();
+    const QPointF middle = w.plot().axisRect()->rect().center();
+    for (Qt::KeyboardModifier m : {Qt::ControlModifier, Qt::ShiftModifier}) {
+        QWheelEvent wheel(middle, w.plot().mapToGlobal(middle), {}, {0, 120}, Qt::NoButton, m, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&w.plot(), &wheel);
+    }
+    EXPECT_LT(w.plot().xAxis->range().size(), time.size());
+    EXPECT_LT(w.plot().yAxis->range().size(), value.size());
+    w.plot().yAxis->setRange(value);
+    QWheelEvent ctrl(middle, w.plot().mapToGlobal(middle), {}, {0, 120}, Qt::NoButton, Qt::ControlModifier,
+                     Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&w.plot(), &ctrl);
+    EXPECT_EQ(w.plot().yAxis->range(), value);
+    w.ResetView();
 
     // A span across both steps; shifting b by 2 s lines its step up with a's.
     w.SelectSpan(std::pair(3.0, 5.0));
