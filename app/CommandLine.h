@@ -47,6 +47,15 @@ struct BenchOptions {
     std::string firstGiven;  // the first of them on the command line, for the message
 };
 
+// Looking back at logged runs: --view opens the files in the run viewer, --plot draws them
+// into a PNG or SVG picture without a display.
+struct ViewOptions {
+    bool plot = false;
+    std::vector<std::string> files;
+    std::string output;  // the picture, with --plot
+    std::optional<std::string> title;
+};
+
 // The program's command line. Parsed before any Qt application object exists, so that
 // --help, --version and a mistyped option answer without a display.
 struct CommandLine {
@@ -61,6 +70,7 @@ struct CommandLine {
     std::optional<std::string> sensor;
     std::optional<CollectOptions> collect;
     BenchOptions bench;
+    std::optional<ViewOptions> view;
     // Set when the arguments are wrong; the program prints it and exits with 2.
     std::string error;
 
