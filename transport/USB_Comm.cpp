@@ -294,6 +294,7 @@ void Comm::WriteRegister(int r) {
     XferBuf[3] = std::uint8_t(HexValue(entry));
     s_.RegWriteMirror[r] = std::uint8_t(HexValue(entry));
     TransferOut();
+    lastWriteUs_[std::size_t(r)] = s_.clock.Micros();
     s_.TransferBusy = false;
     DoEvents();
     FlipActivity(f ? f->ShpIndwr(r) : nullptr);
