@@ -95,6 +95,10 @@ std::optional<double> ParseSeconds(const std::string& text) {
     return v;
 }
 
+bool EndsWith(const std::string& s, const std::string& end) {
+    return s.size() >= end.size() && Upper(s.substr(s.size() - end.size())) == Upper(end);
+}
+
 std::string Joined(const std::vector<int>& values) {
     std::string s;
     for (std::size_t i = 0; i < values.size(); ++i)
@@ -140,8 +144,13 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
     CommandLine cl;
     bool loopsGiven = false;
     CollectOptions collect;
+    std::optional<std::string> titleText;
     std::string collectOnly;  // the first option given that only a collection takes
     bool samplesGiven = false, durationGiven = false;
+    // --output names the picture of --plot, wherever on the line --plot comes.
+    const bool plotting = std::any_of(args.begin(), args.end(), [](const std::string& a) {
+        return a == "--plot" || a.rfind("--plot=", 0) == 0;
+    });
     for (std::size_t i = 0; i < args.size(); ++i) {
         std::string arg = args[i];
         std::optional<std::string> inlineValue;
@@ -217,7 +226,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
                 cl.error = "option --output needs the name of the CSV file";
             else
                 collect.output = *v;
-            if (collectOnly.empty()) collectOnly = arg;
+            if (collectOnly.empty() && !plotting) collectOnly = arg;
         } else if (arg == "--interval") {
             std::optional<std::string> v = value();
             std::optional<int> n = v ? ParseWhole(*v, 0, kMaxCollectIntervalMs) : std::nullopt;
@@ -262,6 +271,18 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
             else
                 collect.resolutionBits = *n;
             if (collectOnly.empty()) collectOnly = arg;
+        } else if (arg == "--view" || arg == "--plot") {
+            if (cl.view) cl.error = "--view and --plot cannot run together, nor either twice: give one of them";
+            ViewOptions& view = cl.view.emplace();
+            view.plot = arg == "--plot";
+            if (inlineValue) view.files.push_back(*inlineValue);
+            while (i + 1 < args.size() && !args[i + 1].empty() && args[i + 1][0] != '-') view.files.push_back(args[++i]);
+            if (view.files.empty() || std::any_of(view.files.begin(), view.files.end(), [](auto& f) { return f.empty(); }))
+                cl.error = "option " + arg + " needs the names of one or more logged runs";
+        } else if (arg == "--title") {
+            std::optional<std::string> v = value();
+            if (!v) cl.error = "option --title needs a text";
+            else titleText = *v;
         } else if (!arg.empty() && arg[0] == '-') {
             cl.error = "unknown option '" + args[i] + "'";
         } else {
@@ -273,6 +294,22 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
         cl.error =
             std::string(loopsGiven ? "--loops" : "--abort-on-fail") + " only applies with --script FILE";
         return cl;
+    }
+    if (titleText && !(cl.view && cl.view->plot)) {
+        cl.error = "--title only applies with --plot FILE...";
+        return cl;
+    }
+    if (cl.view) {
+        if (cl.collect || cl.script)
+            cl.error = std::string(cl.view->plot ? "--plot" : "--view") + " cannot run with " +
+                       (cl.collect ? "--collect" : "--script") + ": give one of them";
+        else if (cl.view->plot && collect.output.empty())
+            cl.error = "--plot needs --output PICTURE.png or PICTURE.svg, the picture to write";
+        else if (cl.view->plot && !EndsWith(collect.output, ".png") && !EndsWith(collect.output, ".svg"))
+            cl.error = "the picture of --plot must end in .png or .svg, not '" + collect.output + "'";
+        cl.view->output = collect.output;
+        cl.view->title = titleText;
+        if (!cl.error.empty()) return cl;
     }
     if (cl.collect) {
         collect.type = cl.collect->type;
@@ -297,6 +334,8 @@ std::string HelpText() {
            "       lxmeval --collect TYPE --output FILE.csv [--sensor NAME] [--interval MS]\n"
            "               [--samples N | --duration SECONDS] [--range LUX]\n"
            "               [--resolution BITS] [--simulate]\n"
+           "       lxmeval --view FILE...\n"
+           "       lxmeval --plot FILE... --output PICTURE.png|PICTURE.svg [--title TEXT]\n"
            "Velmarin ALS / Proximity Evaluation Software: evaluates ambient-light, infrared and\n"
            "proximity sensors on the USB evaluation board.\n"
            "\n"
@@ -340,6 +379,12 @@ std::string HelpText() {
            "While collecting, a progress line (samples, rate, elapsed time, last value) goes to\n"
            "standard error when it is a terminal. Ctrl-C or SIGTERM ends the collection with the\n"
            "file complete.\n"
+           "\n"
+           "Looking back at runs:\n"
+           "  --view FILE...     open logged runs (sample logs, record files) in the run viewer\n"
+           "  --plot FILE...     draw logged runs over each other into the picture named by\n"
+           "                     --output (.png or .svg) without a display, and exit\n"
+           "  --title TEXT       with --plot: the picture's title (default: the file names)\n"
            "\n"
            "Exit status: 0 on success; 1 when a script's read failed or the run was cancelled, or\n"
            "the board went away during a collection (the file is kept); 2 for bad arguments, a\n"

@@ -38,6 +38,15 @@ struct CollectOptions {
     std::optional<int> resolutionBits;
 };
 
+// Looking back at logged runs: --view opens the files in the run viewer, --plot draws them
+// into a PNG or SVG picture without a display.
+struct ViewOptions {
+    bool plot = false;
+    std::vector<std::string> files;
+    std::string output;  // the picture, with --plot
+    std::optional<std::string> title;
+};
+
 // The program's command line. Parsed before any Qt application object exists, so that
 // --help, --version and a mistyped option answer without a display.
 struct CommandLine {
@@ -51,6 +60,7 @@ struct CommandLine {
     // The sensor type to select, one of SensorNames(), upper case.
     std::optional<std::string> sensor;
     std::optional<CollectOptions> collect;
+    std::optional<ViewOptions> view;
     // Set when the arguments are wrong; the program prints it and exits with 2.
     std::string error;
 
