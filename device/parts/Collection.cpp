@@ -8,10 +8,10 @@
 #include "acquisition/ModWaveform_ALS.h"
 #include "acquisition/PictureBox.h"
 #include "core/ServedWait.h"
-#include "device/parts/MaxMinFrame.h"
-#include "device/parts/PaintPacer.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
+#include "device/parts/MaxMinFrame.h"
+#include "device/parts/PaintPacer.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
 #include "transport/generic_usb_lib.h"
@@ -108,7 +108,7 @@ void PacedCollection::Start() {
     s_.Collecting = s_.UsbConnected;
     window_ = c_.graph->window();
     c_.txtTime1->show();
-    loopCount_ = -1;
+    loopMs_ = loopCount_ = -1;
     showPending_ = false;
     // The first pass shows at once.
     shownUs_ = s_.clock.Micros() - kFrameUs;
@@ -233,7 +233,7 @@ void PacedCollection::DrawStep() {
 void PacedCollection::ShowValues() {
     showPending_ = false;
     shownUs_ = s_.clock.Micros();
-    SetTextIfChanged(c_.txtTime1, Trim(double(loopMs_)));
+    if (loopMs_ >= 0) SetTextIfChanged(c_.txtTime1, Trim(double(loopMs_)));
     if (loopCount_ >= 0) {
         const QString count = Trim(loopCount_);
         if (c_.lblLoop_Count->text() != count) c_.lblLoop_Count->setText(count);

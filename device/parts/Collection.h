@@ -129,8 +129,8 @@ private:
     // What the boxes are to show, kept every pass and shown once a display frame: a box set
     // on every pass lays its text out again each time, although at interval 0 only one pass
     // in several is ever painted.
-    std::int64_t loopMs_ = 0;
-    std::int32_t loopCount_ = -1;  // none yet
+    std::int64_t loopMs_ = -1;     // none yet this run
+    std::int32_t loopCount_ = -1;  // none yet this run
     bool showPending_ = false;
     std::int64_t shownUs_ = 0;
     SampleLog log_;
