@@ -145,7 +145,7 @@ TEST_F(PanelRules, TheCollectionLoopRefusesToStartWithoutABoard) {
     QLineEdit interval("5"), time1;
     QLabel count;
     PictureBox graph(QSize(405, 305));
-    PacedCollection loop(session, st, plot, {&interval, &time1, &count, &graph, 12});
+    PacedCollection loop(session, st, plot, {&interval, &time1, &count, &graph, 12, nullptr});
     int started = 0;
     loop.hooks.start = [&] { ++started; };
     driver.Unplug();
