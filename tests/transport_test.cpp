@@ -14,11 +14,12 @@ namespace lxm {
 namespace {
 
 using test::BoardFixture;
+using test::kDisconnected;
+using test::kNotConnected;
 using test::TestForm;
 using USB_Comm::HexValue;
 
 constexpr int kBlack = 0, kGreen = 2, kLightGreen = 10, kLightRed = 12;
-const QString kDisconnected = "Device has been disconnected, reconnect and re-initialize all registers";
 
 std::vector<std::uint8_t> Bytes(std::initializer_list<int> v) {
     return {v.begin(), v.end()};
@@ -78,9 +79,7 @@ TEST_F(Transport, BoardPresentAtStartAttachesDuringInitAndLightsTheLamps) {
 }
 
 TEST_F(Transport, NoBoardLeavesInfoRedAndALaterPlugArrivesWhileTheOpenStepYields) {
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     session.usb().InitDriver();
     EXPECT_FALSE(session.UsbConnected);
     session.usb().OpenDevice();
@@ -170,14 +169,14 @@ TEST_F(Transport, NotConnectedShowsFailAndTheMessageAndSendsNothing) {
     session.Collecting = true;
     form.testComm.setChecked(true);
     comm().ReadRegister(0);
-    EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+    EXPECT_EQ(messages.texts, QStringList{kNotConnected});
     EXPECT_EQ(form.commTest.text(), "Fail");
     EXPECT_EQ(form.commTest.BackColor(), 255);
     EXPECT_EQ(form.commTest.ForeColor(), 0xFFFFFF);
     EXPECT_FALSE(form.testComm.isChecked());
     EXPECT_FALSE(session.Collecting);
     comm().WriteRegister(0);
-    EXPECT_EQ(messages.count("USB is not Connected"), 2);
+    EXPECT_EQ(messages.count(kNotConnected), 2);
     EXPECT_TRUE(wire().empty());
 }
 
@@ -211,7 +210,7 @@ TEST_F(Transport, UnplugShowsTheMessageOnceAndReplugWithInitTableRecovers) {
     EXPECT_TRUE(form.transfer.hasFillIndex(kBlack));
 
     comm().ReadRegister(0);
-    EXPECT_EQ(messages.count("USB is not Connected"), 1);
+    EXPECT_EQ(messages.count(kNotConnected), 1);
 
     driver.Plug();
     Pump();
@@ -226,14 +225,6 @@ TEST_F(Transport, UnplugShowsTheMessageOnceAndReplugWithInitTableRecovers) {
     driver.Unplug();
     Pump();
     EXPECT_EQ(messages.count(kDisconnected), 2) << "once per detach";
-}
-
-TEST_F(Transport, AnAbsentChipReadsZeroWithStatusZero) {
-    OpenSession();
-    session.I2cReadAddr = 0x8B;
-    comm().ReadRegister(1);
-    EXPECT_EQ(session.ReadStatusByte, 0);
-    EXPECT_EQ(form.rd[1]->text(), "00");
 }
 
 TEST_F(Transport, TimeOutShowsRedAndALateReplyDoesNotShiftLaterReadings) {
@@ -264,43 +255,31 @@ struct InStep : Transport {
     }
 };
 
-TEST_F(InStep, ALateReplyWhoseDrainAlsoTimesOutIsStillPaidBeforeTheNextRead) {
-    board.controller().DelayNextReply(1);
-    EXPECT_EQ(Read(4), "00");
-    driver.TimeOutNext(1);  // the drain before the next command
-    EXPECT_EQ(Read(5), "22");
-    EXPECT_EQ(Read(6), "33");
-    EXPECT_EQ(Read(4), "11");
-}
-
-TEST_F(InStep, ADroppedReplyIsGivenUpAndTheReadsAfterItAreTheirOwn) {
-    board.controller().DropNextReplies(1);
-    EXPECT_EQ(Read(4), "00");
-    EXPECT_EQ(Read(5), "22");
-    EXPECT_EQ(Read(6), "33");
-    EXPECT_EQ(Read(4), "11");
-}
-
-TEST_F(InStep, AReplyGivenUpTooEarlyIsFoundByTheProbeAfterTheNextReply) {
-    // Late, and then every drain read times out: the reply is given up while the board still
-    // holds it. The read after that must not show it.
-    board.controller().DelayNextReply(1);
-    EXPECT_EQ(Read(4), "00");
-    driver.TimeOutNext(3);
-    EXPECT_EQ(Read(5), "22");
-    EXPECT_EQ(Read(6), "33");
-    EXPECT_EQ(Read(4), "11");
-}
-
-TEST_F(InStep, ACommandThatNeverLeftAsksForNoReply) {
-    board.controller().DelayNextReply(1);
-    EXPECT_EQ(Read(4), "00");
-    // Three drains come back empty, so the late reply is given up; then the command of this
-    // read fails on its way out, and its IN could only find the late reply.
-    driver.TimeOutNext(3 + 1);
-    EXPECT_EQ(Read(5), "00");
-    EXPECT_EQ(Read(6), "33");
-    EXPECT_EQ(Read(4), "11");
+// A late reply (its drain timing out once, or every drain giving up on it before it comes), a
+// dropped reply, and a command that never left after the late one was given up: each read after
+// the fault shows its own register, and the one whose command failed shows nothing.
+TEST_F(InStep, EachKindOfLostReplyLeavesTheReadsAfterItTheirOwn) {
+    const struct {
+        const char* what;
+        bool late;
+        int timeOutsAfter;
+        const char* secondRead;
+    } cases[] = {{"late, its drain timing out", true, 1, "22"},
+                 {"dropped", false, 0, "22"},
+                 {"late, given up too early", true, 3, "22"},
+                 {"late, given up, the next command failing", true, 3 + 1, "00"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        if (c.late)
+            board.controller().DelayNextReply(1);
+        else
+            board.controller().DropNextReplies(1);
+        EXPECT_EQ(Read(4), "00");
+        driver.TimeOutNext(c.timeOutsAfter);
+        EXPECT_EQ(Read(5), c.secondRead);
+        EXPECT_EQ(Read(6), "33");
+        EXPECT_EQ(Read(4), "11");
+    }
 }
 
 // Any mix of late, dropped and timed-out replies and NACKs for a while; once the board answers
@@ -344,8 +323,13 @@ TEST_F(InStep, AnyMixOfFaultsLeavesTheReadsInStepOnceTheBoardAnswersAgain) {
     }
 }
 
-TEST_F(Transport, DriverTimeOutOnTheWayOutShowsOnTheAttachLamp) {
+TEST_F(Transport, AnAbsentChipOrATimeOutOnTheWayOutReadsZeroWithStatusZero) {
     OpenSession();
+    session.I2cReadAddr = 0x8B;
+    comm().ReadRegister(1);
+    EXPECT_EQ(session.ReadStatusByte, 0);
+    EXPECT_EQ(form.rd[1]->text(), "00");
+    session.I2cReadAddr = 0x89;
     driver.TimeOutNext(1);
     comm().ReadRegister(0);
     EXPECT_TRUE(form.attach.hasFillIndex(kLightRed));
