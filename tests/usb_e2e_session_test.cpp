@@ -27,9 +27,6 @@ using SteadyTime = std::chrono::steady_clock;
 constexpr int kOff = 0;
 constexpr int kOk = 10;
 constexpr int kFail = 12;
-const QString kDisconnected =
-    QStringLiteral("Device has been disconnected, reconnect and re-initialize all registers");
-const QString kNotConnected = QStringLiteral("USB is not Connected");
 
 class SessionOnEmulatedBus : public ::testing::Test {
 protected:
@@ -133,22 +130,6 @@ TEST_F(SessionOnEmulatedBus, RegisterWriteAndReadBackTravelAsTheBoardsPackets) {
     EXPECT_EQ(wire[2].bytes, (std::vector<std::uint8_t>{1, 0xA7, 0, 0, 0, 0}));
 }
 
-TEST_F(SessionOnEmulatedBus, ReadingAllNineRegistersShowsWhatTheChipHolds) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
-    Write(1, "0C");  // 4-bit resolution: conversions of a few tens of microseconds
-    Write(4, "11");
-    Write(5, "22");
-    Write(6, "33");
-    Write(7, "44");
-    Write(0, "20");  // one ALS conversion
-    bus.AdvanceBoardMs(5);
-    for (int r = 0; r < 9; ++r) Read(r);
-    for (int r = 0; r < 9; ++r) EXPECT_EQ(form.rd[r]->text(), Hex2(Chip(r))) << "register " << r;
-    EXPECT_NE(form.rd[2]->text(), "00") << "the conversion left a count";
-}
-
 TEST_F(SessionOnEmulatedBus, APortLineWriteSendsFourBytesAndShowsTheTwentyFiveByteReadBack) {
     Start(true);
     StartUp();
@@ -177,22 +158,6 @@ TEST_F(SessionOnEmulatedBus, APortLineWriteSendsFourBytesAndShowsTheTwentyFiveBy
     EXPECT_EQ(gpio.txtPCHexData[1]->text(), "C0");
     EXPECT_TRUE(gpio.shpGpioWr[4]->hasFillIndex(kFail));
     for (int i : {2, 3, 5}) EXPECT_TRUE(gpio.shpGpioWr[i]->hasFillIndex(kOk)) << i;
-}
-
-TEST_F(SessionOnEmulatedBus, ASilentBoardTurnsTheLampRedAndTheProgramGoesOn) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
-    Write(4, "5A");
-    bus.WithBoard([](sim::SimBoard& b) { b.controller().DropNextReplies(1); });
-    EXPECT_EQ(Read(4), "00");
-    EXPECT_EQ(session->ReadStatusByte, 0);
-    EXPECT_EQ(session->LastStatus, kUsbTimeout);
-    EXPECT_TRUE(form.transfer.hasFillIndex(kFail));
-    EXPECT_TRUE(messages.texts.isEmpty());
-
-    EXPECT_EQ(Read(4), "5A");
-    EXPECT_TRUE(form.transfer.hasFillIndex(kOk));
 }
 
 // The reply to a timed-out read arrives late and would be taken for the answer to the next read,
@@ -289,7 +254,6 @@ TEST_F(SessionOnEmulatedBus, AfterCloseARegisterAccessReopensTheBoardWithoutANew
 TEST_F(SessionOnEmulatedBus, ShutdownReleasesOnlyWhatAPresentBoardLetsItReset) {
     Start(true);
     StartUp();
-    ASSERT_NE(usb().deviceInfoPtr, nullptr);
     usb().ShutdownUsb();
     EXPECT_EQ(usb().driverHandle, 0u);
     EXPECT_EQ(usb().deviceInfoPtr, nullptr);
@@ -299,7 +263,6 @@ TEST_F(SessionOnEmulatedBus, ShutdownReleasesOnlyWhatAPresentBoardLetsItReset) {
 TEST_F(SessionOnEmulatedBus, ShutdownWithoutABoardReleasesNothing) {
     Start(false);
     StartUp();
-    EXPECT_TRUE(form.info.hasFillIndex(kFail));
     const DriverHandle reg = usb().driverHandle;
     ASSERT_GT(reg, 0u);
     usb().ShutdownUsb();
