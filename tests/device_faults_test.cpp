@@ -16,8 +16,6 @@
 namespace lxm::test {
 namespace {
 
-const QString kNotConnected = QStringLiteral("USB is not Connected");
-
 TEST(WholeNumbers, EveryDoubleConvertsToADefinedInteger) {
     constexpr auto i64max = std::numeric_limits<std::int64_t>::max();
     constexpr auto i64min = std::numeric_limits<std::int64_t>::min();
@@ -58,11 +56,6 @@ struct FaultForm : FormFixture {
         Measure(6);
         Settle();
     }
-    void Unplug() {
-        driver.Unplug();
-        Pump();
-        messages.clear();
-    }
     void Type(QLineEdit* box, const QString& text) {
         box->clear();
         QTest::keyClicks(box, text);
@@ -93,10 +86,7 @@ TEST_F(FaultForm, StartWithoutABoardSaysSoOnceAndRunsNothing) {
     EXPECT_TRUE(form->cmdCollectData->isEnabled());
 
     // Back with the board, the same click runs.
-    driver.Plug();
-    Pump();
-    session.usb().InitDriver();
-    session.usb().OpenDevice();
+    Replug();
     messages.clear();
     EXPECT_EQ(ClickStart(), 3);
     EXPECT_TRUE(messages.texts.isEmpty());

@@ -22,6 +22,7 @@ namespace lxm {
 namespace {
 
 using test::BoardFixture;
+using test::kNotConnected;
 
 constexpr int kBlack = 0, kLightGreen = 10, kLightRed = 12;
 
@@ -303,7 +304,7 @@ TEST_F(FamilyForm, ReadAllReadsNineRegistersInOrder) {
     wire().clear();
     form->cmdReadAllRegs->click();
     EXPECT_TRUE(wire().empty());
-    EXPECT_EQ(messages.count("USB is not Connected"), 1) << "stops at the first register";
+    EXPECT_EQ(messages.count(kNotConnected), 1) << "stops at the first register";
 }
 
 TEST_F(FamilyForm, ReadShowsMismatchAbsentChipAndTheInterruptFlag) {
@@ -386,31 +387,24 @@ TEST_F(FamilyForm, TestCommReportsGoodFailAndTheTwoMessages) {
     EXPECT_EQ(form->LblCommTest()->ForeColor(), 0xFFFFFF);
     EXPECT_TRUE(messages.texts.isEmpty());
 
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     form->OptMode(2)->click();
     EXPECT_EQ(messages.texts, QStringList{"USB has been disconnected"});
 
     session.UsbDetached = false;
     messages.clear();
     form->OptMode(2)->click();
-    EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+    EXPECT_EQ(messages.texts, QStringList{kNotConnected});
     EXPECT_EQ(form->LblCommTest()->text(), "Fail");
 }
 
 TEST_F(FamilyForm, AWriteWithTheBoardGoneKeepsTheImageAndRecovers) {
     Load();
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     form->OptGain.at(2)->click();
     EXPECT_EQ(session.RegWriteMirror[1] & 3, 2) << "the image keeps the choice";
-    EXPECT_EQ(messages.count("USB is not Connected"), 1) << "one click, one message";
-    driver.Plug();
-    Pump();
-    session.usb().InitDriver();
-    session.usb().OpenDevice();
+    EXPECT_EQ(messages.count(kNotConnected), 1) << "one click, one message";
+    Replug();
     form->cmdWrtReg[1]->click();
     EXPECT_EQ(chip(1) & 3, 2) << "re-writing the register brings the chip in line";
 }

@@ -16,9 +16,6 @@ namespace lxm::test {
 namespace {
 
 constexpr int kOK = 10, kAlt = 2, kFail = 12, kOff = 0;
-const QString kDisconnected =
-    QStringLiteral("Device has been disconnected, reconnect and re-initialize all registers");
-const QString kNotConnected = QStringLiteral("USB is not Connected");
 
 struct InterruptTest : FormFixture {
     // Scheme first: the resolution handler derives the entry bounds from it.

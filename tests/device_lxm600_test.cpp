@@ -31,8 +31,9 @@ namespace lxm {
 namespace {
 
 using test::BoardFixture;
+using test::kDisconnected;
+using test::kNotConnected;
 
-const QString kDisconnected = "Device has been disconnected, reconnect and re-initialize all registers";
 
 class MultiFunctionForm : public ::testing::Test, protected BoardFixture {
 protected:
@@ -215,13 +216,11 @@ TEST_F(MultiFunctionForm, ReadAdReadsThreeBytesFromRegisterEight) {
         EXPECT_EQ(form->txtRegRd(r)->text(), QString("%1").arg(reply[r - 7], 2, 16, QChar('0')).toUpper());
 
     // Without a board: the "Fail" label and one message, nothing on the wire.
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     wire().clear();
     form->cmdReadAd_Click();
     EXPECT_TRUE(Sends().empty());
-    EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+    EXPECT_EQ(messages.texts, QStringList{kNotConnected});
     EXPECT_EQ(form->LblCommTest()->text(), "Fail");
 }
 
@@ -443,10 +442,7 @@ TEST_F(MultiFunctionForm, AnUnplugInsideAReadOrAPollSaysSoOnce) {
     EXPECT_EQ(messages.texts, QStringList{kDisconnected});
     EXPECT_FALSE(session.TransferBusy);
 
-    driver.Plug();
-    Pump();
-    session.usb().InitDriver();
-    session.usb().OpenDevice();
+    Replug();
     messages.clear();
     driver.UnplugAfterTransfers(1);
     form->TimerIPol_Timer();
@@ -465,9 +461,7 @@ TEST_F(MultiFunctionForm, ThePollNeverStartsATransferInsideAnother) {
     session.TransferBusy = false;
     EXPECT_TRUE(Sends().empty());
     // Nor does it nag about a board that is gone: the detach said so once.
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     form->TimerIPol_Timer();
     EXPECT_TRUE(messages.texts.isEmpty());
     EXPECT_FALSE(session.TransferBusy);

@@ -23,6 +23,7 @@ namespace lxm {
 namespace {
 
 using test::BoardFixture;
+using test::kNotConnected;
 using Kind = BitField::Kind;
 
 TEST(BitFields, EachKindPutsItsValueIntoItsOwnBitsOnly) {
@@ -130,13 +131,11 @@ TEST_F(PanelRules, ReadAllStopsAtTheFirstRowWithoutABoard) {
     host.panel->onRead = [&](int) { ++reads; };
     host.panel->ReadAll();
     EXPECT_EQ(reads, 12);
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     reads = 0;
     host.panel->ReadAll();
     EXPECT_EQ(reads, 0);
-    EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+    EXPECT_EQ(messages.texts, QStringList{kNotConnected});
 }
 
 TEST_F(PanelRules, TheCollectionLoopRefusesToStartWithoutABoard) {
@@ -148,13 +147,11 @@ TEST_F(PanelRules, TheCollectionLoopRefusesToStartWithoutABoard) {
     PacedCollection loop(session, st, plot, {&interval, &time1, &count, &graph, 12});
     int started = 0;
     loop.hooks.start = [&] { ++started; };
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     loop.Run();
     EXPECT_EQ(started, 0);
     EXPECT_FALSE(session.Collecting);
-    EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+    EXPECT_EQ(messages.texts, QStringList{kNotConnected});
 }
 
 // A collection at interval 0 changes the window several hundred times a second. The window

@@ -28,9 +28,6 @@
 namespace lxm::test {
 namespace {
 
-const QString kDisconnected =
-    QStringLiteral("Device has been disconnected, reconnect and re-initialize all registers");
-const QString kNotConnected = QStringLiteral("USB is not Connected");
 constexpr int kFaultsWanted = 600;
 
 // Aborts the test program when the soak stops making progress: a hang must fail, not stall CI.
@@ -212,10 +209,7 @@ struct Soak : FormFixture {
     // What the user does after a pull: plug the board back, "Init Table", "Open USB", and
     // write the registers again by choosing the measurement once more.
     void Recover() {
-        driver.Plug();
-        Pump();
-        session.usb().InitDriver();
-        session.usb().OpenDevice();
+        Replug();
         ASSERT_TRUE(session.UsbConnected) << Where("recovery");
         form->OptGain.at(0)->click();
         form->OptITime.at(1)->click();

@@ -8,8 +8,9 @@
 namespace lxm::scripts {
 namespace {
 
+using test::kDisconnected;
+using test::kNotConnected;
 using Bytes = std::vector<std::uint8_t>;
-const QString kDisconnected = "Device has been disconnected, reconnect and re-initialize all registers";
 
 // Records what the runner reports; pauses answer from a queue.
 class Recorder : public RunObserver {
@@ -215,7 +216,7 @@ TEST_F(ScriptRun, NoBoardSaysSoOnce) {
     session.UsbConnected = false;
     auto rows = Load("04,01\n");
     EXPECT_EQ(Run(rows), RunEnd::NotConnected);
-    EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+    EXPECT_EQ(messages.texts, QStringList{kNotConnected});
     EXPECT_TRUE(Sent().empty());
 }
 
