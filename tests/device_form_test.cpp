@@ -79,13 +79,11 @@ TEST_F(FamilyForm, LoadingProgramsTheChipAndTheDefaults) {
     EXPECT_EQ(form->AdcBits, 12);
     EXPECT_EQ(form->FullScaleCounts, 4095);
     EXPECT_EQ(form->txtInterval->text(), "8");
-    EXPECT_EQ(form->txtIHigh.at(0)->text(), "1500");
-    EXPECT_EQ(form->txtILow.at(0)->text(), "100");
-    EXPECT_EQ(form->lblIlimitsformat.at(2)->text(), "4095 Max");
-    EXPECT_EQ(form->lblIlimitsformat.at(3)->text(), "0 Min");
+    EXPECT_EQ(form->txtILow.at(0)->text() + "-" + form->txtIHigh.at(0)->text(), "100-1500");
+    EXPECT_EQ(form->lblIlimitsformat.at(2)->text() + "|" + form->lblIlimitsformat.at(3)->text(), "4095 Max|0 Min");
     EXPECT_EQ(form->LstDeviceSel->item(0)->text(), "LXM410 ADR-44");
-    EXPECT_EQ(form->cmdWrtReg[3]->toolTip(), "Click to Write to Register  3");
-    EXPECT_EQ(form->cmdRDReg[0]->toolTip(), "Click to Read from Register  0");
+    EXPECT_EQ(form->cmdWrtReg[3]->toolTip() + "|" + form->cmdRDReg[0]->toolTip(),
+              "Click to Write to Register  3|Click to Read from Register  0");
     EXPECT_TRUE(form->LblCommTest()->isHidden());
     EXPECT_EQ(session.activeForm, form.get());
 
@@ -143,26 +141,20 @@ TEST_F(FamilyForm, OpensCompactAndTheUsbCommLabelTogglesTheView) {
 }
 
 TEST_F(FamilyForm, PerPartHidingHoldsInBothViews) {
+    auto shown = [this](std::initializer_list<QWidget*> ws) {
+        std::vector<bool> v;
+        for (QWidget* w : ws) v.push_back(Shown(w));
+        return v;
+    };
     Load("LXM470");
-    for (int view = 0; view < 2; ++view) {
-        EXPECT_FALSE(Shown(form->frmProxControl));
-        EXPECT_FALSE(Shown(form->FraScheme));
-        EXPECT_FALSE(Shown(form->Frame11));
-        EXPECT_FALSE(Shown(form->OptMeasure.at(3)));
-        EXPECT_FALSE(Shown(form->OptMeasure.at(4)));
-        EXPECT_FALSE(Shown(form->OptMeasure.at(7)));
-        EXPECT_FALSE(Shown(form->cmdProx_IR));
-        EXPECT_TRUE(Shown(form->OptMeasure.at(5)));
-        form->Label13_DblClick();
-    }
+    for (int view = 0; view < 2; ++view, form->Label13_DblClick())
+        EXPECT_EQ(shown({form->frmProxControl, form->FraScheme, form->Frame11, form->OptMeasure.at(3),
+                         form->OptMeasure.at(4), form->OptMeasure.at(7), form->cmdProx_IR, form->OptMeasure.at(5)}),
+                  (std::vector<bool>{false, false, false, false, false, false, false, true}));
     Load("LXM450");
-    for (int view = 0; view < 2; ++view) {
-        EXPECT_FALSE(Shown(form->OptMeasure.at(1)));
-        EXPECT_FALSE(Shown(form->OptMeasure.at(5)));
-        EXPECT_TRUE(Shown(form->frmProxControl));
-        EXPECT_TRUE(Shown(form->OptMeasure.at(7)));
-        form->Label13_DblClick();
-    }
+    for (int view = 0; view < 2; ++view, form->Label13_DblClick())
+        EXPECT_EQ(shown({form->OptMeasure.at(1), form->OptMeasure.at(5), form->frmProxControl, form->OptMeasure.at(7)}),
+                  (std::vector<bool>{false, false, true, true}));
     EXPECT_TRUE(Shown(form->OptMeasure.at(2)) || form->CompactView);
 }
 
@@ -407,16 +399,6 @@ TEST_F(FamilyForm, AWriteWithTheBoardGoneKeepsTheImageAndRecovers) {
     Replug();
     form->cmdWrtReg[1]->click();
     EXPECT_EQ(chip(1) & 3, 2) << "re-writing the register brings the chip in line";
-}
-
-TEST_F(FamilyForm, ExternalLedDrivesTheBoardLine) {
-    Load();
-    form->ChKLed->click();
-    EXPECT_TRUE(board.controller().ExternalLedOn());
-    EXPECT_EQ(session.GpioImage[0], 0x40);
-    EXPECT_EQ(session.GpioImage[2], 0x40);
-    form->ChKLed->click();
-    EXPECT_FALSE(board.controller().ExternalLedOn());
 }
 
 class GpioPanel : public ::testing::Test, protected BoardFixture {
