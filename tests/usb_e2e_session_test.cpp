@@ -151,13 +151,8 @@ TEST_F(SessionOnEmulatedBus, APortLineWriteSendsFourBytesAndShowsTheTwentyFiveBy
     EXPECT_EQ(wire[0].bytes, (std::vector<std::uint8_t>{0x40, 0x10, 0x60, 0x30}));
     EXPECT_EQ(wire[1].endpoint, 0x81);
     EXPECT_EQ(wire[1].bytes.size(), 25u);
-    EXPECT_EQ(gpio.txtPCHex[1]->text(), "60");
-    EXPECT_EQ(gpio.txtPCHex[3]->text(), "30");
-    EXPECT_EQ(gpio.txtPCHexData[3]->text(), "10");
-    // PB7 is left an input: it reads the sensor's idle (high) interrupt line, not the level sent.
-    EXPECT_EQ(gpio.txtPCHexData[1]->text(), "C0");
-    EXPECT_TRUE(gpio.shpGpioWr[4]->hasFillIndex(kFail));
-    for (int i : {2, 3, 5}) EXPECT_TRUE(gpio.shpGpioWr[i]->hasFillIndex(kOk)) << i;
+    // What the window makes of the read-back is the simulated board's port-line test's.
+    EXPECT_EQ(gpio.txtPCHex[3]->text() + gpio.txtPCHexData[1]->text(), "30C0");
 }
 
 // The reply to a timed-out read arrives late and would be taken for the answer to the next read,
