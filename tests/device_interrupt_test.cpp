@@ -9,7 +9,6 @@
 #include "core/Shape.h"
 #include "core/VbText.h"
 #include "device/parts/InterruptSampler.h"
-#include "device/parts/ThresholdPanel.h"
 #include "device_form_fixture.h"
 
 namespace lxm::test {
@@ -200,52 +199,6 @@ TEST_F(InterruptTest, UnplugDuringAThresholdReadSaysSoOnceAndShowsNothing) {
     EXPECT_EQ(messages.texts, QStringList{kDisconnected});
     EXPECT_EQ(form->txtILow.at(0)->text(), "keep");
     EXPECT_EQ(form->txtIHigh.at(0)->text(), "these");
-}
-
-// The panel with another form's data: two windows in their own registers and widths, laid out
-// like the multi-function sensor's (a 12-bit window sharing a nibble register, an 8-bit one).
-// The 8-bit window goes to registers 8 and 4, which the simulated family chip can hold.
-TEST_F(InterruptTest, PanelCarriesTwoWindowsWithTheirOwnRegistersAndLimits) {
-    QLineEdit alsLow, alsHigh, proxLow, proxHigh;
-    ThresholdScheme scheme;
-    scheme.windows = {{&alsLow, &alsHigh}, {&proxLow, &proxHigh}};
-    scheme.formats = [] { return std::vector<ThresholdFormat>{{12, true, 0, 4095}, {8, true, 0, 255}}; };
-    scheme.encode = [](const std::vector<ThresholdWindow>& w, const std::vector<ThresholdFormat>&) {
-        const auto als = PackAls12Thresholds(w[0].low.value, w[0].high.value);
-        return RegisterBytes{{5, als[0]},
-                             {6, als[1]},
-                             {7, als[2]},
-                             {8, std::uint8_t(w[1].low.value & 255)},
-                             {4, std::uint8_t(w[1].high.value & 255)}};
-    };
-    scheme.readRegisters = {8, 4, 5, 6, 7};
-    scheme.decode = [](const std::map<int, std::uint8_t>& r, const std::vector<ThresholdFormat>&) {
-        const auto als = UnpackAls12Thresholds({r.at(5), r.at(6), r.at(7)});
-        return std::vector<std::pair<std::int32_t, std::int32_t>>{als, {r.at(8), r.at(4)}};
-    };
-    RegisterRows rows{[this](int reg) { return form->txtRegHex(reg); },
-                      [this](int reg) { form->cmdWrtReg_Click(reg); },
-                      [this](int reg) { form->cmdRDReg_Click(reg); }};
-    ThresholdPanel panel(session, rows, scheme);
-
-    alsLow.setText(QStringLiteral("291"));    // 0x123
-    alsHigh.setText(QStringLiteral("2748"));  // 0xABC
-    proxLow.setText(QStringLiteral("-1"));
-    proxHigh.setText(QStringLiteral("200"));
-    const std::size_t mark = wire().size();
-    panel.Write();
-    EXPECT_EQ(messages.texts,
-              QStringList{"Low Limit must be within  0 Min and  255 Max. Re-enter Low Limit"});
-    EXPECT_EQ(WrittenRegisters(mark), (std::vector<int>{5, 6, 7, 8, 4}));
-    EXPECT_EQ(std::vector<std::uint8_t>({chip(8), chip(4), chip(5), chip(6), chip(7)}),
-              (std::vector<std::uint8_t>{0xFF, 0xC8, 0x23, 0xA1, 0xBC}));
-
-    for (QLineEdit* box : {&alsLow, &alsHigh, &proxLow, &proxHigh}) box->clear();
-    panel.Read();
-    EXPECT_EQ(alsLow.text(), "291");
-    EXPECT_EQ(alsHigh.text(), "2748");
-    EXPECT_EQ(proxLow.text(), "255");
-    EXPECT_EQ(proxHigh.text(), "200");
 }
 
 TEST_F(InterruptTest, LineLampFollowsTheSensorAndTheActivityLampFlips) {
