@@ -82,19 +82,6 @@ protected:
     std::unique_ptr<Session> session;
 };
 
-TEST_F(SessionOnEmulatedBus, StartUpWithTheBoardPresentAttachesDuringInitialisation) {
-    Start(true);
-    usb().InitDriver();
-    EXPECT_TRUE(session->DriverInitOK);
-    EXPECT_TRUE(session->UsbConnected) << "attached before the wait";
-    usb().OpenDevice();
-    EXPECT_TRUE(session->DeviceOpen);
-    EXPECT_TRUE(form.init.hasFillIndex(kOk));
-    EXPECT_TRUE(form.attach.hasFillIndex(kOk));
-    EXPECT_TRUE(form.info.hasFillIndex(kOk));
-    EXPECT_TRUE(messages.texts.isEmpty());
-}
-
 TEST_F(SessionOnEmulatedBus, ABoardPluggedInAfterInitialisationAttachesWhileTheOpenStepYields) {
     Start(false);
     usb().InitDriver();
@@ -244,24 +231,6 @@ TEST_F(SessionOnEmulatedBus, AfterCloseARegisterAccessReopensTheBoardWithoutANew
     StartUp();
     EXPECT_EQ(Read(4), "00");
     EXPECT_TRUE(form.transfer.hasFillIndex(kOk));
-}
-
-TEST_F(SessionOnEmulatedBus, ShutdownReleasesOnlyWhatAPresentBoardLetsItReset) {
-    Start(true);
-    StartUp();
-    usb().ShutdownUsb();
-    EXPECT_EQ(usb().driverHandle, 0u);
-    EXPECT_EQ(usb().deviceInfoPtr, nullptr);
-    EXPECT_EQ(driver->infosOutstanding(), 0);
-}
-
-TEST_F(SessionOnEmulatedBus, ShutdownWithoutABoardReleasesNothing) {
-    Start(false);
-    StartUp();
-    const DriverHandle reg = usb().driverHandle;
-    ASSERT_GT(reg, 0u);
-    usb().ShutdownUsb();
-    EXPECT_EQ(usb().driverHandle, reg);
 }
 
 TEST_F(SessionOnEmulatedBus, NoPermissionOnTheBoardsNodeNamesTheUdevRuleOnce) {
