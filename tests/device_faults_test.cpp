@@ -1,9 +1,7 @@
 // The family form against a missing board and absurd entries: what a new user types and what
 // a flaky cable does. Every case here once showed a box too many, froze the window, ran
 // without a board or converted a number with undefined behaviour.
-#include <QLineEdit>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QTest>
 
 #include <cmath>

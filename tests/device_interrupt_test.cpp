@@ -1,8 +1,6 @@
 // Interrupt thresholds and the interrupt line on the family form: what the boxes and messages
 // show, what reaches the chip, and how the simulated sensor's line answers the window.
 #include <QCheckBox>
-#include <QLineEdit>
-#include <QRadioButton>
 
 #include <cmath>
 

@@ -2,9 +2,7 @@
 // family form, checked at the chip and on the wire of the simulated board.
 #include <QGroupBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
-#include <QRadioButton>
 
 #include "core/ColorLabel.h"
 #include "core/Shape.h"

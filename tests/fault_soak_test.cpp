@@ -7,9 +7,7 @@
 // the board answers again.
 //
 // LXM_SOAK_SEED in the environment replays another seed.
-#include <QLineEdit>
 #include <QPushButton>
-#include <QRadioButton>
 
 #include <chrono>
 #include <cstdio>

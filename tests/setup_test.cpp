@@ -18,7 +18,6 @@
 #include "setup/WriteSetupFile.h"
 #include "setup/frmBoardSetup.h"
 #include "support/DeviceFixture.h"
-#include "support/RecordingSeams.h"
 
 namespace lxm {
 namespace {

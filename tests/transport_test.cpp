@@ -8,7 +8,6 @@
 #include "support/DeviceFixture.h"
 #include "support/TestForm.h"
 #include "transport/USB_Comm.h"
-#include "transport/generic_usb_lib.h"
 
 namespace lxm {
 namespace {

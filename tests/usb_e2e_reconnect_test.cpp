@@ -1,26 +1,14 @@
 // Board > Reconnect on the real libusb backend: the emulated board is unplugged and plugged in
 // again on the emulated bus, and the device form brings the chip back without a restart.
-#include <gtest/gtest.h>
 #include <QAction>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 
-#include <memory>
-
-#include "app/frmStartup.h"
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
 #include "device/BoardMenu.h"
-#include "device/frmLXM410.h"
-#include "support/FakeClock.h"
-#include "support/RecordingSeams.h"
-#include "transport/Session.h"
-#include "transport/USB_Comm.h"
-#include "transport/generic_usb_lib.h"
-#include "transport/libusb/LibusbDriver.h"
-#include "usb_e2e/EmulatedBoard.h"
 #include "usb_e2e/ProgramFixture.h"
 #include "usb_e2e/Yielding.h"
 

@@ -46,6 +46,12 @@ protected:
         usb().InitDriver();
         usb().OpenDevice();
     }
+    // The board there, opened at start-up and held open for the session.
+    void Open() {
+        Start(true);
+        StartUp();
+        session->SessionOpen = true;
+    }
     // Plug the board back in and do what the user does then: "Init Table", then open.
     void ReplugAndReinitialise() {
         bus.Plug();
@@ -98,9 +104,7 @@ TEST_F(SessionOnEmulatedBus, ABoardPluggedInAfterInitialisationAttachesWhileTheO
 }
 
 TEST_F(SessionOnEmulatedBus, RegisterWriteAndReadBackTravelAsTheBoardsPackets) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
+    Open();
     Write(5, "A7");
     EXPECT_EQ(Chip(5), 0xA7);
     EXPECT_EQ(Read(5), "A7");
@@ -118,9 +122,7 @@ TEST_F(SessionOnEmulatedBus, RegisterWriteAndReadBackTravelAsTheBoardsPackets) {
 }
 
 TEST_F(SessionOnEmulatedBus, APortLineWriteSendsFourBytesAndShowsTheTwentyFiveByteReadBack) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
+    Open();
     session->GpioImage = {0x60, 0x30, 0x40, 0x10};
     frmGPIO& gpio = session->GpioForm();
     session->activeForm = &gpio;
@@ -145,9 +147,7 @@ TEST_F(SessionOnEmulatedBus, APortLineWriteSendsFourBytesAndShowsTheTwentyFiveBy
 // The reply to a timed-out read arrives late and would be taken for the answer to the next read,
 // and so on down the line; the stale reply is drained before the next command goes out.
 TEST_F(SessionOnEmulatedBus, ALateReplyDoesNotShiftTheReadingsAfterIt) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
+    Open();
     Write(4, "11");
     Write(5, "22");
     Write(6, "33");
@@ -160,9 +160,7 @@ TEST_F(SessionOnEmulatedBus, ALateReplyDoesNotShiftTheReadingsAfterIt) {
 }
 
 TEST_F(SessionOnEmulatedBus, UnplugDuringARegisterReadIsReportedOnceAndReinitialisationRecovers) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
+    Open();
     comm().timeoutMs = 1000;
     Write(4, "5A");
     bus.UnplugDuringUrb(2);  // the reply's IN is on the bus when the cable goes
@@ -189,9 +187,7 @@ TEST_F(SessionOnEmulatedBus, UnplugDuringARegisterReadIsReportedOnceAndReinitial
 }
 
 TEST_F(SessionOnEmulatedBus, UnplugDuringASequenceOfReadsNeitherHangsNorRepeatsTheMessage) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
+    Open();
     comm().timeoutMs = 1000;
     bus.UnplugDuringUrb(6);  // the third read's reply
     const auto t0 = SteadyTime::now();
