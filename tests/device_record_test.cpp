@@ -45,20 +45,6 @@ struct RecordTest : FormFixture {
     }
 };
 
-TEST_F(RecordTest, AfterACollectionTheReadingsGoToTheFile) {
-    const int passes = Collect([&](int) { return form->SampleCount < 31; });
-    ASSERT_EQ(form->SampleCount, 31);
-    ASSERT_GT(passes, 0);
-    form->cmdStartRec->click();
-    const QList<QByteArray> lines = QByteArray::fromStdString(File()).split('\n');
-    ASSERT_EQ(lines.size(), 1 + 20 + 1 + 1);
-    EXPECT_TRUE(lines[0].endsWith(", Qty 20\r"));
-    EXPECT_EQ(lines[1], " 0," + NumberText(form->SampleValues[11]).toUtf8() + "\r");
-    EXPECT_EQ(lines[20], " 19," + NumberText(form->SampleValues[30]).toUtf8() + "\r");
-    EXPECT_EQ(lines[21], "END\r");
-    EXPECT_EQ(form->Label18->text(), " 21 Measurement set(s) written: 11/15/2009 2:30:00 PM");
-}
-
 TEST_F(RecordTest, TwentyReadingsMakeNineLinesAndAppendAddsBlocks) {
     form->txtInterval->setText(QStringLiteral("8"));
     Readings(20);
