@@ -1,10 +1,9 @@
 // Reaching a sensor from the start-up window other than through the type list: the menu item of
-// the multi-function sensor, selection by name, and the command line's --sensor.
+// the multi-function sensor and selection by name.
 #include <gtest/gtest.h>
 #include <QAction>
 #include <QComboBox>
 #include <QLineEdit>
-#include <QProcess>
 
 #include "app/frmStartup.h"
 #include "device/frmLXM410.h"
@@ -81,24 +80,6 @@ TEST_F(SensorChoice, SelectionByNameTakesTheSameStepsAsTheUser) {
     ASSERT_NE(startup->MultiFunctionForm(), nullptr);
     EXPECT_EQ(session.SelectedType, "LXM600");
     EXPECT_EQ(told, (std::vector<std::string>{"LXM450", "LXM600"}));
-}
-
-TEST(SensorOption, AnUnknownSensorIsABadArgument) {
-    QProcess p;
-    p.setProcessEnvironment([] {
-        auto env = QProcessEnvironment::systemEnvironment();
-        env.insert("QT_QPA_PLATFORM", "offscreen");
-        return env;
-    }());
-    p.start(QStringLiteral(LXMEVAL_BINARY), {"--simulate", "--sensor", "LXM999"});
-    ASSERT_TRUE(p.waitForFinished(20000));
-    EXPECT_EQ(p.exitCode(), 2);
-    EXPECT_TRUE(QString::fromLocal8Bit(p.readAllStandardError()).contains("LXM999"));
-    EXPECT_TRUE(p.readAllStandardOutput().isEmpty());
-
-    p.start(QStringLiteral(LXMEVAL_BINARY), {"--help"});
-    ASSERT_TRUE(p.waitForFinished(20000));
-    EXPECT_TRUE(QString::fromLocal8Bit(p.readAllStandardOutput()).contains("--sensor NAME"));
 }
 
 }  // namespace
