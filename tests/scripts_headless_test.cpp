@@ -133,18 +133,5 @@ TEST_F(Headless, PausesAskOnTheTerminal) {
     EXPECT_EQ(Run("`w\n04,,00\n"), 1) << "end of input cancels";
 }
 
-TEST_F(Headless, NoTerminalEndsThePauseWithAnErrorInsteadOfWaiting) {
-    terminal.interactive = false;
-    EXPECT_EQ(Run("04,5A\n`w\n04,,5A\n"), 2);
-    EXPECT_NE(err.find("line 2 is a key-press pause"), std::string::npos) << err;
-    EXPECT_NE(err.find("no terminal"), std::string::npos) << err;
-}
-
-TEST_F(Headless, LoopsAreAnnouncedOnTheErrorStream) {
-    EXPECT_EQ(Run("04,,00\n", 3), 0);
-    EXPECT_NE(err.find("Loop 3 of 3"), std::string::npos) << err;
-    EXPECT_NE(out.find("3 passed, 0 failed\n"), std::string::npos) << out;
-}
-
 }  // namespace
 }  // namespace lxm
