@@ -3,13 +3,11 @@
 #include <gtest/gtest.h>
 #include <QCheckBox>
 #include <QFile>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QTimer>
 
 #include "acquisition/Conversion.h"
@@ -20,10 +18,8 @@
 #include "core/Shape.h"
 #include "core/VbText.h"
 #include "device/frmLXM600.h"
-#include "device/parts/MaxMinFrame.h"
 #include "device/parts/RecordFrame.h"
 #include "device/parts/RegisterPanel.h"
-#include "device/parts/StatusStrip.h"
 #include "device/parts/StripChart.h"
 #include "support/DeviceFixture.h"
 
@@ -65,14 +61,12 @@ protected:
             if (it->dir == sim::WireDir::In && it->endpoint == 0x82) return it->bytes;
         return {};
     }
-    void Type(QLineEdit* box, const QString& text) {
-        box->setText(text);
-        form->txtRegHex_KeyPress(form->panel().txtRegHex(0) == box ? 0 : RowOf(box), 13);
-    }
-    int RowOf(QLineEdit* box) {
-        for (int i = 0; i < frmLXM600::kRegisterRows; ++i)
-            if (form->panel().txtRegHex(i) == box) return i;
-        return -1;
+    // The ALS window's low and high limit entries, then the proximity window's.
+    void SetLimits(std::array<const char*, 4> v) {
+        for (int w : {0, 1}) {
+            form->txtILow.at(2 * w)->setText(v[2 * w]);
+            form->txtIHigh.at(2 * w)->setText(v[2 * w + 1]);
+        }
     }
     void Click(CtlArray<QRadioButton>& arr, int index) {
         arr.at(index)->setChecked(true);
@@ -163,7 +157,8 @@ TEST_F(MultiFunctionForm, EnterWritesTheRowAndReadsItStraightBack) {
     } cases[] = {{5, "3c", "3C", 0x3C}, {12, "1FF", "1F", 0x1F}, {9, "07", "07", 0x07}};
     for (const auto& c : cases) {
         wire().clear();
-        Type(form->txtRegHex(c.row), c.typed);
+        form->txtRegHex(c.row)->setText(c.typed);
+        form->txtRegHex_KeyPress(c.row, 13);
         EXPECT_EQ(form->txtRegHex(c.row)->text(), c.shown);
         EXPECT_EQ(Sends(), (std::vector<Sent>{{0, c.row, c.value}, {1, c.row, -1}})) << c.typed;
     }
@@ -171,12 +166,9 @@ TEST_F(MultiFunctionForm, EnterWritesTheRowAndReadsItStraightBack) {
 
 TEST_F(MultiFunctionForm, ReadAllReadsSixteenRowsAndReadIdShowsRegisterZero) {
     form->panel().cmdReadAllRegs()->click();
-    std::vector<int> reads;
-    for (const Sent& s : Sends())
-        if (s.command == 1) reads.push_back(s.reg);
-    std::vector<int> expected(16);
-    for (int i = 0; i < 16; ++i) expected[i] = i;
-    EXPECT_EQ(reads, expected);
+    std::vector<Sent> reads;
+    for (int r = 0; r < 16; ++r) reads.push_back({1, r, -1});
+    EXPECT_EQ(Sends(), reads);
 
     wire().clear();
     form->cmdReadID->click();
@@ -222,6 +214,16 @@ TEST_F(MultiFunctionForm, ReadAdReadsThreeBytesFromRegisterEight) {
     EXPECT_TRUE(Sends().empty());
     EXPECT_EQ(messages.texts, QStringList{kNotConnected});
     EXPECT_EQ(form->LblCommTest()->text(), "Fail");
+}
+
+TEST_F(MultiFunctionForm, ReadAdGivesTheChipsCounts) {
+    scene().ambientLux = 300;
+    form->chkALSEnable->click();
+    Click(form->OptALSRange, 0);
+    clock.AdvanceMs(60);
+    form->cmdReadAd_Click();
+    EXPECT_EQ(form->AlsIrCount600, 300 * 4096 / 2000) << "a 12-bit reading over the low and high byte";
+    EXPECT_EQ(form->txtRegRd(10)->text(), "02");
 }
 
 TEST_F(MultiFunctionForm, ABusyBusMarksTheReadsAndSaysItIsWaiting) {
@@ -353,21 +355,8 @@ TEST_F(MultiFunctionForm, UnplugDuringACollectionEndsItOnceAndKeepsTheSamples) {
     EXPECT_FALSE(session.TransferBusy);
 }
 
-TEST_F(MultiFunctionForm, ReadAdGivesTheChipsCounts) {
-    scene().ambientLux = 300;
-    form->chkALSEnable->click();
-    Click(form->OptALSRange, 0);
-    clock.AdvanceMs(60);
-    form->cmdReadAd_Click();
-    EXPECT_EQ(form->AlsIrCount600, 300 * 4096 / 2000) << "a 12-bit reading over the low and high byte";
-    EXPECT_EQ(form->txtRegRd(10)->text(), "02");
-}
-
-TEST_F(MultiFunctionForm, ThresholdsGoToRegistersThreeToSevenAlsFirst) {
-    form->txtILow.at(0)->setText("291");    // 0x123
-    form->txtIHigh.at(0)->setText("2748");  // 0xABC
-    form->txtILow.at(2)->setText("10");
-    form->txtIHigh.at(2)->setText("200");
+TEST_F(MultiFunctionForm, ThresholdsGoToRegistersThreeToSevenAlsFirstAndAreReportedOutOfWidth) {
+    SetLimits({"291", "2748", "10", "200"});  // 0x123, 0xABC
     form->cmdWrtILimits->click();
     EXPECT_EQ(Sends(),
               (std::vector<Sent>{{0, 5, 0x23}, {0, 6, 0xA1}, {0, 7, 0xBC}, {0, 3, 10}, {0, 4, 200}}));
@@ -381,20 +370,14 @@ TEST_F(MultiFunctionForm, ThresholdsGoToRegistersThreeToSevenAlsFirst) {
     }
     wire().clear();
     form->cmdReadILimits->click();
-    EXPECT_EQ(form->txtILow.at(0)->text(), "291");
-    EXPECT_EQ(form->txtIHigh.at(0)->text(), "2748");
-    EXPECT_EQ(form->txtILow.at(2)->text(), "10");
-    EXPECT_EQ(form->txtIHigh.at(2)->text(), "200");
-    std::vector<int> reads;
-    for (const Sent& x : Sends()) reads.push_back(x.reg);
-    EXPECT_EQ(reads, (std::vector<int>{3, 4, 5, 6, 7}));
-}
+    EXPECT_EQ((QStringList{form->txtILow.at(0)->text(), form->txtIHigh.at(0)->text(), form->txtILow.at(2)->text(),
+                           form->txtIHigh.at(2)->text()}),
+              (QStringList{"291", "2748", "10", "200"}));
+    EXPECT_EQ(Sends(), (std::vector<Sent>{{1, 3, -1}, {1, 4, -1}, {1, 5, -1}, {1, 6, -1}, {1, 7, -1}}));
 
-TEST_F(MultiFunctionForm, AThresholdOutOfItsWidthIsReportedAndWrittenAllTheSame) {
-    form->txtILow.at(0)->setText("0");
-    form->txtIHigh.at(0)->setText("5000");
-    form->txtILow.at(2)->setText("300");
-    form->txtIHigh.at(2)->setText("255");
+    // A value out of its window's width is reported and written all the same.
+    wire().clear();
+    SetLimits({"0", "5000", "300", "255"});
     form->cmdWrtILimits->click();
     EXPECT_EQ(messages.texts, (QStringList{HighLimitMessage(0, 4095), LowLimitMessage(0, 255)}));
     EXPECT_EQ(Sends().size(), 5u);
@@ -405,10 +388,7 @@ TEST_F(MultiFunctionForm, TheClearButtonsClearOneFlagEachAndTheLampsShowThem) {
     // Both windows put around nothing the scene gives: every conversion is outside.
     scene().ambientLux = 300;
     scene().objectDistanceMm = 0;
-    form->txtILow.at(0)->setText("4000");
-    form->txtIHigh.at(0)->setText("4095");
-    form->txtILow.at(2)->setText("100");
-    form->txtIHigh.at(2)->setText("255");
+    SetLimits({"4000", "4095", "100", "255"});
     form->cmdWrtILimits->click();
     Click(form->optINTP, 2);  // image 0x40
     Click(form->OptALSRange, 0);
