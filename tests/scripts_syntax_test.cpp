@@ -11,18 +11,10 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-struct CellCase {
-    const char* line;
-    const char* i2cAdr;
-    const char* regAdr;
-    const char* dataWr;
-    const char* dataRd;
-    const char* operation;
-    const char* comment;
-};
-
 TEST(ScriptLoad, EveryLineFormFillsTheGridCells) {
-    const CellCase cases[] = {
+    const struct {
+        const char *line, *i2cAdr, *regAdr, *dataWr, *dataRd, *operation, *comment;
+    } cases[] = {
         {"`A88", "88", "", "", "", "Cmd:Set I2C Adr", ""},
         {"`A8", "08", "", "", "", "Cmd:Set I2C Adr", ""},
         {"` A 9 a # blanks", "9A", "", "", "", "Cmd:Set I2C Adr", "# blanks"},
@@ -44,20 +36,13 @@ TEST(ScriptLoad, EveryLineFormFillsTheGridCells) {
         {"02", "", "02", "", "--", "1 Reg:", ""},
         {"02,,xx", "", "02", "", "XX", "1 Reg: R:1", ""},
     };
-    for (const CellCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
         const ScriptRow r = ParseLine(c.line, 7);
-        EXPECT_EQ(r.line, 7);
         EXPECT_EQ(r.raw, c.line);
-        EXPECT_EQ(r.i2cAdr, c.i2cAdr);
-        EXPECT_EQ(r.regAdr, c.regAdr);
-        EXPECT_EQ(r.dataWr, c.dataWr);
-        if (r.kind == RowKind::Register) {
-            EXPECT_EQ(r.dataRd, c.dataRd);
-        }
-        EXPECT_EQ(r.operation, c.operation);
-        EXPECT_EQ(r.comment, c.comment);
-        EXPECT_EQ(r.actRd, "");
+        // Line, address, register, write, read, actual read, operation, comment, decimal.
+        EXPECT_EQ(Cells(r), (std::vector<std::string>{"7", c.i2cAdr, c.regAdr, c.dataWr, c.dataRd, "",
+                                                      c.operation, c.comment, ""}));
     }
 }
 
