@@ -56,6 +56,11 @@ protected:
         QTest::keyClick(box, Qt::Key_Return);
     }
     bool Shown(QWidget* w) { return !w->isHidden(); }
+    std::vector<bool> Shown(std::initializer_list<QWidget*> ws) {
+        std::vector<bool> v;
+        for (QWidget* w : ws) v.push_back(Shown(w));
+        return v;
+    }
 
     std::unique_ptr<frmLXM410> form;
 };
@@ -80,7 +85,8 @@ TEST_F(FamilyForm, LoadingProgramsTheChipAndTheDefaults) {
     EXPECT_EQ(form->FullScaleCounts, 4095);
     EXPECT_EQ(form->txtInterval->text(), "8");
     EXPECT_EQ(form->txtILow.at(0)->text() + "-" + form->txtIHigh.at(0)->text(), "100-1500");
-    EXPECT_EQ(form->lblIlimitsformat.at(2)->text() + "|" + form->lblIlimitsformat.at(3)->text(), "4095 Max|0 Min");
+    EXPECT_EQ(form->lblIlimitsformat.at(2)->text() + "|" + form->lblIlimitsformat.at(3)->text(),
+              "4095 Max|0 Min");
     EXPECT_EQ(form->LstDeviceSel->item(0)->text(), "LXM410 ADR-44");
     EXPECT_EQ(form->cmdWrtReg[3]->toolTip() + "|" + form->cmdRDReg[0]->toolTip(),
               "Click to Write to Register  3|Click to Read from Register  0");
@@ -117,22 +123,17 @@ TEST_F(FamilyForm, CaptionFollowsTheSensorType) {
 TEST_F(FamilyForm, OpensCompactAndTheUsbCommLabelTogglesTheView) {
     Load();
     EXPECT_TRUE(form->CompactView);
-    for (QWidget* w : {(QWidget*)form->Frame4, (QWidget*)form->Frame3, (QWidget*)form->FrmDevice,
-                       (QWidget*)form->OptITime.at(2), (QWidget*)form->OptITime.at(3),
-                       (QWidget*)form->cmdRead_ADC, (QWidget*)form->OptMeasure.at(1)})
-        EXPECT_FALSE(Shown(w)) << "compact view hides " << w->objectName().toStdString();
-    EXPECT_TRUE(Shown(form->frGain));
-    EXPECT_TRUE(Shown(form->frmMeasure));
-    EXPECT_TRUE(Shown(form->frmRegisters));
+    EXPECT_EQ(Shown({form->Frame4, form->Frame3, form->FrmDevice, form->OptITime.at(2), form->OptITime.at(3),
+                     form->cmdRead_ADC, form->OptMeasure.at(1), form->frGain, form->frmMeasure,
+                     form->frmRegisters}),
+              (std::vector<bool>{false, false, false, false, false, false, false, true, true, true}));
 
     QTest::mouseDClick(form->Label13, Qt::LeftButton);
     EXPECT_FALSE(form->CompactView);
-    EXPECT_TRUE(Shown(form->Frame4));
-    EXPECT_TRUE(Shown(form->Frame3));
-    EXPECT_TRUE(Shown(form->OptITime.at(3)));
-    EXPECT_TRUE(Shown(form->cmdProx_IR));
-    EXPECT_FALSE(Shown(form->FrmDevice)) << "stays hidden in the full view";
-    EXPECT_FALSE(Shown(form->Frame10));
+    // The device frame and Frame10 stay hidden in the full view.
+    EXPECT_EQ(Shown({form->Frame4, form->Frame3, form->OptITime.at(3), form->cmdProx_IR, form->FrmDevice,
+                     form->Frame10}),
+              (std::vector<bool>{true, true, true, true, false, false}));
 
     wire().clear();
     QTest::mouseDClick(form->Label13, Qt::LeftButton);
@@ -141,19 +142,16 @@ TEST_F(FamilyForm, OpensCompactAndTheUsbCommLabelTogglesTheView) {
 }
 
 TEST_F(FamilyForm, PerPartHidingHoldsInBothViews) {
-    auto shown = [this](std::initializer_list<QWidget*> ws) {
-        std::vector<bool> v;
-        for (QWidget* w : ws) v.push_back(Shown(w));
-        return v;
-    };
     Load("LXM470");
     for (int view = 0; view < 2; ++view, form->Label13_DblClick())
-        EXPECT_EQ(shown({form->frmProxControl, form->FraScheme, form->Frame11, form->OptMeasure.at(3),
-                         form->OptMeasure.at(4), form->OptMeasure.at(7), form->cmdProx_IR, form->OptMeasure.at(5)}),
-                  (std::vector<bool>{false, false, false, false, false, false, false, true}));
+        EXPECT_EQ(
+            Shown({form->frmProxControl, form->FraScheme, form->Frame11, form->OptMeasure.at(3),
+                   form->OptMeasure.at(4), form->OptMeasure.at(7), form->cmdProx_IR, form->OptMeasure.at(5)}),
+            (std::vector<bool>{false, false, false, false, false, false, false, true}));
     Load("LXM450");
     for (int view = 0; view < 2; ++view, form->Label13_DblClick())
-        EXPECT_EQ(shown({form->OptMeasure.at(1), form->OptMeasure.at(5), form->frmProxControl, form->OptMeasure.at(7)}),
+        EXPECT_EQ(Shown({form->OptMeasure.at(1), form->OptMeasure.at(5), form->frmProxControl,
+                         form->OptMeasure.at(7)}),
                   (std::vector<bool>{false, false, true, true}));
     EXPECT_TRUE(Shown(form->OptMeasure.at(2)) || form->CompactView);
 }
@@ -192,10 +190,7 @@ TEST_F(FamilyForm, EachOptionChangesExactlyItsField) {
 TEST_F(FamilyForm, RangeWritesRegisterOneThenZeroAndRescales) {
     Load();
     form->OptGain.at(3)->click();
-    auto w = Writes();
-    ASSERT_EQ(w.size(), 2u);
-    EXPECT_EQ(w[0].first, 1);
-    EXPECT_EQ(w[1].first, 0);
+    EXPECT_EQ(Writes(), (std::vector<std::pair<int, int>>{{1, chip(1)}, {0, chip(0)}}));
     EXPECT_EQ(form->RangeKLux, 64);
     EXPECT_EQ(form->RangeIndex, 3);
     EXPECT_EQ(form->chart().txtScale->text(), "4095") << "counts, while lux display is off";
@@ -248,10 +243,10 @@ TEST_F(FamilyForm, PersistenceAndDriveShareOneVariable) {
     EXPECT_EQ(form->DriveIndex, 2);
     form->OptPSrc.at(1)->click();
     EXPECT_EQ(form->DriveIndex, 1);
-    auto w = Writes();
+    const auto w = Writes();
     ASSERT_EQ(w.size(), 4u);
-    EXPECT_EQ(w[2].first, 1);
-    EXPECT_EQ(w[3].first, 0);
+    EXPECT_EQ(std::vector(w.begin() + 2, w.end()),
+              (std::vector<std::pair<int, int>>{{1, chip(1)}, {0, chip(0)}}));
 }
 
 TEST_F(FamilyForm, HexEntryValidatesOnEnterOnly) {
@@ -440,9 +435,7 @@ TEST_F(GpioPanel, WriteSendsFourBytesReadsTwentyFiveAndCompares) {
     EXPECT_EQ(wire()[1].bytes.size(), 25u);
     EXPECT_EQ(gpio->txtPCHex[1]->text(), "40");
     EXPECT_EQ(gpio->txtPCHex[3]->text(), "10");
-    EXPECT_TRUE(gpio->shpGpioWr.at(2)->hasFillIndex(kLightGreen));
-    EXPECT_TRUE(gpio->shpGpioWr.at(3)->hasFillIndex(kLightGreen));
-    EXPECT_TRUE(gpio->shpGpioWr.at(5)->hasFillIndex(kLightGreen));
+    for (int i : {2, 3, 5}) EXPECT_TRUE(gpio->shpGpioWr.at(i)->hasFillIndex(kLightGreen)) << i;
     // PB7 is an input: it reads the sensor's interrupt line, high while no interrupt is up.
     EXPECT_EQ(gpio->txtPCHexData[1]->text(), "C0");
     EXPECT_TRUE(gpio->shpGpioWr.at(4)->hasFillIndex(kLightRed));

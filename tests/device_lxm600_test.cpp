@@ -30,7 +30,6 @@ using test::BoardFixture;
 using test::kDisconnected;
 using test::kNotConnected;
 
-
 class MultiFunctionForm : public ::testing::Test, protected BoardFixture {
 protected:
     MultiFunctionForm() {
@@ -103,8 +102,8 @@ TEST_F(MultiFunctionForm, LoadSetsTheImageAndCaptionsAndSendsNothing) {
     EXPECT_EQ(form->RangeTable, (std::array<std::int32_t, 2>{2000, 125}));
     QStringList limits;
     for (int i = 0; i < 8; ++i) limits << form->lblIlimitsformat.at(i)->text();
-    EXPECT_EQ(limits, (QStringList{"ALS_IR Single Polarity", "12 Bits", "4095 Max", "0 Min", "Prox Single Polarity",
-                                   "8 Bits", "255 Max", "0 Min"}));
+    EXPECT_EQ(limits, (QStringList{"ALS_IR Single Polarity", "12 Bits", "4095 Max", "0 Min",
+                                   "Prox Single Polarity", "8 Bits", "255 Max", "0 Min"}));
     EXPECT_EQ(form->chart().txtScale->text(), "4095");
     EXPECT_EQ(session.activeForm, form.get());
     // The image is only shown: the user's first action is the first packet.
@@ -328,7 +327,8 @@ TEST_F(MultiFunctionForm, OpensFullAndTheViewToggleIsOneWay) {
     form->Label13_DblClick();
     EXPECT_FALSE(form->CompactView);
     EXPECT_EQ(shown(back), std::vector<bool>(3, true));
-    EXPECT_EQ(shown(gone), std::vector<bool>(5, false)) << "what the full view does not bring back stays hidden";
+    EXPECT_EQ(shown(gone), std::vector<bool>(5, false))
+        << "what the full view does not bring back stays hidden";
 }
 
 TEST_F(MultiFunctionForm, TestLedsDriveTheirTwoPortBits) {
@@ -370,8 +370,8 @@ TEST_F(MultiFunctionForm, ThresholdsGoToRegistersThreeToSevenAlsFirstAndAreRepor
     }
     wire().clear();
     form->cmdReadILimits->click();
-    EXPECT_EQ((QStringList{form->txtILow.at(0)->text(), form->txtIHigh.at(0)->text(), form->txtILow.at(2)->text(),
-                           form->txtIHigh.at(2)->text()}),
+    EXPECT_EQ((QStringList{form->txtILow.at(0)->text(), form->txtIHigh.at(0)->text(),
+                           form->txtILow.at(2)->text(), form->txtIHigh.at(2)->text()}),
               (QStringList{"291", "2748", "10", "200"}));
     EXPECT_EQ(Sends(), (std::vector<Sent>{{1, 3, -1}, {1, 4, -1}, {1, 5, -1}, {1, 6, -1}, {1, 7, -1}}));
 
