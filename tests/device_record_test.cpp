@@ -3,7 +3,6 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QDir>
-#include <QFile>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
@@ -13,6 +12,7 @@
 #include "device/parts/Doco.h"
 #include "device/parts/RecordFrame.h"
 #include "device_form_fixture.h"
+#include "support/Files.h"
 
 namespace lxm::test {
 namespace {
@@ -34,8 +34,7 @@ struct RecordTest : FormFixture {
             form->SampleValues[std::size_t(i)] = first + i;
     }
     std::string File(const QString& name = QStringLiteral("Data.txt")) {
-        QFile f(dir.filePath(name));
-        return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : "<missing>";
+        return ReadFile(dir.filePath(name)).toStdString();
     }
     static std::string Block20(double first = 100) {
         std::string b = kHeader20;

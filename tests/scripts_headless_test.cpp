@@ -2,7 +2,6 @@
 // by headless_script_test.sh.
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <cstdio>
 #include <deque>
@@ -10,6 +9,7 @@
 #include "app/CommandLine.h"
 #include "app/HeadlessScript.h"
 #include "support/DeviceFixture.h"
+#include "support/Files.h"
 
 namespace lxm {
 namespace {
@@ -90,10 +90,7 @@ class Headless : public ::testing::Test, protected test::BoardFixture {
 protected:
     int Run(const QByteArray& script, int loops = 1) {
         const QString path = dir.filePath("s.txt");
-        QFile f(path);
-        EXPECT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(script);
-        f.close();
+        EXPECT_TRUE(test::WriteFile(path, script));
         CommandLine cl;
         cl.script = path.toStdString();
         cl.loops = loops;
