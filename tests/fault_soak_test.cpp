@@ -31,14 +31,10 @@ const struct {
     const char* name;
     bool registerReads, dataReads;
     std::set<int> writes;
-} kActions[] = {{"read", true, false, {}},
-                {"write", false, false, {4, 5, 6, 7, 8}},
-                {"read all", true, false, {}},
-                {"measurement type", false, false, {0, 1, 8}},
-                {"range", false, false, {0, 1}},
-                {"resolution", false, false, {0, 1}},
-                {"data read", false, true, {}},
-                {"prox-IR", false, true, {0}}};
+} kActions[] = {{"read", true, false, {}},       {"write", false, false, {4, 5, 6, 7, 8}},
+                {"read all", true, false, {}},   {"measurement type", false, false, {0, 1, 8}},
+                {"range", false, false, {0, 1}}, {"resolution", false, false, {0, 1}},
+                {"data read", false, true, {}},  {"prox-IR", false, true, {0}}};
 
 struct Soak : FormFixture {
     std::mt19937 rng;
@@ -93,37 +89,24 @@ struct Soak : FormFixture {
         }
     }
 
+    // In the order of Action.
     void Run(Action a) {
         const int reg = 4 + Pick(5);
-        switch (a) {
-            case Action::Read:
-                form->cmdRDReg[reg]->click();
-                break;
-            case Action::Write:
+        const std::function<void()> clicks[] = {
+            [&] { form->cmdRDReg[reg]->click(); },
+            [&] {
                 form->txtRegHex(reg)->setText(Hex2(Pick(256)));
                 form->cmdWrtReg[reg]->click();
-                break;
-            case Action::ReadAll:
-                form->cmdReadAllRegs->click();
-                break;
-            case Action::MeasureType:
-                form->OptMeasure.at(1 + Pick(7))->click();
-                break;
-            case Action::Range:
-                form->OptGain.at(Pick(4))->click();
-                break;
-            case Action::Resolution:
-                form->OptITime.at(Pick(4))->click();
-                break;
-            case Action::DataRead:
-                form->cmdRead_ADC->click();
-                break;
-            case Action::ProxIr:
-                form->cmdProx_IR->click();
-                break;
-            case Action::kCount:
-                break;
-        }
+            },
+            [&] { form->cmdReadAllRegs->click(); },
+            [&] { form->OptMeasure.at(1 + Pick(7))->click(); },
+            [&] { form->OptGain.at(Pick(4))->click(); },
+            [&] { form->OptITime.at(Pick(4))->click(); },
+            [&] { form->cmdRead_ADC->click(); },
+            [&] { form->cmdProx_IR->click(); },
+        };
+        static_assert(std::extent_v<decltype(clicks)> == std::size_t(Action::kCount));
+        clicks[int(a)]();
     }
     void ExpectOwnPackets(Action a, std::size_t mark) {
         const auto& k = kActions[int(a)];
@@ -151,6 +134,10 @@ struct Soak : FormFixture {
     void Recover() {
         Replug();
         ASSERT_TRUE(session.UsbConnected) << Where("recovery");
+        RestoreChoices();
+    }
+    // The range, resolution and measurement the steady readings are compared in.
+    void RestoreChoices() {
         form->OptGain.at(0)->click();
         form->OptITime.at(1)->click();
         ChooseType(measureType);
@@ -249,20 +236,15 @@ struct Soak : FormFixture {
 
     // A time-out, a late or lost reply or a NACK on the next transfers.
     std::string InjectTransferFault() {
-        switch (Pick(4)) {
-            case 0:
-                driver.TimeOutNext(1 + Pick(3));
-                return "time-out";
-            case 1:
-                board.controller().DelayNextReply(1 + Pick(2));
-                return "late reply";
-            case 2:
-                board.controller().DropNextReplies(1);
-                return "lost reply";
-            default:
-                board.controller().NackNext(1 + Pick(2));
-                return "NACK";
-        }
+        const std::pair<const char*, std::function<void()>> kinds[] = {
+            {"time-out", [&] { driver.TimeOutNext(1 + Pick(3)); }},
+            {"late reply", [&] { board.controller().DelayNextReply(1 + Pick(2)); }},
+            {"lost reply", [&] { board.controller().DropNextReplies(1); }},
+            {"NACK", [&] { board.controller().NackNext(1 + Pick(2)); }},
+        };
+        const auto& [name, inject] = kinds[Pick(4)];
+        inject();
+        return name;
     }
     void ClearTransferFaults() {
         driver.TimeOutNext(0);
@@ -283,11 +265,7 @@ struct Soak : FormFixture {
         EXPECT_TRUE(messages.texts.isEmpty()) << Where(what) << ": a failed transfer is not a message";
         ClearTransferFaults();
         // Choices the action made are put back, so the steady readings stay comparable.
-        if (a == Action::MeasureType || a == Action::Range || a == Action::Resolution) {
-            form->OptGain.at(0)->click();
-            form->OptITime.at(1)->click();
-            ChooseType(measureType);
-        }
+        if (a == Action::MeasureType || a == Action::Range || a == Action::Resolution) RestoreChoices();
         ExpectReadsRight(what);
     }
 
@@ -352,25 +330,10 @@ TEST_F(Soak, SeededFaultsNeverPutTheProgramOutOfStep) {
     form->OptITime.at(1)->click();
     ExpectReadsRight("no fault");
 
-    while (faults < kFaultsWanted && !HasFatalFailure()) {
-        switch (Pick(5)) {
-            case 0:
-                PullDuringAction();
-                break;
-            case 1:
-                PullDuringCollection();
-                break;
-            case 2:
-                TransferFaultsDuringActions();
-                break;
-            case 3:
-                FaultBurstDuringReads();
-                break;
-            default:
-                TransferFaultsDuringCollection();
-                break;
-        }
-    }
+    void (Soak::*const kinds[])() = {&Soak::PullDuringAction, &Soak::PullDuringCollection,
+                                     &Soak::TransferFaultsDuringActions, &Soak::FaultBurstDuringReads,
+                                     &Soak::TransferFaultsDuringCollection};
+    while (faults < kFaultsWanted && !HasFatalFailure()) (this->*kinds[Pick(5)])();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     std::printf("fault soak: seed %u, %d faults injected (%d cable pulls) in %.1f s\n", seed, faults, pulls,
                 seconds);
