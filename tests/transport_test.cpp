@@ -24,7 +24,7 @@ std::vector<std::uint8_t> Bytes(std::initializer_list<int> v) {
     return {v.begin(), v.end()};
 }
 
-TEST(HexValue, ReadsLeadingHexDigitsLikeTheEntryBoxesNeed) {
+TEST(HexValue, ReadsLeadingHexDigitsLikeTheEntryBoxesNeedUpTo32Bits) {
     EXPECT_EQ(HexValue("88"), 136);
     EXPECT_EQ(HexValue(""), 0);
     EXPECT_EQ(HexValue("a"), 10);
@@ -38,9 +38,7 @@ TEST(HexValue, ReadsLeadingHexDigitsLikeTheEntryBoxesNeed) {
     // ...while five or more are a long.
     EXPECT_EQ(HexValue("10000"), 65536);
     EXPECT_EQ(HexValue("FFFFFFFF"), -1);
-}
-
-TEST(HexValue, AValueBeyond32BitsIsTooLargeHoweverItIsWritten) {
+    // A value beyond 32 bits is too large however it is written.
     EXPECT_EQ(HexValue("123456789"), USB_Comm::kHexTooLarge);
     EXPECT_EQ(HexValue("1FFFFFFFF"), USB_Comm::kHexTooLarge);
     EXPECT_EQ(HexValue(QString(40, QLatin1Char('F'))), USB_Comm::kHexTooLarge);
@@ -288,23 +286,15 @@ TEST_F(InStep, AnyMixOfFaultsLeavesTheReadsInStepOnceTheBoardAnswersAgain) {
         SCOPED_TRACE(seed);
         std::mt19937 rng(seed);
         auto pick = [&](int n) { return int(rng() % std::uint32_t(n)); };
+        // Two of the six choices inject nothing.
+        const std::function<void()> faults[] = {[&] { board.controller().DelayNextReply(1 + pick(2)); },
+                                                [&] { board.controller().DropNextReplies(1); },
+                                                [&] { driver.TimeOutNext(1 + pick(3)); },
+                                                [&] { board.controller().NackNext(1); },
+                                                [] {},
+                                                [] {}};
         for (int step = 0; step < 30; ++step) {
-            switch (pick(6)) {
-                case 0:
-                    board.controller().DelayNextReply(1 + pick(2));
-                    break;
-                case 1:
-                    board.controller().DropNextReplies(1);
-                    break;
-                case 2:
-                    driver.TimeOutNext(1 + pick(3));
-                    break;
-                case 3:
-                    board.controller().NackNext(1);
-                    break;
-                default:
-                    break;
-            }
+            faults[pick(6)]();
             const int r = 4 + pick(3);
             const QString shown = Read(r);
             if (session.TransferOK && session.ReadStatusByte == 1) {
