@@ -2,7 +2,6 @@
 // a flaky cable does. Every case here once showed a box too many, froze the window, ran
 // without a board or converted a number with undefined behaviour.
 #include <QPushButton>
-#include <QTest>
 
 #include <cmath>
 #include <limits>
@@ -14,7 +13,7 @@
 namespace lxm::test {
 namespace {
 
-TEST(WholeNumbers, EveryDoubleConvertsToADefinedInteger) {
+TEST(WholeNumbers, EveryDoubleConvertsToADefinedIntegerAndTypedWaitsAreCapped) {
     constexpr auto i64max = std::numeric_limits<std::int64_t>::max();
     constexpr auto i64min = std::numeric_limits<std::int64_t>::min();
     constexpr auto i32max = std::numeric_limits<std::int32_t>::max();
@@ -38,9 +37,8 @@ TEST(WholeNumbers, EveryDoubleConvertsToADefinedInteger) {
     EXPECT_EQ(TruncInt32(-2147483649.0), i32min);
     EXPECT_EQ(TruncInt32(Val("1e309")), i32max);
     EXPECT_EQ(TruncInt32(nan), 0);
-}
 
-TEST(WholeNumbers, TypedWaitsAreCappedAtTheDocumentedMaximum) {
+    // Typed waits are capped at the documented maximum.
     EXPECT_EQ(WaitMsOf("3000"), 3000);
     EXPECT_EQ(WaitMsOf("-5"), -5) << "a negative interval means no wait, as before";
     EXPECT_EQ(WaitMsOf("3600001"), kMaxWaitMs);
@@ -53,22 +51,6 @@ struct FaultForm : FormFixture {
     FaultForm() {
         Measure(6);
         Settle();
-    }
-    void Type(QLineEdit* box, const QString& text) {
-        box->clear();
-        QTest::keyClicks(box, text);
-        QTest::keyClick(box, Qt::Key_Return);
-    }
-    // Clicks Start as the user does; a run that should not have started is stopped after
-    // three passes. Returns the passes run.
-    int ClickStart() {
-        int passes = 0;
-        form->onPass = [&] {
-            if (++passes >= 3) form->cmdStopData_Click();
-        };
-        form->cmdCollectData->click();
-        form->onPass = nullptr;
-        return passes;
     }
 };
 
@@ -101,7 +83,7 @@ TEST_F(FaultForm, OneClickTellsOfTheMissingBoardOnce) {
         {"read all", [&] { form->cmdReadAllRegs->click(); }},
         {"read", [&] { form->cmdRDReg[4]->click(); }},
         {"write", [&] { form->cmdWrtReg[4]->click(); }},
-        {"enter", [&] { Type(form->txtRegHex(0), "A0"); }},
+        {"enter", [&] { TypeAndEnter(form->txtRegHex(0), "A0"); }},
     };
     for (const auto& [what, click] : clicks) {
         messages.clear();
@@ -189,15 +171,15 @@ TEST_F(FaultForm, ABottomOfTheScaleAtTheInt32LimitStillPlots) {
 
 TEST_F(FaultForm, HexEntriesThatDoNotFitAreOutOfRangeHoweverLong) {
     const std::size_t mark = wire().size();
-    Type(form->txtRegHex(4), "00000081F");
+    TypeAndEnter(form->txtRegHex(4), "00000081F");
     EXPECT_EQ(form->txtRegHex(4)->text(), "00");
     EXPECT_EQ(WritesTo(4, mark), std::vector<std::uint8_t>{0x00});
-    Type(form->txtRegHex(4), "0000000000000000000000000000000000000000001F");
+    TypeAndEnter(form->txtRegHex(4), "0000000000000000000000000000000000000000001F");
     EXPECT_EQ(WritesTo(4, mark), (std::vector<std::uint8_t>{0x00, 0x1F})) << "leading zeros alone are fine";
 
     for (const char* address : {"000000100", "80000000", "FFFFFFFFFFFF"}) {
         form->txtI2CADR->setText(QStringLiteral("44"));
-        Type(form->txtI2CADR, QString::fromLatin1(address));
+        TypeAndEnter(form->txtI2CADR, QString::fromLatin1(address));
         EXPECT_EQ(form->txtI2CADR->text(), "88") << address;
         EXPECT_EQ(session.I2cWriteAddr, 0x88) << address;
         EXPECT_EQ(session.I2cReadAddr, 0x89) << address;

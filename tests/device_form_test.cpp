@@ -1,21 +1,15 @@
 // The family device form driven as a user drives it, checked on the chip, the wire and the
 // controls.
-#include <gtest/gtest.h>
 #include <QCheckBox>
 #include <QGroupBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QListWidget>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QTest>
 
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
-#include "device/frmLXM410.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RegisterPanel.h"
-#include "support/DeviceFixture.h"
+#include "device_form_fixture.h"
 #include "transport/frmGPIO.h"
 
 namespace lxm {
@@ -23,6 +17,7 @@ namespace {
 
 using test::BoardFixture;
 using test::kNotConnected;
+using test::TypeAndEnter;
 
 constexpr int kBlack = 0, kLightGreen = 10, kLightRed = 12;
 
@@ -49,11 +44,6 @@ protected:
             if (p.dir == sim::WireDir::Out && p.endpoint == 2 && p.bytes.size() == 3 && p.bytes[0] == 1)
                 r.push_back(p.bytes[2]);
         return r;
-    }
-    void Type(QLineEdit* box, const QString& text) {
-        box->clear();
-        QTest::keyClicks(box, text);
-        QTest::keyClick(box, Qt::Key_Return);
     }
     bool Shown(QWidget* w) { return !w->isHidden(); }
     std::vector<bool> Shown(std::initializer_list<QWidget*> ws) {
@@ -261,18 +251,18 @@ TEST_F(FamilyForm, HexEntryValidatesOnEnterOnly) {
     EXPECT_EQ(Writes()[0], std::make_pair(4, 0));
 
     wire().clear();
-    Type(form->txtRegHex(2), "12");
-    Type(form->txtRegHex(3), "34");
+    TypeAndEnter(form->txtRegHex(2), "12");
+    TypeAndEnter(form->txtRegHex(3), "34");
     EXPECT_TRUE(wire().empty()) << "the data registers are never written from the entry";
 
-    Type(form->txtRegHex(0), "4f");
+    TypeAndEnter(form->txtRegHex(0), "4f");
     EXPECT_EQ(form->txtRegHex(0)->text(), "4F");
     EXPECT_TRUE(form->CmdBelow50);
-    Type(form->txtRegHex(0), "50");
+    TypeAndEnter(form->txtRegHex(0), "50");
     EXPECT_FALSE(form->CmdBelow50);
     EXPECT_EQ(chip(0) & ~0x04, 0x50);
 
-    Type(form->txtRegHex(1), "zz");
+    TypeAndEnter(form->txtRegHex(1), "zz");
     EXPECT_EQ(chip(1), 0x00) << "not hexadecimal reads as 0";
 
     form->txtRegHex(5)->setText("abc");
@@ -320,7 +310,7 @@ TEST_F(FamilyForm, ReadShowsMismatchAbsentChipAndTheInterruptFlag) {
     form->cmdRDReg[0]->click();
     EXPECT_TRUE(form->ShpIntFlag->hasFillIndex(kBlack));
 
-    Type(form->txtI2CADR, "8a");
+    TypeAndEnter(form->txtI2CADR, "8a");
     EXPECT_EQ(session.I2cReadAddr, 0x8B);
     form->cmdRDReg[1]->click();
     EXPECT_FALSE(form->LblCommTest()->isHidden());
@@ -329,14 +319,14 @@ TEST_F(FamilyForm, ReadShowsMismatchAbsentChipAndTheInterruptFlag) {
     EXPECT_TRUE(form->ShpIndrd(1)->hasFillIndex(kLightRed));
     EXPECT_TRUE(messages.texts.isEmpty()) << "no acknowledge is shown, not told";
 
-    Type(form->txtI2CADR, "88");
+    TypeAndEnter(form->txtI2CADR, "88");
     form->cmdRDReg[1]->click();
     EXPECT_TRUE(form->LblCommTest()->isHidden());
 }
 
 TEST_F(FamilyForm, AddressEntryAndDeviceList) {
     Load();
-    Type(form->txtI2CADR, "1ff");
+    TypeAndEnter(form->txtI2CADR, "1ff");
     EXPECT_EQ(form->txtI2CADR->text(), "88");
     EXPECT_EQ(session.I2cWriteAddr, 0x88);
     form->txtI2CADR->setText("90");

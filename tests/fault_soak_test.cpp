@@ -116,13 +116,7 @@ struct Soak : FormFixture {
     // With the cable out, Start and a choice of measurement say so once each and do nothing.
     void ExpectNothingWithoutTheBoard(const std::string& what) {
         messages.clear();
-        int passes = 0;
-        form->onPass = [&] {
-            if (++passes >= 2) form->cmdStopData_Click();
-        };
-        form->cmdCollectData->click();
-        form->onPass = nullptr;
-        EXPECT_EQ(passes, 0) << Where(what) << ": Start ran without the board";
+        EXPECT_EQ(ClickStart(2), 0) << Where(what) << ": Start ran without the board";
         EXPECT_EQ(messages.texts, QStringList{kNotConnected}) << Where(what) << ": Start";
         messages.clear();
         form->OptMeasure.at(1 + Pick(7))->click();
