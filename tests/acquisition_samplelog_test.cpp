@@ -193,8 +193,7 @@ TEST_F(SampleLogTest, PathsThatCannotBeWrittenAreReportedOnce) {
         EXPECT_FALSE(log.IsOpen());
         log.Append({1, 1, {}, {}});
         log.Close();
-        ASSERT_EQ(errors.size(), 1u) << c.path.toStdString();
-        EXPECT_EQ(errors[0], c.path + " | " + c.reason);
+        EXPECT_EQ(errors, std::vector<QString>{c.path + " | " + c.reason});
     }
     EXPECT_TRUE(QDir(dir.path()).entryList(QDir::Hidden | QDir::Files).contains("plain"));
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Hidden | QDir::Files).size(), 1) << "no temporary file left";
@@ -205,8 +204,7 @@ TEST_F(SampleLogTest, AFullDiskStopsTheLogNotTheCaller) {
     EXPECT_FALSE(log.Open(QStringLiteral("/dev/full"), Als()));
     for (int i = 0; i < 3000; ++i, clock.AdvanceMs(1)) log.Append({i, double(i), {}, {}});
     log.Close();
-    ASSERT_EQ(errors.size(), 1u);
-    EXPECT_EQ(errors[0], "/dev/full | No space left on device");
+    EXPECT_EQ(errors, std::vector<QString>{"/dev/full | No space left on device"});
     EXPECT_EQ(
         SampleLogErrorMessage("/dev/full", "No space left on device"),
         "Logging to \"/dev/full\" stopped: No space left on device. The rows written before are kept in "
@@ -237,8 +235,7 @@ TEST_F(SampleLogTest, ADiskThatFillsDuringTheRunKeepsWhatWasWritten) {
     }
     restore();
     EXPECT_EQ(ReadFile(path), "kept\n");
-    ASSERT_EQ(errors.size(), 1u);
-    EXPECT_EQ(errors[0], path + " | File too large");
+    EXPECT_EQ(errors, std::vector<QString>{path + " | File too large"});
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Hidden | QDir::Files).size(), 1) << "no temporary file left";
 
     errors.clear();
@@ -251,8 +248,7 @@ TEST_F(SampleLogTest, ADiskThatFillsDuringTheRunKeepsWhatWasWritten) {
     }
     restore();
     std::signal(SIGXFSZ, savedSignal);
-    ASSERT_EQ(errors.size(), 1u);
-    EXPECT_EQ(errors[0], path + " | File too large");
+    EXPECT_EQ(errors, std::vector<QString>{path + " | File too large"});
     const QByteArray kept = ReadFile(path);
     EXPECT_EQ(kept.size(), 8192);
     EXPECT_TRUE(kept.startsWith("# lxmeval sample log\r\n"));

@@ -247,8 +247,7 @@ TEST_F(FamilyForm, HexEntryValidatesOnEnterOnly) {
     EXPECT_TRUE(wire().empty()) << "typing alone sends nothing";
     QTest::keyClick(e4, Qt::Key_Return);
     EXPECT_EQ(e4->text(), "00");
-    ASSERT_EQ(Writes().size(), 1u);
-    EXPECT_EQ(Writes()[0], std::make_pair(4, 0));
+    EXPECT_EQ(Writes(), (std::vector<std::pair<int, int>>{{4, 0}}));
 
     wire().clear();
     TypeAndEnter(form->txtRegHex(2), "12");

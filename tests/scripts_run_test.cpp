@@ -153,8 +153,8 @@ TEST_F(ScriptRun, AbortDuringADelayEndsItAtOnce) {
 TEST_F(ScriptRun, KeyPausesAskAndEitherGoOnOrEndTheRun) {
     auto rows = Load("04,01\n`w\n04,02\n");
     EXPECT_EQ(Run(rows), RunEnd::Done);
-    ASSERT_EQ(obs.pauseTexts.size(), 1u);
-    EXPECT_EQ(obs.pauseTexts[0], "Script Pause Line :2 Click OK to Continue, Cancel to Abort");
+    EXPECT_EQ(obs.pauseTexts,
+              std::vector<QString>{"Script Pause Line :2 Click OK to Continue, Cancel to Abort"});
     EXPECT_EQ(Sent().size(), 2u);
 
     wire().clear();
