@@ -50,15 +50,13 @@ TEST(HexEntries, OutOfRangeBecomesZeroAndCuttingComesFirst) {
 TEST(ViewToggle, FullViewBringsBackOnlyWhatItNames) {
     QWidget a, b, c;
     for (QWidget* w : {&a, &b, &c}) w->show();
+    auto hidden = [&] { return std::vector<bool>{a.isHidden(), b.isHidden(), c.isHidden()}; };
     bool compact = ToggleView(false, {{&a, &b}, {&a}, {&c}});
     EXPECT_TRUE(compact);
-    EXPECT_TRUE(a.isHidden() && b.isHidden());
-    EXPECT_FALSE(c.isHidden());
+    EXPECT_EQ(hidden(), (std::vector<bool>{true, true, false}));
     compact = ToggleView(compact, {{&a, &b}, {&a}, {&c}});
     EXPECT_FALSE(compact);
-    EXPECT_FALSE(a.isHidden());
-    EXPECT_TRUE(b.isHidden());
-    EXPECT_TRUE(c.isHidden());
+    EXPECT_EQ(hidden(), (std::vector<bool>{false, true, true}));
 }
 
 // A panel of twelve rows reporting on a bare form of its own.
