@@ -225,8 +225,12 @@ TEST_F(MultiFunctionForm, ReadAdGivesTheChipsCounts) {
     EXPECT_EQ(form->txtRegRd(10)->text(), "02");
 }
 
-TEST_F(MultiFunctionForm, ABusyBusMarksTheReadsAndSaysItIsWaiting) {
+TEST_F(MultiFunctionForm, ABusyBusMarksTheReadsAndSaysItIsWaitingAndThePollWaitsToo) {
+    form->TimerIPol_Timer();
+    EXPECT_EQ(Sends(), (std::vector<Sent>{{2, 0, -1}}));
+    wire().clear();
     session.TransferBusy = true;
+    form->TimerIPol_Timer();
     form->cmdReadAd_Click();
     EXPECT_EQ(form->lblUSBStatis->text(), "Rd_AD Waiting");
     form->cmdRDReg_Click(4);
@@ -431,15 +435,8 @@ TEST_F(MultiFunctionForm, AnUnplugInsideAReadOrAPollSaysSoOnce) {
     EXPECT_FALSE(session.TransferBusy);
 }
 
-TEST_F(MultiFunctionForm, ThePollNeverStartsATransferInsideAnother) {
-    form->TimerIPol_Timer();
-    EXPECT_EQ(Sends(), (std::vector<Sent>{{2, 0, -1}}));
-    wire().clear();
-    session.TransferBusy = true;
-    form->TimerIPol_Timer();
-    session.TransferBusy = false;
-    EXPECT_TRUE(Sends().empty());
-    // Nor does it nag about a board that is gone: the detach said so once.
+TEST_F(MultiFunctionForm, ThePollNeverNagsAndRunsOnlyWhileAskedFor) {
+    // A board that is gone: the detach said so once.
     Unplug();
     form->TimerIPol_Timer();
     EXPECT_TRUE(messages.texts.isEmpty());
