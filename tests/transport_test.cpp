@@ -101,7 +101,7 @@ TEST_F(Transport, RefusedInterfaceKeepsTheBoardAway) {
     EXPECT_TRUE(form.attach.hasFillIndex(kLightRed));
 }
 
-TEST_F(Transport, ReadRegisterSendsTheReadPacketAndAsksForSixBytes) {
+TEST_F(Transport, ReadRegisterAsksForSixBytesAndWriteRegisterSendsFour) {
     OpenSession();
     board.sensor().Write(8, 0x0A);
     form.hex[8]->setText("0A");
@@ -129,14 +129,12 @@ TEST_F(Transport, ReadRegisterSendsTheReadPacketAndAsksForSixBytes) {
     form.hex[8]->setText("A");  // plain text comparison: "0A" and "A" differ
     comm().ReadRegister(8);
     EXPECT_TRUE(form.indRd[8]->hasFillIndex(kLightRed));
-}
 
-TEST_F(Transport, WriteRegisterSendsFourBytesAndKeepsTheMirror) {
-    OpenSession();
+    // A write sends four bytes and keeps the mirror.
     form.hex[4]->setText("5A");
     wire().clear();
     comm().WriteRegister(4);
-    auto log = Packets();
+    log = Packets();
     ASSERT_EQ(log.size(), 1u) << "a write is never read back";
     EXPECT_EQ(log[0].endpoint, 0x02);
     EXPECT_EQ(log[0].bytes, Bytes({0, 0x88, 4, 0x5A}));
