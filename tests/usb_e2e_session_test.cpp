@@ -213,9 +213,7 @@ TEST_F(SessionOnEmulatedBus, AfterCloseARegisterAccessReopensTheBoardWithoutANew
     bus.Unplug();
     YieldUntil([] { return false; }, 100);
     EXPECT_EQ(messages.count(kDisconnected), 0) << "nobody registered to hear it";
-    bus.Plug();
-    ASSERT_TRUE(WaitForLibusb(driver->context()));
-    StartUp();
+    ReplugAndReinitialise();
     EXPECT_EQ(Read(4), "00");
     EXPECT_TRUE(form.transfer.hasFillIndex(kOk));
 }
