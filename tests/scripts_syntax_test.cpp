@@ -114,7 +114,7 @@ TEST(ScriptLoad, FilesSplitIntoRowsWhateverTheirLineEnds) {
     }
 }
 
-TEST(ScriptLoad, BlankLinesAreRowsAndFlaggedOnce) {
+TEST(ScriptLoad, BlankLinesAreRowsAndFlaggedOnceAndEndFinishesTheScript) {
     const LoadResult r = LoadScript("02,1F\n\n   \n02,,1F\n");
     ASSERT_EQ(r.rows.size(), 4u);
     EXPECT_TRUE(r.blankLine);
@@ -122,12 +122,11 @@ TEST(ScriptLoad, BlankLinesAreRowsAndFlaggedOnce) {
     EXPECT_EQ(r.rows[1].operation, "NOP");
     EXPECT_EQ(r.rows[2].kind, RowKind::Blank);
     EXPECT_EQ(r.rows[3].line, 4);
-}
 
-TEST(ScriptLoad, EndFinishesTheScript) {
-    const LoadResult r = LoadScript("02,1F\n END \r\nthis is not read\n");
-    ASSERT_EQ(r.rows.size(), 1u);
-    EXPECT_EQ(r.errorRows, 0);
+    // END finishes the script.
+    const LoadResult ended = LoadScript("02,1F\n END \r\nthis is not read\n");
+    ASSERT_EQ(ended.rows.size(), 1u);
+    EXPECT_EQ(ended.errorRows, 0);
 }
 
 TEST(ScriptLoad, FilesThatAreNoScriptAreRefusedWhole) {
