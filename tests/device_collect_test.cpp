@@ -265,16 +265,18 @@ TEST_F(CollectTest, MaxMinPanelShowsExtremesAndEvery26thPassSnapshot) {
             .arg(b.second, 2, 16, QLatin1Char('0'))
             .toUpper();
     };
-    EXPECT_EQ(form->txtADMax.at(0)->text(), raw[hi]);
-    EXPECT_EQ(form->txtADMax.at(1)->text(), hex(bytes[hi]));
-    EXPECT_EQ(form->txtADMax.at(2)->text(), raw[lo]);
-    EXPECT_EQ(form->txtADMax.at(3)->text(), hex(bytes[lo]));
-    EXPECT_EQ(form->txtADMax.at(4)->text(), raw[25]);
-    EXPECT_EQ(form->txtADMax.at(5)->text(), hex(bytes[25]));
+    auto boxes = [&] {
+        QStringList texts;
+        for (int i = 0; i < 6; ++i) texts << form->txtADMax.at(i)->text();
+        return texts;
+    };
+    // Highest, lowest and the 26th pass's snapshot, each as a count and as its two bytes.
+    EXPECT_EQ(boxes(),
+              (QStringList{raw[hi], hex(bytes[hi]), raw[lo], hex(bytes[lo]), raw[25], hex(bytes[25])}));
     EXPECT_EQ(form->CountMax, raw[hi].toInt());
 
     form->cmdClearHist_Click();
-    for (int i = 0; i < 6; ++i) EXPECT_EQ(form->txtADMax.at(i)->text(), "") << i;
+    EXPECT_EQ(boxes(), QStringList(6, QString()));
     EXPECT_EQ(form->CountMax, -9999999);
     EXPECT_EQ(form->CountMin, 9999999);
 }
