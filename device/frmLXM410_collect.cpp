@@ -24,8 +24,8 @@
 namespace lxm {
 
 void frmLXM410::WireCollection() {
-    PacedCollection::Controls c{txtInterval, txtTime1, lblLoop_Count, chart_->Picture1, kRegisterRows,
-                                lblReadingFlag};
+    PacedCollection::Controls c{txtInterval,   txtTime1,         lblLoop_Count,  chart_->Picture1,
+                                kRegisterRows, FrmMeasureDetails, lblReadingFlag};
     loop_ = std::make_unique<PacedCollection>(s_, *this, plot, c);
     auto& h = loop_->hooks;
     h.start = [this] { StartCollection(); };
@@ -44,6 +44,12 @@ void frmLXM410::WireCollection() {
     h.showReading = [this] {
         const QString text = FormatReading(LatestReading, ShowLux, 2);
         if (txtReading->text() != text) txtReading->setText(text);
+        if (PassCountUnshown) {
+            const QString raw = Trim(PassCount);
+            if (txtADCRaw->text() != raw) txtADCRaw->setText(raw);
+            PassCountUnshown = false;
+        }
+        chart_->ShowSwatch();
     };
     h.end = [this] { EndCollection(); };
     WireLog(
@@ -133,7 +139,6 @@ void frmLXM410::StartCollection() {
 
     for (QLineEdit* box : {txtReading, txtADCRaw, txtTime1}) MakeLiveValue(box);
     for (const auto& [i, box] : txtProx_IR) MakeLiveValue(box);
-    for (const auto& [i, box] : txtADMax) MakeLiveValue(box);
     MakeLiveValue(lblLoop_Count);
     for (const auto& [i, label] : lblIR1) MakeLiveValue(label);
     Label6->show();
@@ -158,7 +163,7 @@ bool frmLXM410::SamplePass() {
         PassStatus = CountStatus(value);
         counted = true;
         SampleValues[SampleCount] = value;
-        if (Displayed) txtADCRaw->setText(Trim(value));
+        if (Displayed) PassCountUnshown = true;
         LatestReading = value;
         if (ShowLux) {
             const double lux = ConvertToLux(value);
@@ -183,6 +188,7 @@ bool frmLXM410::SamplePass() {
         if (numeric) {
             SampleValues[SampleCount] = value;
             txtADCRaw->setText(difference);
+            PassCountUnshown = false;
             LatestReading = value;
         } else {
             SampleValues[SampleCount] = LatestReading;

@@ -92,6 +92,8 @@ void frmLXM600::StartRun() {
     FrmMeasureDetails->Empty();
     FrmMeasureDetails->SetUnit(AlsSample() ? QStringLiteral("lux") : QStringLiteral("counts"));
     Label6->show();
+    unshown_.reset();
+    for (QLineEdit* box : {txtReading, txtADCRaw, txtReading2, txtReading3, txtTime1}) MakeLiveValue(box);
 }
 
 bool frmLXM600::SamplePass() {
@@ -120,16 +122,12 @@ bool frmLXM600::SamplePass() {
     // An ALS/IR result needs one conversion after its settings (register 1) were written.
     const bool early = TraceEnable2 == 255 && s_.clock.Micros() - s_.comm().LastWriteUs(1) < kAlsConversionUs;
     run_.PassStatus = Classify(readOk, std::int64_t(raw), TraceEnable1 == 255 ? kProxBits : AdcBits, early);
-    if (run_.Displayed) txtADCRaw->setText(Trim(raw));
+    if (run_.Displayed) unshown_ = PassCounts{std::int32_t(raw), ProxCount600, AlsIrCount600};
     run_.LatestReading = raw;
     if (AlsSample()) {
         const double lux = ConvertToLux(raw);
         run_.SampleValues2[std::size_t(run_.SampleCount)] = lux;
         run_.LatestReading = lux;
-    }
-    if (run_.Displayed) {
-        txtReading2->setText(Trim(ProxCount600));
-        txtReading3->setText(Trim(AlsIrCount600));
     }
     FrmMeasureDetails->UpdateCount(run_, std::int32_t(raw), lastLow_, lastHigh_);
     // A sample of the interrupt line asked for during the run is taken here, between reads.
@@ -151,6 +149,13 @@ void frmLXM600::ShowReading() {
     const bool lux = AlsSample();
     const QString text = FormatReading(run_.LatestReading, lux, lux ? 3 : 0);
     if (txtReading->text() != text) txtReading->setText(text);
+    if (!unshown_) return;
+    for (const auto& [box, count] : {std::pair{txtADCRaw, unshown_->raw}, std::pair{txtReading2, unshown_->prox},
+                                     std::pair{txtReading3, unshown_->alsIr}}) {
+        const QString t = Trim(count);
+        if (box->text() != t) box->setText(t);
+    }
+    unshown_.reset();
 }
 
 void frmLXM600::EndRun() {

@@ -10,6 +10,8 @@
 #include "core/ServedWait.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
+#include "device/parts/MaxMinFrame.h"
+#include "device/parts/PaintPacer.h"
 #include "device/parts/ReadingFlag.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
@@ -24,6 +26,7 @@ constexpr std::int64_t kMs = 1000;
 // before the deadline, so the transfers of the pass overlap the last milliseconds of the wait.
 constexpr std::int64_t kReleaseMarginUs = 4 * kMs;
 constexpr std::int64_t kSleepMarginUs = 3 * kMs;
+constexpr std::int64_t kFrameUs = PaintPacer::kFrameMs * kMs;
 
 void SetTextIfChanged(QLineEdit* box, const QString& text) {
     if (box->text() != text) box->setText(text);
@@ -110,6 +113,10 @@ void PacedCollection::Start() {
     s_.Collecting = s_.UsbConnected;
     window_ = c_.graph->window();
     c_.txtTime1->show();
+    loopMs_ = loopCount_ = -1;
+    showPending_ = false;
+    // The first pass shows at once.
+    shownUs_ = s_.clock.Micros() - kFrameUs;
     st_.PassStartUs = s_.clock.Micros();
     st_.DeadlineUs = st_.PassStartUs + std::int64_t(st_.IntervalMs) * kMs;
     if (!s_.SessionOpen) s_.usb().OpenDevice();
@@ -210,16 +217,15 @@ void PacedCollection::Pass() {
     if (s_.Collecting) {
         const std::int64_t now = s_.clock.Micros();
         st_.DeadlineUs = now + std::int64_t(st_.IntervalMs) * kMs;
-        if (st_.Displayed)
-            SetTextIfChanged(c_.txtTime1, Trim(double((now - st_.PassStartUs + kMs / 2) / kMs)));
+        if (st_.Displayed) loopMs_ = (now - st_.PassStartUs + kMs / 2) / kMs;
         hooks.plotRows();
         if (st_.SampleCount < CollectionState::kSampleLast) ++st_.SampleCount;
         if (st_.SampleCount > 10 && st_.Displayed) DrawStep();
     }
 
     if (st_.Displayed) {
-        hooks.showReading();
-        if (c_.flag) c_.flag->Show(st_.PassStatus);
+        showPending_ = true;
+        if (s_.clock.Micros() - shownUs_ >= kFrameUs) ShowValues();
     }
     if (!(st_.PeakSample >= st_.LatestReading)) st_.PeakSample = st_.LatestReading;
 
@@ -230,7 +236,7 @@ void PacedCollection::Pass() {
 }
 
 void PacedCollection::DrawStep() {
-    c_.lblLoop_Count->setText(Trim(st_.SampleCount - 10));
+    loopCount_ = st_.SampleCount - 10;
     if (drawTrace2) {
         plot_.TraceColour = QColor(0, 0, 255);
         ModWaveform_ALS::ScrollTrace2(*c_.graph, plot_, plot_.TraceStart);
@@ -249,7 +255,21 @@ void PacedCollection::DrawStep() {
     }
 }
 
+void PacedCollection::ShowValues() {
+    showPending_ = false;
+    shownUs_ = s_.clock.Micros();
+    if (loopMs_ >= 0) SetTextIfChanged(c_.txtTime1, Trim(double(loopMs_)));
+    if (loopCount_ >= 0) {
+        const QString count = Trim(loopCount_);
+        if (c_.lblLoop_Count->text() != count) c_.lblLoop_Count->setText(count);
+    }
+    hooks.showReading();
+    if (c_.flag) c_.flag->Show(st_.PassStatus);
+    if (c_.maxMin) c_.maxMin->ShowTexts(st_);
+}
+
 void PacedCollection::End() {
+    if (showPending_ && window_->isVisible()) ShowValues();
     s_.Collecting = false;
     // A run stopped at the start of a pass still holds the transport.
     s_.TransferBusy = false;

@@ -18,6 +18,7 @@ class QWidget;
 
 namespace lxm {
 
+class MaxMinFrame;
 class PictureBox;
 class ReadingFlag;
 class Session;
@@ -71,6 +72,7 @@ public:
         QLabel* lblLoop_Count;
         PictureBox* graph;
         int panelRows;  // register rows the form can show; deferred reads beyond go bare
+        MaxMinFrame* maxMin;  // none: the form shows no extremes
         ReadingFlag* flag = nullptr;  // the mark beside the live value
     };
     struct Hooks {
@@ -81,8 +83,10 @@ public:
         std::function<void()> afterRefresh;  // after deferred register transfers were served
         // Takes the sample of the pass; false when the run ended inside it and the pass stops.
         std::function<bool()> sample;
-        std::function<void()> plotRows;     // the newest point's rows, once per drawn pass
-        std::function<void()> showReading;  // the live value, every pass
+        std::function<void()> plotRows;  // the newest point's rows, once per drawn pass
+        // The live values of the latest pass into their boxes: at most once a display frame,
+        // and once more when the run ends, so the boxes end on the last pass.
+        std::function<void()> showReading;
         std::function<void()> end;          // the form's own end steps
         // "Log every sample": the file to log to (empty: no log), what its header records,
         // and the sample of the pass as it goes to the file.
@@ -116,6 +120,7 @@ private:
     void PaceToDeadline();
     void RefreshRegisters();
     void DrawStep();
+    void ShowValues();
     void End();
     void OpenLog();
     void NoteSettings();
@@ -134,6 +139,13 @@ private:
     // interval box typed since.
     std::uint8_t loggedReg0_ = 0, loggedReg1_ = 0;
     bool settingsChanged_ = false;
+    // What the boxes are to show, kept every pass and shown once a display frame: a box set
+    // on every pass lays its text out again each time, although at interval 0 only one pass
+    // in several is ever painted.
+    std::int64_t loopMs_ = -1;     // none yet this run
+    std::int32_t loopCount_ = -1;  // none yet this run
+    bool showPending_ = false;
+    std::int64_t shownUs_ = 0;
     SampleLog log_;
 };
 
