@@ -212,7 +212,7 @@ TEST_F(DeviceFormSetup, TheMenuOpensOneSetupWindowAndSavesItsSettings) {
     for (QAction* a : form.menuBar->actions())
         if (a->text() == "Setup") menu = a->menu();
     ASSERT_NE(menu, nullptr);
-    ASSERT_EQ(menu->actions().size(), 2);
+    ASSERT_EQ(menu->actions().size(), 3);
     QAction* open = menu->actions()[0];
     QAction* save = menu->actions()[1];
 
