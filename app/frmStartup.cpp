@@ -20,6 +20,7 @@
 #include "device/BoardMenu.h"
 #include "device/frmLXM410.h"
 #include "device/frmLXM600.h"
+#include "device/parts/FormMenus.h"
 #include "device/parts/RegisterPanel.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
@@ -231,6 +232,9 @@ void frmStartup::ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& 
         form = std::make_unique<Form>(s_);
         form->onClosed = [this] { ExitProgram(); };
         form->boardMenu->SetSteps(Steps());
+        // The start-up window is hidden from now on: its About and report go with the form.
+        form->formMenus->SetAppLinks(
+            {[this] { mnuAbout_Click(); }, [this] { mnuSystemInfo_Click(); }, showSimulatedBoard});
         form->Form_Load();
     }
     AddressEntry(*form)->setText(QStringLiteral("88"));
@@ -258,6 +262,11 @@ void frmStartup::mnuAbout_Click() {
     about_->show();
     about_->raise();
     about_->activateWindow();
+}
+
+void frmStartup::mnuSystemInfo_Click() {
+    if (!about_) about_ = std::make_unique<frmAbout2>(this);
+    about_->cmdSysInfo_Click();
 }
 
 void frmStartup::Form_QueryUnload() {

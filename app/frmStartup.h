@@ -42,6 +42,8 @@ public:
     void Command2_Click();  // "Close USB"
     void Command3_Click();  // "Init Table"
     void mnuAbout_Click();
+    // The about box's system report, without the about box.
+    void mnuSystemInfo_Click();
     // Its three board steps, for the Board menu of the device forms.
     BoardSteps Steps();
     void Form_QueryUnload();
@@ -54,6 +56,8 @@ public:
     frmAbout2* AboutForm() { return about_.get(); }
     // Told the selected type before its form loads (the simulated board fits its chip).
     std::function<void(const std::string&)> onTypeSelected;
+    // Brings back the simulated board's window; empty on a real board.
+    std::function<void()> showSimulatedBoard;
     // Where ExitProgram ends the program; the application quits by default.
     std::function<void()> onExit;
 

@@ -21,7 +21,9 @@
 #include "device/BoardMenu.h"
 #include "device/FormFit.h"
 #include "device/frmLXM410.h"
+#include "device/parts/Doco.h"
 #include "device/parts/FormLayout.h"
+#include "device/parts/FormMenus.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RecordFrame.h"
 #include "device/parts/RegisterPanel.h"
@@ -53,7 +55,7 @@ void frmLXM410::BuildLayout() {
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
     mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));
-    AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
+    SetupMenu* setup = AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
     // The data registers 2 and 3 are read-only; the command register goes last, once the
     // chip is configured again.
     boardMenu = new BoardMenu(s_, *menuBar,
@@ -137,6 +139,22 @@ void frmLXM410::BuildLayout() {
     // moves under the pointer.
     KeepRoomWhenHidden({FrmProxExternal, Frame9, Frame10, FrmMeasureDetails, fraINT, Frame11, Label36,
                         txtADCRaw, Label6, txtTime1, lblRange, cmdStopData, cmdProx_IR, LblCommTest()});
+
+    DeviceFiles files{frmDataRecord, [this] { cmdStartRec_Click(); }, {}, chart_, setup};
+    files.more = {{QStringLiteral("Trace File..."),
+                   [this] {
+                       mnuDoco_Click();
+                       DocoForm()->frmDataRecord->cmdBrowse_Click();
+                   },
+                   QStringLiteral("Chooses the file the I2C trace text is saved to")},
+                  {QStringLiteral("Save Trace"),
+                   [this] {
+                       mnuDoco_Click();
+                       DocoForm()->cmdStartRec_Click();
+                   },
+                   QStringLiteral("Saves the text of \"I2C Trace Options\" to its file")}};
+    formMenus = new FormMenus(s_, *menuBar,
+                              {DeviceFileItems(files), [this] { return CompactView; }, [this] { Label13_DblClick(); }});
 
     // The dual-mode panels show only while that measurement is selected.
     FrmProxExternal->hide();

@@ -18,6 +18,7 @@ struct LoggedSample;
 struct SampleLogHeader;
 class SampleLog;
 
+class FormMenus;
 class InterruptSampler;
 class PacedCollection;
 class RecordFrame;
@@ -68,6 +69,9 @@ public:
     virtual CollectionState& collection() = 0;
     RecordFrame& dataRecord() const { return *logFrame_; }
     const SampleLog& sampleLog() const;
+
+    // File, View and Help.
+    FormMenus* formMenus = nullptr;
 
     // Called once the form has closed (the program then ends).
     std::function<void()> onClosed;
