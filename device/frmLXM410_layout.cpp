@@ -172,6 +172,10 @@ void frmLXM410::BuildConfigColumn(QVBoxLayout* col2) {
     auto* ig = MakeOptionArray(frItime, OptITime, {{0, "16"}, {1, "12"}, {2, "8 "}, {3, "4"}}, 4);
     Label25 = new QLabel(QStringLiteral("N-bit A/D Converter"), frItime);
     Label4 = new QLabel(QStringLiteral("Integration Time"), frItime);
+    // Not the sensor's conversion time, whatever the caption says.
+    Label4->setToolTip(QStringLiteral(
+        "The time between the samples of a run, in milliseconds; the resolution above sets the "
+        "sensor's own conversion time"));
     txtInterval = MakeBox(frItime, QString(), 56);
     txtInterval->setToolTip(QStringLiteral("Operator Selected time between Measurement Triggers."));
     txtInterval->installEventFilter(this);
@@ -274,6 +278,12 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     auto* tg = new QHBoxLayout(Frame3);
     Label9 = new QLabel(QStringLiteral("Integration Time"), Frame3);
     txtSampling_Delay = MakeBox(Frame3, QString(), 56);
+    // One tip for the three captions the operation gives the box.
+    for (QWidget* w : std::initializer_list<QWidget*>{Label9, txtSampling_Delay})
+        w->setToolTip(QStringLiteral(
+            "A one-shot measurement waits this many milliseconds between its command and the "
+            "reading (\"Delay Command to Sample\"); a continuous one shows here the time between "
+            "samples (\"Delay Between Samples\"), set in the box beside \"Integration Time\""));
     tg->addWidget(Label9, 1);
     tg->addWidget(txtSampling_Delay);
     col3->addWidget(Frame3);
