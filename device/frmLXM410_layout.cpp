@@ -437,7 +437,8 @@ void frmLXM410::WireHandlers() {
     panel_->onLostFocus = [this](int i) { txtRegHex_LostFocus(i); };
     auto& rules = panel_->rules();
     rules.activityRows = {2, 3};
-    rules.flagLamps = {{0, 0x04, ShpIntFlag}};
+    rules.flagLamps = {{kIntFlag.reg, kIntFlag.mask, ShpIntFlag}};
+    panel_->SetRegisterNames(RegisterNames());
     rules.commTest = strip_->LblCommTest();
     connect(txtInterval, &QLineEdit::returnPressed, this,
             AsUserAction(s_, [this] { txtInterval_KeyPress(13); }));
