@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFontMetrics>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -46,6 +47,11 @@ frmStartup::frmStartup(Session& session, QString commandLine, QWidget* parent)
     : QWidget(parent), s_(session), commandLine_(std::move(commandLine)) {
     setWindowTitle(QStringLiteral("Velmarin ALS / Proximity Evaluation Software"));
     BuildLayout();
+    // Wide enough for the window manager to show the whole title, in its usually bold type,
+    // beside its icon and three buttons.
+    QFont title = font();
+    title.setBold(true);
+    setMinimumWidth(QFontMetrics(title).horizontalAdvance(windowTitle()) + kTitleBarExtras);
     s_.startupLamps = this;
 }
 

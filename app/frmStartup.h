@@ -81,6 +81,8 @@ public:
     QLabel* lblNoBoard = nullptr;
     void ShowBoardHint();
     static constexpr int kHintRefreshMs = 500;
+    // What a title bar holds besides the title: icon, buttons and margins.
+    static constexpr int kTitleBarExtras = 140;
 
 protected:
     void changeEvent(QEvent* e) override;

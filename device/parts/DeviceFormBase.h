@@ -98,6 +98,7 @@ protected:
 
     void changeEvent(QEvent* e) override;
     void closeEvent(QCloseEvent* e) override;
+    void showEvent(QShowEvent* e) override;
 
     Session& s_;
     StatusStrip* strip_ = nullptr;
