@@ -28,19 +28,21 @@ const BitField frmLXM410::kITime{1, 0x0C, Kind::Index};
 const BitField frmLXM410::kGain{1, 0x03, Kind::Index};
 
 std::vector<RegisterName> frmLXM410::RegisterNames() {
+    // A register no control sets: a byte as a whole.
+    const auto Plain = [](const char* name, const char* shortName) {
+        return RegisterName{QLatin1String(name), QLatin1String(shortName), {}};
+    };
     return {{QStringLiteral("Command I"), QStringLiteral("Cmd I"),
              {{"operation", kOperation}, {"timing", kExtTime}, {"ADC / timer", kMeasMode},
               {"interrupt flag", kIntFlag}, {"persistence", kINTP}}},
             {QStringLiteral("Command II"), QStringLiteral("Cmd II"),
              {{"scheme", kIRMode}, {"modulation", kMFreq}, {"IR drive", kPSrc}, {"resolution", kITime},
               {"range", kGain}}},
-            {QStringLiteral("Data LSB"), QStringLiteral("Data L"), {}},
-            {QStringLiteral("Data MSB"), QStringLiteral("Data H"), {}},
-            {QStringLiteral("Low threshold LSB"), QStringLiteral("Low L"), {}},
-            {QStringLiteral("Low threshold MSB"), QStringLiteral("Low H"), {}},
-            {QStringLiteral("High threshold LSB"), QStringLiteral("High L"), {}},
-            {QStringLiteral("High threshold MSB"), QStringLiteral("High H"), {}},
-            {QStringLiteral("Not used by the form"), QString(), {}}};
+            // The data and the thresholds, low byte first; the last row no control uses.
+            Plain("Data LSB", "Data L"), Plain("Data MSB", "Data H"),
+            Plain("Low threshold LSB", "Low L"), Plain("Low threshold MSB", "Low H"),
+            Plain("High threshold LSB", "High L"), Plain("High threshold MSB", "High H"),
+            Plain("Not used by the form", "")};
 }
 
 namespace {

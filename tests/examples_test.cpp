@@ -20,7 +20,8 @@ TEST(ExampleScripts, EachLoadsWithoutAFaultyLine) {
         const scripts::LoadResult r = scripts::LoadScript(f.readAll().toStdString());
         EXPECT_EQ(r.problem, scripts::LoadProblem::None) << name.toStdString();
         EXPECT_FALSE(r.blankLine) << name.toStdString();
-        EXPECT_EQ(r.errorRows, 0) << name.toStdString() << ": " << (r.FirstError() ? r.FirstError()->raw : "");
+        EXPECT_EQ(r.errorRows, 0) << name.toStdString() << ": "
+                                  << (r.FirstError() ? r.FirstError()->raw : "");
         for (const scripts::ScriptRow& row : r.rows) {
             pauses = pauses || row.kind == scripts::RowKind::KeyPause;
             delays = delays || row.kind == scripts::RowKind::Delay;

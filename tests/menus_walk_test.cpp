@@ -1,8 +1,7 @@
-// The ways in from the menus: every item of File, View and Help of both device forms is there,
-// enabled and reaches what it names; Help finds the documents of a package or a source tree.
+// The ways in from the menus: every item of both device forms' menus is there and enabled, and
+// File, View and Help reach what they name; Help finds the documents of a package first.
 #include <gtest/gtest.h>
 #include <QAction>
-#include <QDir>
 #include <QFile>
 #include <QMenu>
 #include <QMenuBar>
@@ -23,9 +22,10 @@ namespace {
 struct MenuWalk : ::testing::Test, test::BoardFixture {
     QTemporaryDir dir;
     std::unique_ptr<frmStartup> startup;
-    QList<QUrl> opened;
+    QStringList opened;
     int simulatedBoardShown = 0;
 
+    // The form as the start-up window opens it, with the menus' seams recorded.
     template <class Form>
     Form& Open(const QString& sensor, Form* (frmStartup::*get)()) {
         startup = std::make_unique<frmStartup>(session, QString());
@@ -35,125 +35,79 @@ struct MenuWalk : ::testing::Test, test::BoardFixture {
         startup->Form_Load();
         EXPECT_TRUE(startup->SelectSensor(sensor));
         Form& form = *((*startup).*get)();
-        form.formMenus->openUrl = [this](const QUrl& u) {
-            opened << u;
-            return true;
-        };
+        form.formMenus->openUrl = [this](const QUrl& u) { return opened << u.fileName(), true; };
         return form;
     }
     void TearDown() override { startup.reset(); }
 
-    // Every item of every menu is enabled; returns the titles in order.
-    static QStringList WalkBar(QMenuBar& bar) {
-        QStringList titles;
+    // Titles in order and every item enabled; Help's items all reach their target; then every
+    // File item, with the dialogs cancelled, asks for its file (the count) or says why not.
+    void Walk(QMenuBar& bar, FormMenus& m, const QStringList& file, int dialogs) {
+        QStringList titles, captions;
         for (QAction* top : bar.actions()) {
             titles << top->text();
             for (QAction* a : top->menu()->actions()) {
                 if (a->isSeparator() || !a->isVisible()) continue;
                 EXPECT_TRUE(a->isEnabled()) << a->text().toStdString();
+                if (top->menu() == m.mnuFile) captions << a->text();
             }
         }
-        return titles;
-    }
-
-    // Help: the three documents open from the source tree, About and the report show.
-    void WalkHelp(FormMenus& m) {
-        for (QAction* a : {m.mnuUserGuide, m.mnuScriptFormat, m.mnuExamples}) a->trigger();
-        ASSERT_EQ(opened.size(), 3);
-        EXPECT_TRUE(opened[0].toLocalFile().endsWith("/README.md"));
-        EXPECT_TRUE(opened[1].toLocalFile().endsWith("/scripts.md"));
-        EXPECT_TRUE(opened[2].toLocalFile().endsWith("/examples"));
-        m.mnuAbout->trigger();
+        EXPECT_EQ(titles, QStringList({"File", "View", "Tools", "Setup", "Board", "Help"}));
+        EXPECT_EQ(captions, file);
+        for (QAction* a : {m.mnuUserGuide, m.mnuScriptFormat, m.mnuExamples, m.mnuAbout, m.mnuSystemInfo,
+                           m.mnuSimulatedBoard})
+            a->trigger();
+        EXPECT_EQ(opened, QStringList({"README.md", "scripts.md", "examples"}));
         ASSERT_NE(startup->AboutForm(), nullptr);
-        EXPECT_TRUE(startup->AboutForm()->isVisible());
-        m.mnuSystemInfo->trigger();
-        EXPECT_TRUE(startup->AboutForm()->frmSysInfo->isVisible());
-        m.mnuSimulatedBoard->trigger();
+        EXPECT_TRUE(startup->AboutForm()->isVisible() && startup->AboutForm()->frmSysInfo->isVisible());
         EXPECT_EQ(simulatedBoardShown, 1);
-    }
-
-    // File: every item reaches its handler; with the dialogs cancelled each asks for its file.
-    static QStringList FileCaptions(FormMenus& m) {
-        QStringList captions;
-        for (QAction* a : m.mnuFile->actions())
-            if (!a->isSeparator()) captions << a->text();
-        return captions;
+        messages.clear();
+        for (QAction* a : m.mnuFile->actions()) a->trigger();
+        EXPECT_EQ(files.titles.size(), dialogs) << files.titles.join('|').toStdString();
+        EXPECT_EQ(messages.texts.size(), 1) << "\"Write to Disk\" says there are too few readings";
     }
 };
 
-TEST_F(MenuWalk, TheFamilyFormsMenusReachEveryWindowAndFile) {
+TEST_F(MenuWalk, TheFamilyForm) {
     auto& form = Open<frmLXM410>("LXM410", &frmStartup::DeviceForm);
     FormMenus& m = *form.formMenus;
-    EXPECT_EQ(WalkBar(*form.menuBar), QStringList({"File", "View", "Tools", "Setup", "Board", "Help"}));
-    EXPECT_EQ(FileCaptions(m), QStringList({"Record File...", "Write to Disk", "Trace File...", "Save Trace",
-                                            "Save Picture...", "Load Setup...", "Save Setup..."}));
-
     // View runs the "USB COMM" toggle only towards the view asked for.
-    EXPECT_TRUE(form.CompactView);
     m.mnuFullView->trigger();
-    EXPECT_FALSE(form.CompactView);
-    EXPECT_TRUE(form.cmdRead_ADC->isVisibleTo(&form));
     m.mnuFullView->trigger();
-    EXPECT_FALSE(form.CompactView);
+    EXPECT_TRUE(!form.CompactView && form.cmdRead_ADC->isVisibleTo(&form));
     m.mnuCompactView->trigger();
     EXPECT_TRUE(form.CompactView);
-
-    WalkHelp(m);
 
     form.mnuDoco_Click();
     form.DocoForm()->frmDataRecord->txtFilePath->setText(dir.filePath("trace.txt"));
-    messages.clear();
-    for (QAction* a : m.mnuFile->actions()) a->trigger();
-    EXPECT_EQ(files.titles.size(), 5) << files.titles.join('|').toStdString();  // record, trace, picture, setup x2
-    EXPECT_EQ(messages.texts.size(), 1) << messages.texts.join('|').toStdString();  // too few readings
+    Walk(*form.menuBar, m,
+         {"Record File...", "Write to Disk", "Trace File...", "Save Trace", "Save Picture...",
+          "Load Setup...", "Save Setup..."},
+         5);
     EXPECT_TRUE(QFile::exists(dir.filePath("trace.txt")));
 }
 
-TEST_F(MenuWalk, TheMultiFunctionFormsMenusReachEveryWindowAndFile) {
+TEST_F(MenuWalk, TheMultiFunctionForm) {
     auto& form = Open<frmLXM600>("LXM600", &frmStartup::MultiFunctionForm);
-    FormMenus& m = *form.formMenus;
-    EXPECT_EQ(WalkBar(*form.menuBar), QStringList({"File", "View", "Tools", "Setup", "Board", "Help"}));
-    EXPECT_EQ(FileCaptions(m), QStringList({"Record File...", "Write to Disk", "Save Picture...", "Load Setup...",
-                                            "Save Setup..."}));
-    EXPECT_FALSE(form.CompactView);
-    m.mnuCompactView->trigger();
-    EXPECT_TRUE(form.CompactView);
+    form.formMenus->mnuCompactView->trigger();
     EXPECT_FALSE(form.frmDataRecord->isVisibleTo(&form));
-    m.mnuFullView->trigger();
+    form.formMenus->mnuFullView->trigger();
     EXPECT_TRUE(form.frmDataRecord->isVisibleTo(&form));
-
-    WalkHelp(m);
-    for (QAction* a : m.mnuFile->actions()) a->trigger();
-    EXPECT_EQ(files.titles.size(), 4) << files.titles.join('|').toStdString();
+    Walk(*form.menuBar, *form.formMenus,
+         {"Record File...", "Write to Disk", "Save Picture...", "Load Setup...", "Save Setup..."}, 4);
 }
 
-TEST(HelpDocs, FoundInThePackageFirstThenTheSourceTree) {
+TEST(HelpDocs, ThePackageFirstAndAMissingOneSaysWhereItWasLookedFor) {
     QTemporaryDir pkg, src;
-    auto touch = [](const QString& path) {
-        QDir().mkpath(QFileInfo(path).path());
-        QFile f(path);
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    };
-    touch(pkg.filePath("README.md"));
-    touch(pkg.filePath("scripts.md"));
-    touch(src.filePath("README.md"));
-    touch(src.filePath("docs/scripts.md"));
-    touch(src.filePath("examples/a.txt"));
-    const QStringList both{pkg.path(), src.path()};
-    EXPECT_EQ(FindDoc(HelpDoc::UserGuide, both), pkg.filePath("README.md"));
-    EXPECT_EQ(FindDoc(HelpDoc::ScriptFormat, {src.path()}), src.filePath("docs/scripts.md"));
-    EXPECT_EQ(FindDoc(HelpDoc::Examples, both), src.filePath("examples"));
-    EXPECT_EQ(FindDoc(HelpDoc::Examples, {pkg.path()}), QString());
-
-    // A document nowhere is one message naming where it was looked for.
+    for (const QString& path : {pkg.filePath("README.md"), src.filePath("README.md")})
+        QFile(path).open(QIODevice::WriteOnly);
+    EXPECT_EQ(FindDoc(HelpDoc::UserGuide, {pkg.path(), src.path()}), pkg.filePath("README.md"));
     test::BoardFixture fx;
     QMenuBar bar;
     FormMenus m(fx.session, bar, {});
-    m.docRoots = {pkg.path()};
-    m.openUrl = [](const QUrl&) { return true; };
+    m.docRoots = {pkg.path(), src.path()};
     m.mnuExamples->trigger();
-    ASSERT_EQ(fx.messages.texts.size(), 1);
-    EXPECT_TRUE(fx.messages.texts[0].contains(pkg.path()));
+    EXPECT_TRUE(fx.messages.texts.size() == 1 && fx.messages.texts[0].contains(src.path()));
 }
 
 }  // namespace

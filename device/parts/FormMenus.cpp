@@ -27,9 +27,15 @@ QStringList DocRoots() {
 QString FindDoc(HelpDoc doc, const QStringList& roots) {
     QStringList names;
     switch (doc) {
-        case HelpDoc::UserGuide: names = {QStringLiteral("README.md")}; break;
-        case HelpDoc::ScriptFormat: names = {QStringLiteral("scripts.md"), QStringLiteral("docs/scripts.md")}; break;
-        case HelpDoc::Examples: names = {QStringLiteral("examples")}; break;
+        case HelpDoc::UserGuide:
+            names = {QStringLiteral("README.md")};
+            break;
+        case HelpDoc::ScriptFormat:
+            names = {QStringLiteral("scripts.md"), QStringLiteral("docs/scripts.md")};
+            break;
+        case HelpDoc::Examples:
+            names = {QStringLiteral("examples")};
+            break;
     }
     for (const QString& root : roots)
         for (const QString& name : names) {
@@ -62,7 +68,10 @@ std::vector<FormMenuItem> DeviceFileItems(const DeviceFiles& f) {
 }
 
 FormMenus::FormMenus(Session& session, QMenuBar& bar, FormMenuItems items)
-    : QObject(&bar), openUrl(&QDesktopServices::openUrl), docRoots(DocRoots()), s_(session),
+    : QObject(&bar),
+      openUrl(&QDesktopServices::openUrl),
+      docRoots(DocRoots()),
+      s_(session),
       items_(std::move(items)) {
     mnuFile = MenuNamed(bar, QStringLiteral("File"));
     mnuFile->setToolTipsVisible(true);
@@ -95,17 +104,22 @@ FormMenus::FormMenus(Session& session, QMenuBar& bar, FormMenuItems items)
     });
 
     mnuHelp = MenuNamed(bar, QStringLiteral("Help"));
-    mnuUserGuide = mnuHelp->addAction(QStringLiteral("User Guide"));
-    mnuScriptFormat = mnuHelp->addAction(QStringLiteral("Script File Format"));
-    mnuExamples = mnuHelp->addAction(QStringLiteral("Example Scripts"));
+    const struct {
+        QAction** action;
+        const char* caption;
+        HelpDoc doc;
+    } docs[] = {{&mnuUserGuide, "User Guide", HelpDoc::UserGuide},
+                {&mnuScriptFormat, "Script File Format", HelpDoc::ScriptFormat},
+                {&mnuExamples, "Example Scripts", HelpDoc::Examples}};
+    for (const auto& d : docs) {
+        *d.action = mnuHelp->addAction(QLatin1String(d.caption));
+        connect(*d.action, &QAction::triggered, this, [this, doc = d.doc] { OpenDoc(doc); });
+    }
     mnuHelp->addSeparator();
     mnuAbout = mnuHelp->addAction(QStringLiteral("About"));
     mnuSystemInfo = mnuHelp->addAction(QStringLiteral("System Info..."));
     mnuAbout->setEnabled(false);
     mnuSystemInfo->setEnabled(false);
-    connect(mnuUserGuide, &QAction::triggered, this, [this] { OpenDoc(HelpDoc::UserGuide); });
-    connect(mnuScriptFormat, &QAction::triggered, this, [this] { OpenDoc(HelpDoc::ScriptFormat); });
-    connect(mnuExamples, &QAction::triggered, this, [this] { OpenDoc(HelpDoc::Examples); });
     connect(mnuAbout, &QAction::triggered, this, [this] {
         if (links_.about) links_.about();
     });
@@ -149,8 +163,9 @@ void FormMenus::OpenDoc(HelpDoc doc) {
         return;
     }
     if (!openUrl(QUrl::fromLocalFile(path)))
-        s_.messages.MsgBox(QStringLiteral("No program to show %1 was found.\nOpen the file with a text editor.")
-                               .arg(QDir::toNativeSeparators(path)));
+        s_.messages.MsgBox(
+            QStringLiteral("No program to show %1 was found.\nOpen the file with a text editor.")
+                .arg(QDir::toNativeSeparators(path)));
 }
 
 }  // namespace lxm

@@ -82,17 +82,11 @@ public:
     std::function<bool(const QUrl&)> openUrl;
     QStringList docRoots;
 
-    QMenu* mnuFile = nullptr;
-    QMenu* mnuView = nullptr;
-    QMenu* mnuHelp = nullptr;
-    QAction* mnuCompactView = nullptr;
-    QAction* mnuFullView = nullptr;
-    QAction* mnuSimulatedBoard = nullptr;
-    QAction* mnuUserGuide = nullptr;
-    QAction* mnuScriptFormat = nullptr;
-    QAction* mnuExamples = nullptr;
-    QAction* mnuAbout = nullptr;
-    QAction* mnuSystemInfo = nullptr;
+    QMenu *mnuFile = nullptr, *mnuView = nullptr, *mnuHelp = nullptr;
+    QAction *mnuCompactView = nullptr, *mnuFullView = nullptr, *mnuSimulatedBoard = nullptr;
+    // Help: the documents, then what the application lends.
+    QAction *mnuUserGuide = nullptr, *mnuScriptFormat = nullptr, *mnuExamples = nullptr;
+    QAction *mnuAbout = nullptr, *mnuSystemInfo = nullptr;
 
 private:
     void ShowViewState();
