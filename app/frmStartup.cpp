@@ -69,6 +69,8 @@ void frmStartup::BuildLayout() {
     mnuLXM600 = sensors->addAction(QStringLiteral("LXM600 Adr 88"));
     mnuLXM600->setToolTip(QStringLiteral("The multi-function ALS / IR and proximity sensor"));
     mnuAbout = menuBar->addAction(QStringLiteral("About"));
+    helpMenu = new HelpMenu(s_, *menuBar);
+    helpMenu->SetAppLinks({}, [this] { mnuSystemInfo_Click(); });
     root->setMenuBar(menuBar);
 
     auto* sel = new QGroupBox(this);

@@ -21,6 +21,7 @@ class frmLXM410;
 struct BoardSteps;
 class frmLXM600;
 class frmAbout2;
+class HelpMenu;
 
 // The start-up window: initialises the driver, waits for the board, shows the four USB
 // lamps and lets the user pick the sensor type.
@@ -74,6 +75,8 @@ public:
     QLabel* Label2[2] = {nullptr, nullptr};
     QMenuBar* menuBar = nullptr;
     QAction* mnuAbout = nullptr;
+    // The documents and the system report; "About" stands in the bar itself.
+    HelpMenu* helpMenu = nullptr;
     QAction* mnuLXM600 = nullptr;
     Shape* Shp_USB_Init_ = nullptr;
     Shape* Shp_USB_Info_ = nullptr;

@@ -35,7 +35,7 @@ struct MenuWalk : ::testing::Test, test::BoardFixture {
         startup->Form_Load();
         EXPECT_TRUE(startup->SelectSensor(sensor));
         Form& form = *((*startup).*get)();
-        form.formMenus->openUrl = [this](const QUrl& u) { return opened << u.fileName(), true; };
+        form.formMenus->help->openUrl = [this](const QUrl& u) { return opened << u.fileName(), true; };
         return form;
     }
     void TearDown() override { startup.reset(); }
@@ -54,8 +54,8 @@ struct MenuWalk : ::testing::Test, test::BoardFixture {
         }
         EXPECT_EQ(titles, QStringList({"File", "View", "Tools", "Setup", "Board", "Help"}));
         EXPECT_EQ(captions, file);
-        for (QAction* a : {m.mnuUserGuide, m.mnuScriptFormat, m.mnuExamples, m.mnuAbout, m.mnuSystemInfo,
-                           m.mnuSimulatedBoard})
+        for (QAction* a : {m.help->mnuUserGuide, m.help->mnuScriptFormat, m.help->mnuExamples,
+                           m.help->mnuAbout, m.help->mnuSystemInfo, m.mnuSimulatedBoard})
             a->trigger();
         EXPECT_EQ(opened, QStringList({"README.md", "scripts.md", "examples"}));
         ASSERT_NE(startup->AboutForm(), nullptr);
@@ -70,6 +70,9 @@ struct MenuWalk : ::testing::Test, test::BoardFixture {
 
 TEST_F(MenuWalk, TheFamilyForm) {
     auto& form = Open<frmLXM410>("LXM410", &frmStartup::DeviceForm);
+    // The start-up window's Help has the documents and the report, its bar "About".
+    EXPECT_TRUE(startup->helpMenu->mnuExamples->isVisible() && startup->helpMenu->mnuSystemInfo->isVisible());
+    EXPECT_FALSE(startup->helpMenu->mnuAbout->isVisible());
     FormMenus& m = *form.formMenus;
     // View runs the "USB COMM" toggle only towards the view asked for.
     m.mnuFullView->trigger();
@@ -104,7 +107,7 @@ TEST(HelpDocs, ThePackageFirstAndAMissingOneSaysWhereItWasLookedFor) {
     EXPECT_EQ(FindDoc(HelpDoc::UserGuide, {pkg.path(), src.path()}), pkg.filePath("README.md"));
     test::BoardFixture fx;
     QMenuBar bar;
-    FormMenus m(fx.session, bar, {});
+    HelpMenu m(fx.session, bar);
     m.docRoots = {pkg.path(), src.path()};
     m.mnuExamples->trigger();
     EXPECT_TRUE(fx.messages.texts.size() == 1 && fx.messages.texts[0].contains(src.path()));

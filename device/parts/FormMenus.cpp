@@ -67,12 +67,41 @@ std::vector<FormMenuItem> DeviceFileItems(const DeviceFiles& f) {
     return items;
 }
 
+HelpMenu::HelpMenu(Session& session, QMenuBar& bar)
+    : QObject(&bar), openUrl(&QDesktopServices::openUrl), docRoots(DocRoots()), s_(session) {
+    mnuHelp = MenuNamed(bar, QStringLiteral("Help"));
+    const struct {
+        QAction** action;
+        const char* caption;
+        HelpDoc doc;
+    } docs[] = {{&mnuUserGuide, "User Guide", HelpDoc::UserGuide},
+                {&mnuScriptFormat, "Script File Format", HelpDoc::ScriptFormat},
+                {&mnuExamples, "Example Scripts", HelpDoc::Examples}};
+    for (const auto& d : docs) {
+        *d.action = mnuHelp->addAction(QLatin1String(d.caption));
+        connect(*d.action, &QAction::triggered, this, [this, doc = d.doc] { OpenDoc(doc); });
+    }
+    mnuHelp->addSeparator();
+    mnuAbout = mnuHelp->addAction(QStringLiteral("About"));
+    mnuSystemInfo = mnuHelp->addAction(QStringLiteral("System Info..."));
+    connect(mnuAbout, &QAction::triggered, this, [this] {
+        if (about_) about_();
+    });
+    connect(mnuSystemInfo, &QAction::triggered, this, [this] {
+        if (systemInfo_) systemInfo_();
+    });
+    SetAppLinks({}, {});
+}
+
+void HelpMenu::SetAppLinks(std::function<void()> about, std::function<void()> systemInfo) {
+    about_ = std::move(about);
+    systemInfo_ = std::move(systemInfo);
+    mnuAbout->setVisible(bool(about_));
+    mnuSystemInfo->setVisible(bool(systemInfo_));
+}
+
 FormMenus::FormMenus(Session& session, QMenuBar& bar, FormMenuItems items)
-    : QObject(&bar),
-      openUrl(&QDesktopServices::openUrl),
-      docRoots(DocRoots()),
-      s_(session),
-      items_(std::move(items)) {
+    : QObject(&bar), s_(session), items_(std::move(items)) {
     mnuFile = MenuNamed(bar, QStringLiteral("File"));
     mnuFile->setToolTipsVisible(true);
     for (const FormMenuItem& item : items_.file) {
@@ -102,37 +131,13 @@ FormMenus::FormMenus(Session& session, QMenuBar& bar, FormMenuItems items)
     connect(mnuSimulatedBoard, &QAction::triggered, this, [this] {
         if (links_.simulatedBoard) links_.simulatedBoard();
     });
-
-    mnuHelp = MenuNamed(bar, QStringLiteral("Help"));
-    const struct {
-        QAction** action;
-        const char* caption;
-        HelpDoc doc;
-    } docs[] = {{&mnuUserGuide, "User Guide", HelpDoc::UserGuide},
-                {&mnuScriptFormat, "Script File Format", HelpDoc::ScriptFormat},
-                {&mnuExamples, "Example Scripts", HelpDoc::Examples}};
-    for (const auto& d : docs) {
-        *d.action = mnuHelp->addAction(QLatin1String(d.caption));
-        connect(*d.action, &QAction::triggered, this, [this, doc = d.doc] { OpenDoc(doc); });
-    }
-    mnuHelp->addSeparator();
-    mnuAbout = mnuHelp->addAction(QStringLiteral("About"));
-    mnuSystemInfo = mnuHelp->addAction(QStringLiteral("System Info..."));
-    mnuAbout->setEnabled(false);
-    mnuSystemInfo->setEnabled(false);
-    connect(mnuAbout, &QAction::triggered, this, [this] {
-        if (links_.about) links_.about();
-    });
-    connect(mnuSystemInfo, &QAction::triggered, this, [this] {
-        if (links_.systemInfo) links_.systemInfo();
-    });
+    help = new HelpMenu(session, bar);
     ShowViewState();
 }
 
 void FormMenus::SetAppLinks(AppLinks links) {
     links_ = std::move(links);
-    mnuAbout->setEnabled(bool(links_.about));
-    mnuSystemInfo->setEnabled(bool(links_.systemInfo));
+    help->SetAppLinks(links_.about, links_.systemInfo);
     mnuSimulatedBoard->setVisible(bool(links_.simulatedBoard));
 }
 
@@ -154,7 +159,7 @@ void FormMenus::mnuFullView_Click() {
     ShowViewState();
 }
 
-void FormMenus::OpenDoc(HelpDoc doc) {
+void HelpMenu::OpenDoc(HelpDoc doc) {
     const QString path = FindDoc(doc, docRoots);
     if (path.isEmpty()) {
         s_.messages.MsgBox(QStringLiteral("The document was not found in %1.\nReinstall the lxmeval package, "

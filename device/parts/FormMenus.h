@@ -64,17 +64,14 @@ struct DeviceFiles {
 };
 std::vector<FormMenuItem> DeviceFileItems(const DeviceFiles& files);
 
-// File, View and Help of a device form's menu bar, built from the form's data. File runs the
-// form's own handlers; View switches between the compact and the full view with the form's
-// toggle; Help opens the user guide, the script format and the example scripts with the
-// desktop's viewer, and shows About and the system report.
-class FormMenus : public QObject {
+// "Help": the user guide, the script format and the example scripts, opened with the desktop's
+// viewer, then About and the system report, which the application lends (an item without its
+// link is not shown).
+class HelpMenu : public QObject {
 public:
-    FormMenus(Session& session, QMenuBar& bar, FormMenuItems items);
+    HelpMenu(Session& session, QMenuBar& bar);
 
-    void SetAppLinks(AppLinks links);
-    void mnuCompactView_Click();
-    void mnuFullView_Click();
+    void SetAppLinks(std::function<void()> about, std::function<void()> systemInfo);
     // Opens a document; a missing one is one message saying where it was looked for.
     void OpenDoc(HelpDoc doc);
 
@@ -82,11 +79,29 @@ public:
     std::function<bool(const QUrl&)> openUrl;
     QStringList docRoots;
 
-    QMenu *mnuFile = nullptr, *mnuView = nullptr, *mnuHelp = nullptr;
-    QAction *mnuCompactView = nullptr, *mnuFullView = nullptr, *mnuSimulatedBoard = nullptr;
-    // Help: the documents, then what the application lends.
+    QMenu* mnuHelp = nullptr;
     QAction *mnuUserGuide = nullptr, *mnuScriptFormat = nullptr, *mnuExamples = nullptr;
     QAction *mnuAbout = nullptr, *mnuSystemInfo = nullptr;
+
+private:
+    Session& s_;
+    std::function<void()> about_, systemInfo_;
+};
+
+// File, View and Help of a device form's menu bar, built from the form's data. File runs the
+// form's own handlers; View switches between the compact and the full view with the form's
+// toggle and brings back the simulated board's window.
+class FormMenus : public QObject {
+public:
+    FormMenus(Session& session, QMenuBar& bar, FormMenuItems items);
+
+    void SetAppLinks(AppLinks links);
+    void mnuCompactView_Click();
+    void mnuFullView_Click();
+
+    QMenu *mnuFile = nullptr, *mnuView = nullptr;
+    QAction *mnuCompactView = nullptr, *mnuFullView = nullptr, *mnuSimulatedBoard = nullptr;
+    HelpMenu* help = nullptr;
 
 private:
     void ShowViewState();
