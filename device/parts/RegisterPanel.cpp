@@ -45,7 +45,8 @@ RegisterPanel::RegisterPanel(Session& session, int rows, const std::vector<QStri
                              QWidget* parent)
     : QGroupBox(QStringLiteral("Register Access"), parent), s_(session), rows_(rows) {
     auto* rg = new QGridLayout(this);
-    rg->setHorizontalSpacing(4);
+    // Tight: the name beside each number took the room the gaps had.
+    rg->setHorizontalSpacing(2);
     rg->setVerticalSpacing(1);
     rg->addWidget(new QLabel(QStringLiteral("Reg"), this), 0, 0);
     rg->addWidget(new QLabel(QStringLiteral("Write"), this), 0, 1, 1, 2, Qt::AlignCenter);
