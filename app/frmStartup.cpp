@@ -19,6 +19,7 @@
 #include "core/Shape.h"
 #include "core/Yield.h"
 #include "device/BoardMenu.h"
+#include "viewer/ViewerMenu.h"
 #include "device/frmLXM410.h"
 #include "device/frmLXM600.h"
 #include "device/parts/FormMenus.h"
@@ -69,6 +70,7 @@ void frmStartup::BuildLayout() {
     mnuLXM600 = sensors->addAction(QStringLiteral("LXM600 Adr 88"));
     mnuLXM600->setToolTip(QStringLiteral("The multi-function ALS / IR and proximity sensor"));
     mnuAbout = menuBar->addAction(QStringLiteral("About"));
+    AddOpenRunMenu(*menuBar, *this, s_.messages, s_.files);
     helpMenu = new HelpMenu(s_, *menuBar);
     helpMenu->SetAppLinks({}, [this] { mnuSystemInfo_Click(); });
     root->setMenuBar(menuBar);

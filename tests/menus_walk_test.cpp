@@ -84,9 +84,9 @@ TEST_F(MenuWalk, TheFamilyForm) {
     form.mnuDoco_Click();
     form.DocoForm()->frmDataRecord->txtFilePath->setText(dir.filePath("trace.txt"));
     Walk(*form.menuBar, m,
-         {"Record File...", "Write to Disk", "Trace File...", "Save Trace", "Save Picture...",
+         {"Open Run...", "Record File...", "Write to Disk", "Trace File...", "Save Trace", "Save Picture...",
           "Load Setup...", "Save Setup..."},
-         5);
+         6);
     EXPECT_TRUE(QFile::exists(dir.filePath("trace.txt")));
 }
 
@@ -97,7 +97,9 @@ TEST_F(MenuWalk, TheMultiFunctionForm) {
     form.formMenus->mnuFullView->trigger();
     EXPECT_TRUE(form.frmDataRecord->isVisibleTo(&form));
     Walk(*form.menuBar, *form.formMenus,
-         {"Record File...", "Write to Disk", "Save Picture...", "Load Setup...", "Save Setup..."}, 4);
+         {"Open Run...", "Record File...", "Write to Disk", "Save Picture...", "Load Setup...",
+          "Save Setup..."},
+         5);
 }
 
 TEST(HelpDocs, ThePackageFirstAndAMissingOneSaysWhereItWasLookedFor) {
