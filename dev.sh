@@ -23,50 +23,71 @@ install_packages() {
 }
 
 configure() { cmake -S . -B "$1" -G Ninja "${@:2}" >/dev/null; }
+# The program as users get it (optimised, no debug information): what run and package build,
+# and the tree whose package the test checks.
+configure_plain() { configure build -DCMAKE_BUILD_TYPE=Release -DLXM_BUILD_BENCH=OFF; }
+
+# Each parser's libFuzzer target: name, seconds of fuzzing, seed corpus, dictionary (- for none).
+# The seconds add up to about a minute; a new target takes its share from the others.
+fuzz_targets=(
+    "script_loader_fuzz 60 fuzz/corpus fuzz/script.dict"
+)
+
+fuzz() {
+    configure build-fuzz -DLXM_FUZZ=ON -DCMAKE_CXX_COMPILER=clang++
+    local names=() t
+    for t in "${fuzz_targets[@]}"; do names+=("${t%% *}"); done
+    cmake --build build-fuzz --target "${names[@]}"
+    local name seconds corpus dict
+    for t in "${fuzz_targets[@]}"; do
+        read -r name seconds corpus dict <<<"$t"
+        # New inputs a run finds stay in build-fuzz/corpus-<name>; the seeds are in the source tree.
+        mkdir -p "build-fuzz/corpus-$name"
+        local opts=(-max_total_time="$seconds" -artifact_prefix="build-fuzz/$name-")
+        if [ "$dict" != - ]; then opts+=(-dict="$dict"); fi
+        echo "== $name ($seconds s)"
+        if ! "./build-fuzz/fuzz/$name" "${opts[@]}" "build-fuzz/corpus-$name" "$corpus" \
+            >"build-fuzz/$name.log" 2>&1; then
+            tail -n 60 "build-fuzz/$name.log"
+            echo "$name failed; the input is in build-fuzz/ ($name-crash-*), the log in build-fuzz/$name.log" >&2
+            exit 1
+        fi
+        tail -n 1 "build-fuzz/$name.log"
+    done
+}
 
 case "${1:-}" in
 run)
     install_packages
-    configure build
+    configure_plain
     cmake --build build --target lxmeval
     exec ./build/lxmeval --simulate "${@:2}"
     ;;
 test)
     install_packages
-    configure build
-    cmake --build build
-    ctest --test-dir build --output-on-failure -j2
-    # The script loader under libFuzzer for a minute, in a clang tree of its own; new inputs it
-    # finds stay in build-fuzz, the seed corpus in fuzz/corpus.
-    if command -v clang++ >/dev/null; then
-        configure build-fuzz -DLXM_FUZZ=ON -DCMAKE_CXX_COMPILER=clang++
-        cmake --build build-fuzz --target script_loader_fuzz
-        mkdir -p build-fuzz/corpus
-        echo "== script_loader_fuzz (60 s)"
-        if ! ./build-fuzz/fuzz/script_loader_fuzz -max_total_time=60 -artifact_prefix=build-fuzz/ \
-            -dict=fuzz/script.dict build-fuzz/corpus fuzz/corpus >build-fuzz/fuzz.log 2>&1; then
-            tail -n 60 build-fuzz/fuzz.log
-            echo "script_loader_fuzz failed; the input is in build-fuzz/ (crash-*), the log in build-fuzz/fuzz.log" >&2
-            exit 1
-        fi
-        tail -n 1 build-fuzz/fuzz.log
-    fi
-    # The whole suite once more, in a tree of its own, under AddressSanitizer and UBSan with
-    # float-cast-overflow (which GCC's "undefined" leaves out). Any report fails the test.
-    configure build-asan -DLXM_SANITIZE=ON -DLXM_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug
-    cmake --build build-asan
+    # One tree carries the program and the whole suite under AddressSanitizer and UBSan with
+    # float-cast-overflow (which GCC's "undefined" leaves out); any report fails the test.
+    # Line tables (-g1) are enough for the reports and cost far less than full debug information.
+    # The package test checks the package of the plain program, built first in build.
+    configure_plain
+    cmake --build build --target lxmeval lxm_package_docs
+    # Every parser under libFuzzer, in a clang tree of its own.
+    if command -v clang++ >/dev/null; then fuzz; fi
+    configure build-test -DLXM_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-g1 \
+        -DLXM_BUILD_BENCH=OFF -DLXM_PACKAGE_TREE="$PWD/build"
+    cmake --build build-test
     echo "== the whole suite under AddressSanitizer and UndefinedBehaviorSanitizer"
-    UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --test-dir build-asan --output-on-failure -j2 -E package_contents
+    UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --test-dir build-test --output-on-failure -j2
     ;;
 bench)
     install_packages
-    configure build-rel -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    configure build-rel -DCMAKE_BUILD_TYPE=RelWithDebInfo -DLXM_BUILD_BENCH=ON
     cmake --build build-rel --target lxm_bench
     QT_QPA_PLATFORM=offscreen ./build-rel/bench/lxm_bench --benchmark_filter="${2:-.}"
     ;;
 package)
     install_packages
-    configure build
+    configure_plain
     cmake --build build --target lxmeval lxm_package_docs
     (cd build && cpack -G DEB)
     deb=$(ls -t build/lxmeval_*.deb | head -1)
