@@ -28,33 +28,12 @@ configure() { cmake -S . -B "$1" -G Ninja "${@:2}" >/dev/null; }
 configure_plain() { configure build -DCMAKE_BUILD_TYPE=Release -DLXM_BUILD_BENCH=OFF; }
 
 # Each parser's libFuzzer target: name, seconds of fuzzing, seed corpus, dictionary (- for none).
-# The seconds add up to about a minute; a new target takes its share from the others.
+# The seconds add up to about a minute; a new target takes its share from the others. The test
+# command builds them in a clang tree of their own (build-fuzz) and ctest runs them alongside
+# the suite; new inputs they find stay in build-fuzz/corpus-<name>, crashes in build-fuzz/.
 fuzz_targets=(
     "script_loader_fuzz 60 fuzz/corpus fuzz/script.dict"
 )
-
-fuzz() {
-    configure build-fuzz -DLXM_FUZZ=ON -DCMAKE_CXX_COMPILER=clang++
-    local names=() t
-    for t in "${fuzz_targets[@]}"; do names+=("${t%% *}"); done
-    cmake --build build-fuzz --target "${names[@]}"
-    local name seconds corpus dict
-    for t in "${fuzz_targets[@]}"; do
-        read -r name seconds corpus dict <<<"$t"
-        # New inputs a run finds stay in build-fuzz/corpus-<name>; the seeds are in the source tree.
-        mkdir -p "build-fuzz/corpus-$name"
-        local opts=(-max_total_time="$seconds" -artifact_prefix="build-fuzz/$name-")
-        if [ "$dict" != - ]; then opts+=(-dict="$dict"); fi
-        echo "== $name ($seconds s)"
-        if ! "./build-fuzz/fuzz/$name" "${opts[@]}" "build-fuzz/corpus-$name" "$corpus" \
-            >"build-fuzz/$name.log" 2>&1; then
-            tail -n 60 "build-fuzz/$name.log"
-            echo "$name failed; the input is in build-fuzz/ ($name-crash-*), the log in build-fuzz/$name.log" >&2
-            exit 1
-        fi
-        tail -n 1 "build-fuzz/$name.log"
-    done
-}
 
 case "${1:-}" in
 run)
@@ -71,13 +50,22 @@ test)
     # The package test checks the package of the plain program, built first in build.
     configure_plain
     cmake --build build --target lxmeval lxm_package_docs
-    # Every parser under libFuzzer, in a clang tree of its own.
-    if command -v clang++ >/dev/null; then fuzz; fi
+    fuzz_runs=()
+    if command -v clang++ >/dev/null; then
+        configure build-fuzz -DLXM_FUZZ=ON -DCMAKE_CXX_COMPILER=clang++
+        names=()
+        for t in "${fuzz_targets[@]}"; do names+=("${t%% *}"); done
+        cmake --build build-fuzz --target "${names[@]}"
+        fuzz_runs=("${fuzz_targets[@]}")
+    fi
     configure build-test -DLXM_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-g1 \
-        -DLXM_BUILD_BENCH=OFF -DLXM_PACKAGE_TREE="$PWD/build"
+        -DLXM_BUILD_BENCH=OFF -DLXM_PACKAGE_TREE="$PWD/build" \
+        -DLXM_FUZZ_TREE="$PWD/build-fuzz" -DLXM_FUZZ_RUNS="$(IFS=';'; echo "${fuzz_runs[*]}")"
     cmake --build build-test
-    echo "== the whole suite under AddressSanitizer and UndefinedBehaviorSanitizer"
-    UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --test-dir build-test --output-on-failure -j2
+    # The cases mostly wait on timers and the fuzzers on one core: three at a time keep two
+    # cores busy.
+    echo "== the whole suite under AddressSanitizer and UndefinedBehaviorSanitizer, and the fuzzers"
+    UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --test-dir build-test --output-on-failure -j3
     ;;
 bench)
     install_packages
