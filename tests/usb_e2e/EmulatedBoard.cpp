@@ -62,6 +62,7 @@ EmulatedBoard::EmulatedBoard() : mainThread_(std::make_unique<QObject>()) {
     g_signal_connect_after(handler_, "handle-ioctl", G_CALLBACK(&EmulatedBoard::OnIoctl), this);
     syspath_ = std::string("/sys") + kDevicePath;
     board_ = std::make_unique<sim::SimBoard>(boardClock_);
+    board_->scene().ideal = true;  // exact counts
 }
 
 EmulatedBoard::~EmulatedBoard() {
@@ -88,6 +89,7 @@ void EmulatedBoard::Plug() {
     {
         std::lock_guard lock(mu_);
         board_ = std::make_unique<sim::SimBoard>(boardClock_);  // power-on state
+        board_->scene().ideal = true;
         nodes_[devnode_] = Node{};
     }
     // The node must answer before the "add" event makes libusb look at it.
