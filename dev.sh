@@ -38,7 +38,8 @@ configure_plain() {
 # command builds them in a clang tree of their own (build-fuzz) and ctest runs them alongside
 # the suite; new inputs they find stay in build-fuzz/corpus-<name>, crashes in build-fuzz/.
 fuzz_targets=(
-    "script_loader_fuzz 60 fuzz/corpus fuzz/script.dict"
+    "script_loader_fuzz 30 fuzz/corpus fuzz/script.dict"
+    "runlog_fuzz 30 fuzz/corpus-runlog -"
 )
 
 case "${1:-}" in
