@@ -29,13 +29,23 @@ PictureBox::PictureBox(QSize size, QWidget* parent, Scaling scaling)
     // The widget paints all of itself, so nothing underneath needs painting first.
     setAttribute(Qt::WA_OpaquePaintEvent);
     image_.fill(backColor_);
+    LookUpDevicePixelRatio();
 }
 
-double PictureBox::DevicePixelRatio() const {
-    return std::max(1.0, devicePixelRatioF());
+void PictureBox::LookUpDevicePixelRatio() {
+    dpr_ = std::max(1.0, devicePixelRatioF());
+}
+
+// A move to another screen, or a screen whose ratio changed, is announced to every widget and
+// followed by a repaint; a resize, a new parent and showing look the ratio up too.
+bool PictureBox::event(QEvent* event) {
+    const QEvent::Type t = event->type();
+    if (t == QEvent::ScreenChangeInternal || t == QEvent::ParentChange || t == QEvent::Show) LookUpDevicePixelRatio();
+    return QWidget::event(event);
 }
 
 void PictureBox::SetFitToWidget(bool fit) {
+    LookUpDevicePixelRatio();
     fit_ = fit;
     if (fit) {
         setMinimumSize(minimumSizeHint());
@@ -48,6 +58,7 @@ void PictureBox::SetFitToWidget(bool fit) {
 }
 
 void PictureBox::SetDisplayScale(double deviceScale) {
+    LookUpDevicePixelRatio();
     ApplyScale(deviceScale);
     if (!fit_) setFixedSize(Scaled(size_, scale_ / DevicePixelRatio()));
 }
@@ -72,12 +83,13 @@ QSize PictureBox::minimumSizeHint() const {
     if (!fit_) return QWidget::minimumSizeHint();
     // The smallest whole scale on this screen: one image pixel per device pixel on a plain
     // screen, two on a doubled one.
-    const double dpr = DevicePixelRatio();
+    const double dpr = std::max(1.0, devicePixelRatioF());
     return Scaled(size_, std::floor(dpr) / dpr);
 }
 
 void PictureBox::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
+    LookUpDevicePixelRatio();
     if (!fit_) return;
     ApplyScale(FitScale(size_, QSizeF(width(), height()), DevicePixelRatio()));
     emit Resized();
@@ -166,6 +178,7 @@ int PictureBox::TextHeight(const QString&) const {
 }
 
 void PictureBox::paintEvent(QPaintEvent* event) {
+    LookUpDevicePixelRatio();
     QPainter painter(this);
     const QRectF shown = DisplayRect();
     // Room around a fitted picture takes its back colour.

@@ -87,17 +87,22 @@ signals:
     void Resized();
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    double DevicePixelRatio() const;
+    // The screen's ratio as last looked up: Refresh runs on every collection pass, and the
+    // lookup walks up to the window and its screen each time.
+    double DevicePixelRatio() const { return dpr_; }
+    void LookUpDevicePixelRatio();
     void ApplyScale(double deviceScale);
 
     QSize size_;
     Scaling scaling_;
     QImage image_;
     QRect dirty_;
+    double dpr_ = 1.0;
     double scale_ = 1.0;
     bool fit_ = false;
     QColor backColor_{Qt::white};

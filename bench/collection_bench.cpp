@@ -162,3 +162,49 @@ void BM_SampleRateVersusBareReads(benchmark::State& state) {
 BENCHMARK(BM_SampleRateVersusBareReads)->Iterations(3)->Unit(benchmark::kMillisecond);
 
 }  // namespace
+
+namespace {
+
+double ProcessCpuUs() {
+    timespec t{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
+    return double(t.tv_sec) * 1e6 + double(t.tv_nsec) / 1e3;
+}
+
+// What the program costs the machine while it collects with its window shown: processor time
+// of the whole process per second of wall time, at the interval given, 1 ms per transfer.
+// The interval is typed once the run is under way, as a user would; the first half second
+// (start-up, the first trace columns) is not counted.
+void BM_WindowCpuPerSecond(benchmark::State& state) {
+    const QString interval = QString::number(state.range(0));
+    Bench b(1000, "8");
+    std::vector<double> shares;
+    for (auto _ : state) {
+        double cpuStart = 0;
+        std::int64_t wallStart = 0, runStart = b.clock.Micros(), wallEnd = 0;
+        double cpuEnd = 0;
+        b.form->onPass = [&] {
+            const std::int64_t now = b.clock.Micros();
+            if (b.form->txtInterval->text() != interval) b.form->txtInterval->setText(interval);
+            if (wallStart == 0 && now - runStart >= 500'000) {
+                wallStart = now;
+                cpuStart = ProcessCpuUs();
+            } else if (wallStart != 0 && now - wallStart >= 3'000'000) {
+                wallEnd = now;
+                cpuEnd = ProcessCpuUs();
+                b.form->cmdStopData_Click();
+            }
+        };
+        b.form->cmdCollectData_Click();
+        b.form->onPass = nullptr;
+        const double wallUs = double(wallEnd - wallStart);
+        shares.push_back(100.0 * (cpuEnd - cpuStart) / wallUs);
+        state.SetIterationTime(wallUs / 1e6);
+    }
+    std::sort(shares.begin(), shares.end());
+    state.counters["cpu_pct"] = shares[shares.size() / 2];
+    state.counters["cpu_pct_max"] = shares.back();
+}
+BENCHMARK(BM_WindowCpuPerSecond)->Arg(0)->Arg(8)->Arg(50)->Iterations(3)->UseManualTime()->Unit(benchmark::kSecond);
+
+}  // namespace

@@ -303,6 +303,7 @@ public:
     std::int32_t ProxCount = 0, ProxCountSigned = 0, ProxMinusIr = 0;
     std::uint8_t LastLow = 0, LastHigh = 0;  // data bytes of the last reply
     std::int32_t PassCount = 0;              // the count the last pass read, as it is logged
+    bool PassCountUnshown = false;           // ... and not yet in its box
 
     // collection state beyond the shared one
     bool InterruptHold = false;

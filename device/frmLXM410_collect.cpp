@@ -24,7 +24,8 @@
 namespace lxm {
 
 void frmLXM410::WireCollection() {
-    PacedCollection::Controls c{txtInterval, txtTime1, lblLoop_Count, chart_->Picture1, kRegisterRows};
+    PacedCollection::Controls c{txtInterval,   txtTime1,         lblLoop_Count, chart_->Picture1,
+                                kRegisterRows, FrmMeasureDetails};
     loop_ = std::make_unique<PacedCollection>(s_, *this, plot, c);
     auto& h = loop_->hooks;
     h.start = [this] { StartCollection(); };
@@ -42,6 +43,12 @@ void frmLXM410::WireCollection() {
     h.showReading = [this] {
         const QString text = FormatReading(LatestReading, ShowLux, 2);
         if (txtReading->text() != text) txtReading->setText(text);
+        if (PassCountUnshown) {
+            const QString raw = Trim(PassCount);
+            if (txtADCRaw->text() != raw) txtADCRaw->setText(raw);
+            PassCountUnshown = false;
+        }
+        chart_->ShowSwatch();
     };
     h.end = [this] { EndCollection(); };
     WireLog(
@@ -120,7 +127,6 @@ void frmLXM410::StartCollection() {
 
     for (QLineEdit* box : {txtReading, txtADCRaw, txtTime1}) MakeLiveValue(box);
     for (const auto& [i, box] : txtProx_IR) MakeLiveValue(box);
-    for (const auto& [i, box] : txtADMax) MakeLiveValue(box);
     MakeLiveValue(lblLoop_Count);
     for (const auto& [i, label] : lblIR1) MakeLiveValue(label);
     Label6->show();
@@ -141,7 +147,7 @@ bool frmLXM410::SamplePass() {
         PassCount = value;
         counted = true;
         SampleValues[SampleCount] = value;
-        if (Displayed) txtADCRaw->setText(Trim(value));
+        if (Displayed) PassCountUnshown = true;
         LatestReading = value;
         if (ShowLux) {
             const double lux = ConvertToLux(value);
@@ -163,6 +169,7 @@ bool frmLXM410::SamplePass() {
         if (numeric) {
             SampleValues[SampleCount] = value;
             txtADCRaw->setText(difference);
+            PassCountUnshown = false;
             LatestReading = value;
         } else {
             SampleValues[SampleCount] = LatestReading;

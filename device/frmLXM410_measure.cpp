@@ -200,7 +200,7 @@ std::int32_t frmLXM410::ReadDataRegisters() {
         SignMax = r.signMax;
         LastNegative = r.lastNegative;
     }
-    chart_->SetSwatch(SwatchRed(r.value, r.signedBranch, FullScaleCounts));
+    chart_->SetSwatch(SwatchRed(r.value, r.signedBranch, FullScaleCounts), !s_.Collecting);
 
     if (!LblCommTest()->isHidden()) LblCommTest()->hide();
     if (s_.ReadStatusByte != 2) FailLabel(LblCommTest());

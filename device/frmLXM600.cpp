@@ -52,7 +52,8 @@ constexpr std::array<std::uint8_t, frmLXM600::kRegisterRows> kImage{
 frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session, parent) {
     BuildLayout();
     BuildParts();
-    PacedCollection::Controls c{txtInterval, txtTime1, lblLoop_Count, chart_->Picture1, kRegisterRows};
+    PacedCollection::Controls c{txtInterval,   txtTime1,         lblLoop_Count, chart_->Picture1,
+                                kRegisterRows, FrmMeasureDetails};
     loop_ = std::make_unique<PacedCollection>(s_, run_, plot_, c);
     auto& h = loop_->hooks;
     h.start = [this] { StartRun(); };

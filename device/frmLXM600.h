@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "acquisition/PlotState.h"
 #include "device/parts/Collection.h"
@@ -214,6 +215,11 @@ private:
     std::unique_ptr<PacedCollection> loop_;
     int polls_ = 0;
     std::uint8_t lastLow_ = 0, lastHigh_ = 0;
+    // The counts of the latest pass for the boxes, shown once a display frame.
+    struct PassCounts {
+        std::int32_t raw, prox, alsIr;
+    };
+    std::optional<PassCounts> unshown_;
 };
 
 }  // namespace lxm

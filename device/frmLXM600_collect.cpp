@@ -70,6 +70,8 @@ void frmLXM600::StartRun() {
     Command4->setEnabled(false);
     FrmMeasureDetails->Empty();
     Label6->show();
+    unshown_.reset();
+    for (QLineEdit* box : {txtReading, txtADCRaw, txtReading2, txtReading3, txtTime1}) MakeLiveValue(box);
 }
 
 bool frmLXM600::SamplePass() {
@@ -94,16 +96,12 @@ bool frmLXM600::SamplePass() {
         lastLow_ = std::uint8_t(AlsIrCount600 & 0xFF);
         lastHigh_ = std::uint8_t(AlsIrCount600 >> 8);
     }
-    if (run_.Displayed) txtADCRaw->setText(Trim(raw));
+    if (run_.Displayed) unshown_ = PassCounts{std::int32_t(raw), ProxCount600, AlsIrCount600};
     run_.LatestReading = raw;
     if (AlsSample()) {
         const double lux = ConvertToLux(raw);
         run_.SampleValues2[std::size_t(run_.SampleCount)] = lux;
         run_.LatestReading = lux;
-    }
-    if (run_.Displayed) {
-        txtReading2->setText(Trim(ProxCount600));
-        txtReading3->setText(Trim(AlsIrCount600));
     }
     FrmMeasureDetails->UpdateCount(run_, std::int32_t(raw), lastLow_, lastHigh_);
     // A sample of the interrupt line asked for during the run is taken here, between reads.
@@ -125,6 +123,13 @@ void frmLXM600::ShowReading() {
     const bool lux = AlsSample();
     const QString text = FormatReading(run_.LatestReading, lux, lux ? 3 : 0);
     if (txtReading->text() != text) txtReading->setText(text);
+    if (!unshown_) return;
+    for (const auto& [box, count] : {std::pair{txtADCRaw, unshown_->raw}, std::pair{txtReading2, unshown_->prox},
+                                     std::pair{txtReading3, unshown_->alsIr}}) {
+        const QString t = Trim(count);
+        if (box->text() != t) box->setText(t);
+    }
+    unshown_.reset();
 }
 
 void frmLXM600::EndRun() {

@@ -4,7 +4,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
-#include <QFile>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPlainTextEdit>
@@ -16,15 +15,14 @@
 #include "app/frmAbout2.h"
 #include "app/frmStartup.h"
 #include "support/DeviceFixture.h"
+#include "support/Files.h"
 
 namespace lxm {
 namespace {
 
 void Put(const QString& path, const QByteArray& text) {
     QDir().mkpath(QFileInfo(path).path());
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write(text);
+    ASSERT_TRUE(test::WriteFile(path, text));
 }
 
 // A USB bus as sysfs shows it, with device nodes and udev rule folders beside it.

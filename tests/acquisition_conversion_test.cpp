@@ -5,17 +5,15 @@
 namespace lxm {
 namespace {
 
-TEST(InterpretData, PlainCountUnlessSignedProximity) {
+TEST(InterpretData, PlainCountUnlessSignedProximityThenTwosComplementMaskedToTheResolution) {
     // Not a proximity measurement, or scheme 0: the whole word, unmasked and never negative.
     EXPECT_EQ(InterpretData(0xFF, 0xFF, false, 1, 12, 4095).value, 65535);
-    const SignedReading r = InterpretData(0xFF, 0xFF, true, 0, 16, -1);
+    SignedReading r = InterpretData(0xFF, 0xFF, true, 0, 16, -1);
     EXPECT_EQ(r.value, 65535);
     EXPECT_EQ(r.lastNegative, 1);
     EXPECT_FALSE(r.signedBranch);
-}
 
-TEST(InterpretData, TwosComplementMaskedToTheResolution) {
-    SignedReading r = InterpretData(0xFF, 0xFF, true, 1, 16, -1);
+    r = InterpretData(0xFF, 0xFF, true, 1, 16, -1);
     EXPECT_EQ(r.value, -1);
     EXPECT_EQ(r.lastNegative, -1);
     EXPECT_TRUE(r.signedBranch);
@@ -27,9 +25,8 @@ TEST(InterpretData, TwosComplementMaskedToTheResolution) {
     EXPECT_EQ(InterpretData(0x00, 0x08, true, 1, 12, 4095).value, -2048);
     EXPECT_EQ(InterpretData(0xFF, 0xF7, true, 1, 12, 4095).value, 2047);  // high nibble masked off
     EXPECT_EQ(InterpretData(0x80, 0x00, true, 1, 8, 255).value, -128);
-}
 
-TEST(InterpretData, FourBitReadingsAreNeverNegative) {
+    // Four-bit readings are never negative.
     for (int raw = 0; raw < 256; ++raw) {
         const SignedReading r = InterpretData(std::uint8_t(raw), 0xFF, true, 1, 4, 15);
         EXPECT_EQ(r.value, raw & 15);
@@ -54,7 +51,7 @@ TEST(ConvertToLux, FullScaleOfTheRangeOverCountsPlusOne) {
     EXPECT_DOUBLE_EQ(ConvertToLux(128, 16000, 250000, 255), 16000.0);
 }
 
-TEST(DualMode, SignedBytesAndAmbientIr) {
+TEST(DualMode, SignedBytesAmbientIrAndNotAvailableWhenSaturated) {
     EXPECT_EQ(Signed16(0xFF, 0xFF), -1);
     EXPECT_EQ(Signed16(0x80, 0x00), -32768);
     EXPECT_EQ(Signed16(0x7F, 0xFF), 32767);
@@ -64,9 +61,8 @@ TEST(DualMode, SignedBytesAndAmbientIr) {
     EXPECT_EQ(AmbientIr(2, 3, 4), 4);
     EXPECT_EQ(AmbientIr(2, 2, 3), 2);
     EXPECT_EQ(AmbientIr(2, -3, -4), -4);
-}
 
-TEST(DualMode, SaturatedReadingGivesNotAvailable) {
+    // A saturated reading gives no difference.
     ProxMinusIrResult r = ProxMinusIr(100, 120, 4095);
     EXPECT_EQ(r.text(), "-20");
     EXPECT_FALSE(r.nonNegative());
@@ -81,7 +77,7 @@ TEST(DualMode, SaturatedReadingGivesNotAvailable) {
     }
 }
 
-TEST(PlotRow, MapsTheScaleOntoRowsAndClamps) {
+TEST(PlotRow, MapsTheScaleOntoRowsClampsAndRoundsOnlyUnsignedReadings) {
     EXPECT_EQ(PlotRow(0, 0, 4096, 4096, false), 304);
     EXPECT_EQ(PlotRow(2048, 0, 4096, 4096, false), 152);
     EXPECT_EQ(PlotRow(4095, 0, 4096, 4096, false), 1);  // 0.07 rounds to row 0, drawn on row 1
@@ -91,10 +87,8 @@ TEST(PlotRow, MapsTheScaleOntoRowsAndClamps) {
     // A collapsed scale lands on an edge row instead of failing.
     EXPECT_EQ(PlotRow(10, 10, 10, 0, false), 304);
     EXPECT_EQ(PlotRow(50, 10, 10, 0, false), 1);
-}
 
-TEST(PlotRow, NormalCaseRoundsTheReadingFirstSignedCaseDoesNot) {
-    // Scale 0..608: half a row per count.
+    // The normal case rounds the reading first, the signed case does not. Scale 0..608: half a row per count.
     EXPECT_EQ(PlotRow(1.4, 0, 608, 608, false), 304);  // 1 count -> 303.5 -> even 304
     EXPECT_EQ(PlotRow(1.4, 0, 608, 608, true), 303);   // 303.3
     EXPECT_EQ(PlotRow(3, 0, 608, 608, false), 302);    // 302.5 -> even 302
@@ -104,16 +98,14 @@ TEST(PlotRow, NormalCaseRoundsTheReadingFirstSignedCaseDoesNot) {
     EXPECT_EQ(PlotRow(150, 100, 300, 200, true), 228);
 }
 
-TEST(FormatReading, WholeNumbersWithoutLeadingZerosAndZeroAsEmpty) {
+TEST(FormatReading, WholeNumbersWithoutLeadingZerosZeroAsEmptyAndLuxWithItsDecimals) {
     EXPECT_EQ(FormatReading(0, false, 0), "");
     EXPECT_EQ(FormatReading(-0.4, false, 0), "");
     EXPECT_EQ(FormatReading(12.5, false, 0), "13");  // halves away from zero, unlike RoundEven
     EXPECT_EQ(FormatReading(-7, false, 0), "-7");
     EXPECT_EQ(FormatReading(65535, false, 2), "65535");  // decimals only apply to lux
     EXPECT_EQ(FormatReading(12345678, false, 0), "12345678");
-}
-
-TEST(FormatReading, LuxKeepsItsDecimals) {
+    // Lux keeps its decimals.
     EXPECT_EQ(FormatReading(2000, true, 2), "2000.00");
     EXPECT_EQ(FormatReading(0, true, 2), ".00");
     EXPECT_EQ(FormatReading(0.5, true, 2), ".50");
@@ -129,22 +121,18 @@ TEST(FormatLabel, NumbersArePaddedToFiveDigits) {
     EXPECT_EQ(FormatLabel(""), "");
 }
 
-TEST(MaxMinPanel, TracksExtremesWithTheirBytes) {
+TEST(MaxMinPanel, TracksExtremesWithTheirBytesAndSnapshotsEvery26thPass) {
     MaxMinPanel panel;
     panel.Update(300, "300", 0x2C, 0x01);
     panel.Update(500.7, "500.7", 0xF4, 0x01);
     panel.Update(20, "20", 0x14, 0x00);
     panel.Update(400, "400", 0x90, 0x01);
     EXPECT_EQ(panel.countMax(), 500);
-    EXPECT_EQ(panel.texts()[0], "500.7");
-    EXPECT_EQ(panel.texts()[1], "F4 01");
     EXPECT_EQ(panel.countMin(), 20);
-    EXPECT_EQ(panel.texts()[3], "14 00");
-}
+    EXPECT_EQ(panel.texts(), (std::array<QString, 6>{"500.7", "F4 01", "20", "14 00", "", ""}));
 
-TEST(MaxMinPanel, SnapshotOnEvery26thPassAndClearKeepsTheCount) {
-    MaxMinPanel panel;
-    for (int pass = 1; pass <= 25; ++pass) panel.Update(pass, "x", 0, 0);
+    // A snapshot on every 26th pass; Clear keeps the count.
+    for (int pass = 5; pass <= 25; ++pass) panel.Update(pass, "x", 0, 0);
     EXPECT_EQ(panel.texts()[4], "");
     panel.Update(26, "26", 0x1A, 0x00);
     EXPECT_EQ(panel.texts()[4], "26");

@@ -1,19 +1,16 @@
 // Record files: number text, block layout byte for byte, and writing a file whole.
 #include <gtest/gtest.h>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
 #include "acquisition/Recording.h"
+#include "support/Files.h"
 
 namespace lxm {
 namespace {
 
-QByteArray Read(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
-}
+using test::ReadFile;
 
 TEST(RecordingTest, NumberTextHasItsSignBlankAndShortestDigits) {
     EXPECT_EQ(NumberText(0), " 0");
@@ -89,9 +86,9 @@ TEST_F(FileTest, OverwriteReplacesAndAppendAddsWithoutLeftovers) {
     const QString p = Path("Data.txt");
     EXPECT_EQ(WriteFileWhole(p, "one\r\n", false), "");
     EXPECT_EQ(WriteFileWhole(p, "two\r\n", true), "");
-    EXPECT_EQ(Read(p), "one\r\ntwo\r\n");
+    EXPECT_EQ(ReadFile(p), "one\r\ntwo\r\n");
     EXPECT_EQ(WriteFileWhole(p, "three\r\n", false), "");
-    EXPECT_EQ(Read(p), "three\r\n");
+    EXPECT_EQ(ReadFile(p), "three\r\n");
     EXPECT_EQ(WriteFileWhole(Path("new.txt"), "x", true), "") << "appending to no file creates it";
     EXPECT_EQ(Entries(), (QStringList{"Data.txt", "new.txt"})) << "no temporary file stays behind";
 }
@@ -102,7 +99,7 @@ TEST_F(FileTest, ThroughALinkTheLinkedFileIsReplaced) {
     ASSERT_TRUE(QFile::link(real, Path("link.txt")));
     EXPECT_EQ(WriteFileWhole(Path("link.txt"), "two\r\n", true), "");
     EXPECT_TRUE(QFileInfo(Path("link.txt")).isSymLink());
-    EXPECT_EQ(Read(real), "one\r\ntwo\r\n");
+    EXPECT_EQ(ReadFile(real), "one\r\ntwo\r\n");
 }
 
 TEST_F(FileTest, KeepsThePermissionsOfTheFileItReplaces) {

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -13,19 +12,19 @@
 
 #include "acquisition/SampleLog.h"
 #include "support/FakeClock.h"
+#include "support/Files.h"
 
 namespace lxm {
 namespace {
 
+using test::ReadFile;
+using test::WriteFile;
+
 class SampleLogTest : public ::testing::Test {
 protected:
-    QByteArray Content(const QString& path) const {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
-    }
     int DataRows(const QString& path) const {
         int n = 0;
-        for (const QByteArray& line : Content(path).split('\n'))
+        for (const QByteArray& line : ReadFile(path).split('\n'))
             if (!line.isEmpty() && !line.startsWith('#') && !line.startsWith("time,")) ++n;
         return n;
     }
@@ -52,10 +51,7 @@ protected:
 
 TEST_F(SampleLogTest, HeaderAndRowsExactly) {
     const QString path = dir.filePath("run.csv");
-    QFile old(path);
-    ASSERT_TRUE(old.open(QIODevice::WriteOnly));
-    old.write("an earlier run\n");
-    old.close();
+    ASSERT_TRUE(WriteFile(path, "an earlier run\n"));
     {
         SampleLog log(clock, Recorder());
         ASSERT_TRUE(log.Open(path, Als()));
@@ -68,7 +64,7 @@ TEST_F(SampleLogTest, HeaderAndRowsExactly) {
         log.Append({{}, std::nan(""), {}, {}});
         EXPECT_EQ(log.Rows(), 4u);
     }
-    const QString text = QString::fromUtf8(Content(path));
+    const QString text = QString::fromUtf8(ReadFile(path));
     const QRegularExpression started(
         QStringLiteral("# started: 2009-11-15T14:30:00\\.000(Z|[+-]\\d\\d:\\d\\d)\r\n"));
     EXPECT_TRUE(started.match(text).hasMatch()) << text.toStdString();
@@ -104,8 +100,8 @@ TEST_F(SampleLogTest, DualModeCarriesTheIrAndProximityParts) {
     // Saturated proximity: no difference, the previous value repeats, the parts stay.
     log.Append({{}, -12, 40, 65535});
     log.Close();
-    const QList<QByteArray> lines = Content(path).split('\n');
-    EXPECT_FALSE(Content(path).contains("# measurement")) << "no line for what was not given";
+    const QList<QByteArray> lines = ReadFile(path).split('\n');
+    EXPECT_FALSE(ReadFile(path).contains("# measurement")) << "no line for what was not given";
     ASSERT_GE(lines.size(), 3);
     EXPECT_EQ(lines[lines.size() - 4], "time,seconds,sample,raw,value,unit,ir,prox\r");
     EXPECT_EQ(lines[lines.size() - 3], "2009-11-15T14:30:00.000,0.000000,1,-12,-12,counts,40,28\r");
@@ -118,7 +114,7 @@ TEST_F(SampleLogTest, ReachesTheDiskEverySecondNotEveryRow) {
     const QString path = dir.filePath("fast.csv");
     SampleLog log(clock, Recorder());
     ASSERT_TRUE(log.Open(path, Als()));
-    const int headerOnly = int(Content(path).size());
+    const int headerOnly = int(ReadFile(path).size());
     EXPECT_GT(headerOnly, 0) << "the header is there from the start";
 
     std::vector<std::int64_t> appendedAt;
@@ -136,7 +132,7 @@ TEST_F(SampleLogTest, ReachesTheDiskEverySecondNotEveryRow) {
     EXPECT_LE(sizesSeen.size(), 8) << "written about once a second, not per row";
     log.Close();
     EXPECT_EQ(DataRows(path), 5000);
-    EXPECT_TRUE(Content(path).endsWith("4999,4999,lux\r\n"));
+    EXPECT_TRUE(ReadFile(path).endsWith("4999,4999,lux\r\n"));
 
     // Slow samples are written one by one as they come.
     ASSERT_TRUE(log.Open(path, Als()));
@@ -176,14 +172,12 @@ TEST_F(SampleLogTest, ClosesOnceWhateverEndsIt) {
     EXPECT_EQ(log->Rows(), 2u);
     log.reset();
     EXPECT_EQ(DataRows(path), 2);
-    EXPECT_TRUE(Content(path).contains(",1,3,3,lux\r\n"));
+    EXPECT_TRUE(ReadFile(path).contains(",1,3,3,lux\r\n"));
     EXPECT_TRUE(errors.empty());
 }
 
 TEST_F(SampleLogTest, PathsThatCannotBeWrittenAreReportedOnce) {
-    QFile file(dir.filePath("plain"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.close();
+    ASSERT_TRUE(WriteFile(dir.filePath("plain"), {}));
     struct Case {
         QString path, reason;
     } cases[] = {
@@ -199,8 +193,7 @@ TEST_F(SampleLogTest, PathsThatCannotBeWrittenAreReportedOnce) {
         EXPECT_FALSE(log.IsOpen());
         log.Append({1, 1, {}, {}});
         log.Close();
-        ASSERT_EQ(errors.size(), 1u) << c.path.toStdString();
-        EXPECT_EQ(errors[0], c.path + " | " + c.reason);
+        EXPECT_EQ(errors, std::vector<QString>{c.path + " | " + c.reason});
     }
     EXPECT_TRUE(QDir(dir.path()).entryList(QDir::Hidden | QDir::Files).contains("plain"));
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Hidden | QDir::Files).size(), 1) << "no temporary file left";
@@ -211,8 +204,7 @@ TEST_F(SampleLogTest, AFullDiskStopsTheLogNotTheCaller) {
     EXPECT_FALSE(log.Open(QStringLiteral("/dev/full"), Als()));
     for (int i = 0; i < 3000; ++i, clock.AdvanceMs(1)) log.Append({i, double(i), {}, {}});
     log.Close();
-    ASSERT_EQ(errors.size(), 1u);
-    EXPECT_EQ(errors[0], "/dev/full | No space left on device");
+    EXPECT_EQ(errors, std::vector<QString>{"/dev/full | No space left on device"});
     EXPECT_EQ(
         SampleLogErrorMessage("/dev/full", "No space left on device"),
         "Logging to \"/dev/full\" stopped: No space left on device. The rows written before are kept in "
@@ -223,10 +215,7 @@ TEST_F(SampleLogTest, AFullDiskStopsTheLogNotTheCaller) {
 // written stays, the failure is reported once, and an earlier log survives a failed start.
 TEST_F(SampleLogTest, ADiskThatFillsDuringTheRunKeepsWhatWasWritten) {
     const QString path = dir.filePath("limited.csv");
-    QFile old(path);
-    ASSERT_TRUE(old.open(QIODevice::WriteOnly));
-    old.write("kept\n");
-    old.close();
+    ASSERT_TRUE(WriteFile(path, "kept\n"));
 
     // Past the limit a write fails with EFBIG instead of the signal ending the process.
     rlimit saved{};
@@ -245,9 +234,8 @@ TEST_F(SampleLogTest, ADiskThatFillsDuringTheRunKeepsWhatWasWritten) {
         EXPECT_FALSE(log.Open(path, Als()));
     }
     restore();
-    EXPECT_EQ(Content(path), "kept\n");
-    ASSERT_EQ(errors.size(), 1u);
-    EXPECT_EQ(errors[0], path + " | File too large");
+    EXPECT_EQ(ReadFile(path), "kept\n");
+    EXPECT_EQ(errors, std::vector<QString>{path + " | File too large"});
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Hidden | QDir::Files).size(), 1) << "no temporary file left";
 
     errors.clear();
@@ -260,9 +248,8 @@ TEST_F(SampleLogTest, ADiskThatFillsDuringTheRunKeepsWhatWasWritten) {
     }
     restore();
     std::signal(SIGXFSZ, savedSignal);
-    ASSERT_EQ(errors.size(), 1u);
-    EXPECT_EQ(errors[0], path + " | File too large");
-    const QByteArray kept = Content(path);
+    EXPECT_EQ(errors, std::vector<QString>{path + " | File too large"});
+    const QByteArray kept = ReadFile(path);
     EXPECT_EQ(kept.size(), 8192);
     EXPECT_TRUE(kept.startsWith("# lxmeval sample log\r\n"));
     EXPECT_TRUE(kept.contains("\r\n2009-11-15T14:30:00.000,0.000000,1,0,0,lux\r\n"));

@@ -14,7 +14,7 @@ ScaleTexts Texts(std::initializer_list<const char*> values) {
     return texts;
 }
 
-TEST(ManualRescale, EnteredMaximumPlusOneAndTenthSteps) {
+TEST(ManualRescale, EnteredMaximumPlusOneAndTenthStepsWithLuxInItsOwnRightColumn) {
     const ScaleResult r = ManualRescale("4095", "0", "65535", false);
     EXPECT_EQ(r.scaleMax, 4096);
     EXPECT_EQ(r.scaleMin, 0);
@@ -24,24 +24,21 @@ TEST(ManualRescale, EnteredMaximumPlusOneAndTenthSteps) {
     EXPECT_EQ(r.labels, expected);
     // Without lux the right column repeats the left one, whatever txtScale2 says.
     EXPECT_EQ(r.labels2, expected);
-}
 
-TEST(ManualRescale, LuxKeepsItsOwnRightColumn) {
-    const ScaleResult r = ManualRescale("25000", "-25000", "4000", true);
-    EXPECT_EQ(r.scaleSpan, 50001);
-    EXPECT_EQ(r.labels, Texts({"-25000", "-20000", "-15000", "-10000", "-5000", "0", "5000", "10000", "15000",
-                               "20000", "25000"}));
-    EXPECT_EQ(r.labels2,
+    // Lux keeps its own right column.
+    const ScaleResult lux = ManualRescale("25000", "-25000", "4000", true);
+    EXPECT_EQ(lux.scaleSpan, 50001);
+    EXPECT_EQ(lux.labels, Texts({"-25000", "-20000", "-15000", "-10000", "-5000", "0", "5000", "10000",
+                                 "15000", "20000", "25000"}));
+    EXPECT_EQ(lux.labels2,
               Texts({"0", "400", "800", "1200", "1600", "2000", "2400", "2800", "3200", "3600", "4000"}));
 }
 
-TEST(ManualRescale, StepRoundsHalvesToEven) {
+TEST(ManualRescale, StepRoundsHalvesToEvenAndNonNumericEntriesCountAsZero) {
     EXPECT_EQ(ManualRescale("44", "0", "0", false).labels[1], "4");    // span 45 -> 4.5 -> 4
     EXPECT_EQ(ManualRescale("54", "0", "0", false).labels[1], "6");    // span 55 -> 5.5 -> 6
     EXPECT_EQ(ManualRescale("0", "0", "24", true).labels2[10], "20");  // 25 -> 2.5 -> 2
-}
-
-TEST(ManualRescale, NonNumericEntriesCountAsZero) {
+    // Entries that are no number count as zero.
     const ScaleResult r = ManualRescale("max", "", "?", true);
     EXPECT_EQ(r.scaleMax, 1);
     EXPECT_EQ(r.scaleMin, 0);
@@ -49,7 +46,7 @@ TEST(ManualRescale, NonNumericEntriesCountAsZero) {
     EXPECT_EQ(r.labels[10], "0");
 }
 
-TEST(AutoRescale, WaitsForReadings) {
+TEST(AutoRescale, WaitsForReadingsThenPutsTheTopFifteenPercentAboveThePeak) {
     std::vector<double> samples(1011, 100);
     EXPECT_FALSE(AutoRescale(samples, 5, false).has_value());
     EXPECT_TRUE(AutoRescale(samples, 6, false).has_value());
@@ -57,10 +54,9 @@ TEST(AutoRescale, WaitsForReadings) {
     EXPECT_FALSE(AutoRescale(samples, 10, false).has_value());
     samples[9] = -3;  // only the magnitude must be non-zero
     EXPECT_TRUE(AutoRescale(samples, 10, false).has_value());
-}
 
-TEST(AutoRescale, FifteenPercentAbovePeak) {
-    std::vector<double> samples(1011, 1.0);
+    // Then fifteen per cent above the peak.
+    samples.assign(1011, 1.0);
     samples[3] = 1000;
     const auto r = AutoRescale(samples, 8, false);
     ASSERT_TRUE(r.has_value());
@@ -91,7 +87,7 @@ TEST(AutoRescale, PeakCoversSamplesOneThroughCount) {
     EXPECT_EQ(AutoRescale(samples, 20, false)->txtScale, "229");
 }
 
-TEST(AutoRescale, SignedCaseKeepsRoomBelowZero) {
+TEST(AutoRescale, SignedCaseKeepsRoomBelowZeroAllNegativeGivesANegativeMaximum) {
     const std::vector<double> samples(1011, 1000);
     const auto r = AutoRescale(samples, 50, true);
     ASSERT_TRUE(r.has_value());
@@ -99,16 +95,14 @@ TEST(AutoRescale, SignedCaseKeepsRoomBelowZero) {
     EXPECT_EQ(r->scale.scaleSpan, 1251);
     EXPECT_EQ(r->scale.labels[1], "25");
     EXPECT_EQ(r->scale.labels[10], "1150");
-}
 
-TEST(AutoRescale, AllNegativeReadingsGiveANegativeMaximum) {
-    const std::vector<double> samples(1011, -50);
-    const auto r = AutoRescale(samples, 1010, false);
-    ASSERT_TRUE(r.has_value());
-    EXPECT_EQ(r->txtScale, "-58");  // Int(-57.5) goes down
-    EXPECT_EQ(r->scale.scaleMax, -57);
-    EXPECT_EQ(r->scale.scaleSpan, -57);
-    EXPECT_EQ(r->scale.labels[10], "-60");
+    // All readings negative: a negative maximum.
+    const auto negative = AutoRescale(std::vector<double>(1011, -50), 1010, false);
+    ASSERT_TRUE(negative.has_value());
+    EXPECT_EQ(negative->txtScale, "-58");  // Int(-57.5) goes down
+    EXPECT_EQ(negative->scale.scaleMax, -57);
+    EXPECT_EQ(negative->scale.scaleSpan, -57);
+    EXPECT_EQ(negative->scale.labels[10], "-60");
 }
 
 }  // namespace

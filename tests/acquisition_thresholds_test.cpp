@@ -70,22 +70,6 @@ TEST(ThresholdTest, ReadBackQuirksOfSixteenAndFourBits) {
     EXPECT_EQ(DecodeFamilyThreshold({0x34, 0x12}, 4, true), 0x1234);
 }
 
-TEST(ThresholdTest, SignLimitTablesDifferBetweenWritingAndReading) {
-    EXPECT_EQ(WriteSignLimits(16).signMax, 65535);
-    EXPECT_EQ(ReadSignLimits(16).signMax, 32767);
-    EXPECT_EQ(WriteSignLimits(4).signMax, 15);
-    EXPECT_EQ(ReadSignLimits(4).signMax, 7);
-    EXPECT_EQ(WriteSignLimits(4).signThreshold, 16);
-    EXPECT_EQ(ReadSignLimits(12).signThreshold, 2048);
-}
-
-TEST(ThresholdTest, MessagesKeepTheirBlanksAndSpelling) {
-    EXPECT_EQ(LowLimitMessage(-100, 32768),
-              "Low Limit must be within -100 Min and  32768 Max. Re-enter Low Limit");
-    EXPECT_EQ(HighLimitMessage(0, 4095),
-              "High Limit must be within  0 Min and  4095 Max. Re-enter High Limt");
-}
-
 TEST(ThresholdTest, EntriesTooLargeForANumberHaveNoValue) {
     for (const char* text : {"1e10", "-3e9", "99999999999999999999", "1e308", "2147483648"}) {
         SCOPED_TRACE(text);
@@ -96,18 +80,6 @@ TEST(ThresholdTest, EntriesTooLargeForANumberHaveNoValue) {
     // The most negative value has a magnitude one beyond the positive range.
     const ThresholdBytes b = EncodeFamilyThreshold(ParseThreshold(QStringLiteral("-2147483648")), 16);
     EXPECT_EQ(b.word(), 0x0000);
-}
-
-TEST(ThresholdTest, TwelveBitWindowSharesTheMiddleRegister) {
-    const auto regs = PackAls12Thresholds(0x123, 0xABC);
-    EXPECT_EQ(regs, (std::array<std::uint8_t, 3>{0x23, 0xA1, 0xBC}));
-    EXPECT_EQ(UnpackAls12Thresholds(regs), (std::pair<std::int32_t, std::int32_t>{0x123, 0xABC}));
-    EXPECT_EQ(PackAls12Thresholds(0, 4095), (std::array<std::uint8_t, 3>{0x00, 0xF0, 0xFF}));
-}
-
-TEST(ThresholdTest, HexBoxShowsTheWordHighByteFirst) {
-    EXPECT_EQ(ThresholdHex({0x9C, 0xFF}), "FF9C");
-    EXPECT_EQ(ThresholdHex({0x05, 0x00}), "0005");
 }
 
 }  // namespace

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QRadioButton>
+#include <QTest>
 
 #include <functional>
 #include <memory>
@@ -12,6 +14,13 @@
 #include "support/DeviceFixture.h"
 
 namespace lxm::test {
+
+// Text typed into an entry box as the user types it, then Enter.
+inline void TypeAndEnter(QLineEdit* box, const QString& text) {
+    box->clear();
+    QTest::keyClicks(box, text);
+    QTest::keyClick(box, Qt::Key_Return);
+}
 
 // A session on the simulated board with the family form loaded, as after choosing a type at
 // start-up. The board's clock moves only when the program sleeps or a test advances it.
@@ -80,6 +89,17 @@ struct FormFixture : ::testing::Test, BoardFixture {
     }
     int Collect(int passes) {
         return Collect([passes](int n) { return n < passes; });
+    }
+    // Clicks Start as the user does; a run that should not have started is stopped after
+    // stopAfter passes. Returns the passes run.
+    int ClickStart(int stopAfter = 3) {
+        int passes = 0;
+        form->onPass = [&] {
+            if (++passes >= stopAfter) form->cmdStopData_Click();
+        };
+        form->cmdCollectData->click();
+        form->onPass = nullptr;
+        return passes;
     }
 };
 

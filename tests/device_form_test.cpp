@@ -1,27 +1,23 @@
 // The family device form driven as a user drives it, checked on the chip, the wire and the
 // controls.
-#include <gtest/gtest.h>
 #include <QCheckBox>
 #include <QGroupBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QListWidget>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QTest>
 
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
-#include "device/frmLXM410.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RegisterPanel.h"
-#include "support/DeviceFixture.h"
+#include "device_form_fixture.h"
 #include "transport/frmGPIO.h"
 
 namespace lxm {
 namespace {
 
 using test::BoardFixture;
+using test::kNotConnected;
+using test::TypeAndEnter;
 
 constexpr int kBlack = 0, kLightGreen = 10, kLightRed = 12;
 
@@ -49,12 +45,12 @@ protected:
                 r.push_back(p.bytes[2]);
         return r;
     }
-    void Type(QLineEdit* box, const QString& text) {
-        box->clear();
-        QTest::keyClicks(box, text);
-        QTest::keyClick(box, Qt::Key_Return);
-    }
     bool Shown(QWidget* w) { return !w->isHidden(); }
+    std::vector<bool> Shown(std::initializer_list<QWidget*> ws) {
+        std::vector<bool> v;
+        for (QWidget* w : ws) v.push_back(Shown(w));
+        return v;
+    }
 
     std::unique_ptr<frmLXM410> form;
 };
@@ -78,13 +74,12 @@ TEST_F(FamilyForm, LoadingProgramsTheChipAndTheDefaults) {
     EXPECT_EQ(form->AdcBits, 12);
     EXPECT_EQ(form->FullScaleCounts, 4095);
     EXPECT_EQ(form->txtInterval->text(), "8");
-    EXPECT_EQ(form->txtIHigh.at(0)->text(), "1500");
-    EXPECT_EQ(form->txtILow.at(0)->text(), "100");
-    EXPECT_EQ(form->lblIlimitsformat.at(2)->text(), "4095 Max");
-    EXPECT_EQ(form->lblIlimitsformat.at(3)->text(), "0 Min");
+    EXPECT_EQ(form->txtILow.at(0)->text() + "-" + form->txtIHigh.at(0)->text(), "100-1500");
+    EXPECT_EQ(form->lblIlimitsformat.at(2)->text() + "|" + form->lblIlimitsformat.at(3)->text(),
+              "4095 Max|0 Min");
     EXPECT_EQ(form->LstDeviceSel->item(0)->text(), "LXM410 ADR-44");
-    EXPECT_EQ(form->cmdWrtReg[3]->toolTip(), "Click to Write to Register  3");
-    EXPECT_EQ(form->cmdRDReg[0]->toolTip(), "Click to Read from Register  0");
+    EXPECT_EQ(form->cmdWrtReg[3]->toolTip() + "|" + form->cmdRDReg[0]->toolTip(),
+              "Click to Write to Register  3|Click to Read from Register  0");
     EXPECT_TRUE(form->LblCommTest()->isHidden());
     EXPECT_EQ(session.activeForm, form.get());
 
@@ -118,22 +113,17 @@ TEST_F(FamilyForm, CaptionFollowsTheSensorType) {
 TEST_F(FamilyForm, OpensCompactAndTheUsbCommLabelTogglesTheView) {
     Load();
     EXPECT_TRUE(form->CompactView);
-    for (QWidget* w : {(QWidget*)form->Frame4, (QWidget*)form->Frame3, (QWidget*)form->FrmDevice,
-                       (QWidget*)form->OptITime.at(2), (QWidget*)form->OptITime.at(3),
-                       (QWidget*)form->cmdRead_ADC, (QWidget*)form->OptMeasure.at(1)})
-        EXPECT_FALSE(Shown(w)) << "compact view hides " << w->objectName().toStdString();
-    EXPECT_TRUE(Shown(form->frGain));
-    EXPECT_TRUE(Shown(form->frmMeasure));
-    EXPECT_TRUE(Shown(form->frmRegisters));
+    EXPECT_EQ(Shown({form->Frame4, form->Frame3, form->FrmDevice, form->OptITime.at(2), form->OptITime.at(3),
+                     form->cmdRead_ADC, form->OptMeasure.at(1), form->frGain, form->frmMeasure,
+                     form->frmRegisters}),
+              (std::vector<bool>{false, false, false, false, false, false, false, true, true, true}));
 
     QTest::mouseDClick(form->Label13, Qt::LeftButton);
     EXPECT_FALSE(form->CompactView);
-    EXPECT_TRUE(Shown(form->Frame4));
-    EXPECT_TRUE(Shown(form->Frame3));
-    EXPECT_TRUE(Shown(form->OptITime.at(3)));
-    EXPECT_TRUE(Shown(form->cmdProx_IR));
-    EXPECT_FALSE(Shown(form->FrmDevice)) << "stays hidden in the full view";
-    EXPECT_FALSE(Shown(form->Frame10));
+    // The device frame and Frame10 stay hidden in the full view.
+    EXPECT_EQ(Shown({form->Frame4, form->Frame3, form->OptITime.at(3), form->cmdProx_IR, form->FrmDevice,
+                     form->Frame10}),
+              (std::vector<bool>{true, true, true, true, false, false}));
 
     wire().clear();
     QTest::mouseDClick(form->Label13, Qt::LeftButton);
@@ -143,25 +133,16 @@ TEST_F(FamilyForm, OpensCompactAndTheUsbCommLabelTogglesTheView) {
 
 TEST_F(FamilyForm, PerPartHidingHoldsInBothViews) {
     Load("LXM470");
-    for (int view = 0; view < 2; ++view) {
-        EXPECT_FALSE(Shown(form->frmProxControl));
-        EXPECT_FALSE(Shown(form->FraScheme));
-        EXPECT_FALSE(Shown(form->Frame11));
-        EXPECT_FALSE(Shown(form->OptMeasure.at(3)));
-        EXPECT_FALSE(Shown(form->OptMeasure.at(4)));
-        EXPECT_FALSE(Shown(form->OptMeasure.at(7)));
-        EXPECT_FALSE(Shown(form->cmdProx_IR));
-        EXPECT_TRUE(Shown(form->OptMeasure.at(5)));
-        form->Label13_DblClick();
-    }
+    for (int view = 0; view < 2; ++view, form->Label13_DblClick())
+        EXPECT_EQ(
+            Shown({form->frmProxControl, form->FraScheme, form->Frame11, form->OptMeasure.at(3),
+                   form->OptMeasure.at(4), form->OptMeasure.at(7), form->cmdProx_IR, form->OptMeasure.at(5)}),
+            (std::vector<bool>{false, false, false, false, false, false, false, true}));
     Load("LXM450");
-    for (int view = 0; view < 2; ++view) {
-        EXPECT_FALSE(Shown(form->OptMeasure.at(1)));
-        EXPECT_FALSE(Shown(form->OptMeasure.at(5)));
-        EXPECT_TRUE(Shown(form->frmProxControl));
-        EXPECT_TRUE(Shown(form->OptMeasure.at(7)));
-        form->Label13_DblClick();
-    }
+    for (int view = 0; view < 2; ++view, form->Label13_DblClick())
+        EXPECT_EQ(Shown({form->OptMeasure.at(1), form->OptMeasure.at(5), form->frmProxControl,
+                         form->OptMeasure.at(7)}),
+                  (std::vector<bool>{false, false, true, true}));
     EXPECT_TRUE(Shown(form->OptMeasure.at(2)) || form->CompactView);
 }
 
@@ -199,10 +180,7 @@ TEST_F(FamilyForm, EachOptionChangesExactlyItsField) {
 TEST_F(FamilyForm, RangeWritesRegisterOneThenZeroAndRescales) {
     Load();
     form->OptGain.at(3)->click();
-    auto w = Writes();
-    ASSERT_EQ(w.size(), 2u);
-    EXPECT_EQ(w[0].first, 1);
-    EXPECT_EQ(w[1].first, 0);
+    EXPECT_EQ(Writes(), (std::vector<std::pair<int, int>>{{1, chip(1)}, {0, chip(0)}}));
     EXPECT_EQ(form->RangeKLux, 64);
     EXPECT_EQ(form->RangeIndex, 3);
     EXPECT_EQ(form->chart().txtScale->text(), "4095") << "counts, while lux display is off";
@@ -255,10 +233,10 @@ TEST_F(FamilyForm, PersistenceAndDriveShareOneVariable) {
     EXPECT_EQ(form->DriveIndex, 2);
     form->OptPSrc.at(1)->click();
     EXPECT_EQ(form->DriveIndex, 1);
-    auto w = Writes();
+    const auto w = Writes();
     ASSERT_EQ(w.size(), 4u);
-    EXPECT_EQ(w[2].first, 1);
-    EXPECT_EQ(w[3].first, 0);
+    EXPECT_EQ(std::vector(w.begin() + 2, w.end()),
+              (std::vector<std::pair<int, int>>{{1, chip(1)}, {0, chip(0)}}));
 }
 
 TEST_F(FamilyForm, HexEntryValidatesOnEnterOnly) {
@@ -269,22 +247,21 @@ TEST_F(FamilyForm, HexEntryValidatesOnEnterOnly) {
     EXPECT_TRUE(wire().empty()) << "typing alone sends nothing";
     QTest::keyClick(e4, Qt::Key_Return);
     EXPECT_EQ(e4->text(), "00");
-    ASSERT_EQ(Writes().size(), 1u);
-    EXPECT_EQ(Writes()[0], std::make_pair(4, 0));
+    EXPECT_EQ(Writes(), (std::vector<std::pair<int, int>>{{4, 0}}));
 
     wire().clear();
-    Type(form->txtRegHex(2), "12");
-    Type(form->txtRegHex(3), "34");
+    TypeAndEnter(form->txtRegHex(2), "12");
+    TypeAndEnter(form->txtRegHex(3), "34");
     EXPECT_TRUE(wire().empty()) << "the data registers are never written from the entry";
 
-    Type(form->txtRegHex(0), "4f");
+    TypeAndEnter(form->txtRegHex(0), "4f");
     EXPECT_EQ(form->txtRegHex(0)->text(), "4F");
     EXPECT_TRUE(form->CmdBelow50);
-    Type(form->txtRegHex(0), "50");
+    TypeAndEnter(form->txtRegHex(0), "50");
     EXPECT_FALSE(form->CmdBelow50);
     EXPECT_EQ(chip(0) & ~0x04, 0x50);
 
-    Type(form->txtRegHex(1), "zz");
+    TypeAndEnter(form->txtRegHex(1), "zz");
     EXPECT_EQ(chip(1), 0x00) << "not hexadecimal reads as 0";
 
     form->txtRegHex(5)->setText("abc");
@@ -303,7 +280,7 @@ TEST_F(FamilyForm, ReadAllReadsNineRegistersInOrder) {
     wire().clear();
     form->cmdReadAllRegs->click();
     EXPECT_TRUE(wire().empty());
-    EXPECT_EQ(messages.count("USB is not Connected"), 1) << "stops at the first register";
+    EXPECT_EQ(messages.count(kNotConnected), 1) << "stops at the first register";
 }
 
 TEST_F(FamilyForm, ReadShowsMismatchAbsentChipAndTheInterruptFlag) {
@@ -332,7 +309,7 @@ TEST_F(FamilyForm, ReadShowsMismatchAbsentChipAndTheInterruptFlag) {
     form->cmdRDReg[0]->click();
     EXPECT_TRUE(form->ShpIntFlag->hasFillIndex(kBlack));
 
-    Type(form->txtI2CADR, "8a");
+    TypeAndEnter(form->txtI2CADR, "8a");
     EXPECT_EQ(session.I2cReadAddr, 0x8B);
     form->cmdRDReg[1]->click();
     EXPECT_FALSE(form->LblCommTest()->isHidden());
@@ -341,14 +318,14 @@ TEST_F(FamilyForm, ReadShowsMismatchAbsentChipAndTheInterruptFlag) {
     EXPECT_TRUE(form->ShpIndrd(1)->hasFillIndex(kLightRed));
     EXPECT_TRUE(messages.texts.isEmpty()) << "no acknowledge is shown, not told";
 
-    Type(form->txtI2CADR, "88");
+    TypeAndEnter(form->txtI2CADR, "88");
     form->cmdRDReg[1]->click();
     EXPECT_TRUE(form->LblCommTest()->isHidden());
 }
 
 TEST_F(FamilyForm, AddressEntryAndDeviceList) {
     Load();
-    Type(form->txtI2CADR, "1ff");
+    TypeAndEnter(form->txtI2CADR, "1ff");
     EXPECT_EQ(form->txtI2CADR->text(), "88");
     EXPECT_EQ(session.I2cWriteAddr, 0x88);
     form->txtI2CADR->setText("90");
@@ -386,43 +363,26 @@ TEST_F(FamilyForm, TestCommReportsGoodFailAndTheTwoMessages) {
     EXPECT_EQ(form->LblCommTest()->ForeColor(), 0xFFFFFF);
     EXPECT_TRUE(messages.texts.isEmpty());
 
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     form->OptMode(2)->click();
     EXPECT_EQ(messages.texts, QStringList{"USB has been disconnected"});
 
     session.UsbDetached = false;
     messages.clear();
     form->OptMode(2)->click();
-    EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+    EXPECT_EQ(messages.texts, QStringList{kNotConnected});
     EXPECT_EQ(form->LblCommTest()->text(), "Fail");
 }
 
 TEST_F(FamilyForm, AWriteWithTheBoardGoneKeepsTheImageAndRecovers) {
     Load();
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     form->OptGain.at(2)->click();
     EXPECT_EQ(session.RegWriteMirror[1] & 3, 2) << "the image keeps the choice";
-    EXPECT_EQ(messages.count("USB is not Connected"), 1) << "one click, one message";
-    driver.Plug();
-    Pump();
-    session.usb().InitDriver();
-    session.usb().OpenDevice();
+    EXPECT_EQ(messages.count(kNotConnected), 1) << "one click, one message";
+    Replug();
     form->cmdWrtReg[1]->click();
     EXPECT_EQ(chip(1) & 3, 2) << "re-writing the register brings the chip in line";
-}
-
-TEST_F(FamilyForm, ExternalLedDrivesTheBoardLine) {
-    Load();
-    form->ChKLed->click();
-    EXPECT_TRUE(board.controller().ExternalLedOn());
-    EXPECT_EQ(session.GpioImage[0], 0x40);
-    EXPECT_EQ(session.GpioImage[2], 0x40);
-    form->ChKLed->click();
-    EXPECT_FALSE(board.controller().ExternalLedOn());
 }
 
 class GpioPanel : public ::testing::Test, protected BoardFixture {
@@ -464,9 +424,7 @@ TEST_F(GpioPanel, WriteSendsFourBytesReadsTwentyFiveAndCompares) {
     EXPECT_EQ(wire()[1].bytes.size(), 25u);
     EXPECT_EQ(gpio->txtPCHex[1]->text(), "40");
     EXPECT_EQ(gpio->txtPCHex[3]->text(), "10");
-    EXPECT_TRUE(gpio->shpGpioWr.at(2)->hasFillIndex(kLightGreen));
-    EXPECT_TRUE(gpio->shpGpioWr.at(3)->hasFillIndex(kLightGreen));
-    EXPECT_TRUE(gpio->shpGpioWr.at(5)->hasFillIndex(kLightGreen));
+    for (int i : {2, 3, 5}) EXPECT_TRUE(gpio->shpGpioWr.at(i)->hasFillIndex(kLightGreen)) << i;
     // PB7 is an input: it reads the sensor's interrupt line, high while no interrupt is up.
     EXPECT_EQ(gpio->txtPCHexData[1]->text(), "C0");
     EXPECT_TRUE(gpio->shpGpioWr.at(4)->hasFillIndex(kLightRed));

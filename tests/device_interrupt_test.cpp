@@ -1,24 +1,18 @@
 // Interrupt thresholds and the interrupt line on the family form: what the boxes and messages
 // show, what reaches the chip, and how the simulated sensor's line answers the window.
 #include <QCheckBox>
-#include <QLineEdit>
-#include <QRadioButton>
 
 #include <cmath>
 
 #include "core/Shape.h"
 #include "core/VbText.h"
 #include "device/parts/InterruptSampler.h"
-#include "device/parts/ThresholdPanel.h"
 #include "device_form_fixture.h"
 
 namespace lxm::test {
 namespace {
 
 constexpr int kOK = 10, kAlt = 2, kFail = 12, kOff = 0;
-const QString kDisconnected =
-    QStringLiteral("Device has been disconnected, reconnect and re-initialize all registers");
-const QString kNotConnected = QStringLiteral("USB is not Connected");
 
 struct InterruptTest : FormFixture {
     // Scheme first: the resolution handler derives the entry bounds from it.
@@ -52,40 +46,34 @@ struct InterruptTest : FormFixture {
     Shape* Activity() { return form->ShpINt; }
 };
 
-struct WriteCase {
-    int resolution, scheme;
-    const char *low, *high;
-    std::vector<std::uint8_t> bytes;  // registers 4..7
-    const char *lowHex, *highHex;
-};
-
-class ThresholdWriteTest : public InterruptTest, public ::testing::WithParamInterface<WriteCase> {};
-
-TEST_P(ThresholdWriteTest, ProgramsRegistersFourToSevenInOrder) {
-    const WriteCase& c = GetParam();
-    Format(c.resolution, c.scheme);
-    Type(QString::fromLatin1(c.low), QString::fromLatin1(c.high));
-    messages.clear();
-    const std::size_t mark = wire().size();
-    form->cmdWrtILimits_Click();
+TEST_F(InterruptTest, ThresholdsProgramRegistersFourToSevenInOrderAtEveryResolutionAndScheme) {
+    const struct {
+        int resolution, scheme;
+        const char *low, *high;
+        std::vector<std::uint8_t> bytes;  // registers 4..7
+        const char *lowHex, *highHex;
+    } cases[] = {{0, 0, "100", "65535", {0x64, 0x00, 0xFF, 0xFF}, "0064", "FFFF"},
+                 {0, 1, "-100", "32768", {0x9C, 0xFF, 0x00, 0x80}, "FF9C", "8000"},
+                 {1, 0, "100", "1500", {0x64, 0x00, 0xDC, 0x05}, "0064", "05DC"},
+                 {1, 1, "-1", "2048", {0xFF, 0xFF, 0x00, 0x08}, "FFFF", "0800"},
+                 {2, 0, "0", "255", {0x00, 0x00, 0xFF, 0x00}, "0000", "00FF"},
+                 {2, 1, "-10", "128", {0xF6, 0xFF, 0x80, 0x00}, "FFF6", "0080"},
+                 {3, 0, "3", "15", {0x03, 0x00, 0x0F, 0x00}, "0003", "000F"},
+                 {3, 1, "-2", "8", {0xFE, 0xFF, 0x08, 0x00}, "FFFE", "0008"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.low);
+        Format(c.resolution, c.scheme);
+        Type(QString::fromLatin1(c.low), QString::fromLatin1(c.high));
+        const std::size_t mark = wire().size();
+        form->cmdWrtILimits_Click();
+        EXPECT_EQ(WrittenRegisters(mark), (std::vector<int>{4, 5, 6, 7}));
+        EXPECT_EQ(Chip4to7(), c.bytes);
+        for (int r = 4; r <= 7; ++r) EXPECT_EQ(form->txtRegHex(r)->text(), Hex2(c.bytes[std::size_t(r - 4)]));
+        EXPECT_EQ(form->txtILow.at(1)->text() + " " + form->txtIHigh.at(1)->text(),
+                  QString("%1 %2").arg(c.lowHex, c.highHex));
+    }
     EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join(" | ").toStdString();
-    EXPECT_EQ(WrittenRegisters(mark), (std::vector<int>{4, 5, 6, 7}));
-    EXPECT_EQ(Chip4to7(), c.bytes);
-    for (int r = 4; r <= 7; ++r) EXPECT_EQ(form->txtRegHex(r)->text(), Hex2(c.bytes[std::size_t(r - 4)]));
-    EXPECT_EQ(form->txtILow.at(1)->text(), c.lowHex);
-    EXPECT_EQ(form->txtIHigh.at(1)->text(), c.highHex);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    ResolutionsAndSchemes, ThresholdWriteTest,
-    ::testing::Values(WriteCase{0, 0, "100", "65535", {0x64, 0x00, 0xFF, 0xFF}, "0064", "FFFF"},
-                      WriteCase{0, 1, "-100", "32768", {0x9C, 0xFF, 0x00, 0x80}, "FF9C", "8000"},
-                      WriteCase{1, 0, "100", "1500", {0x64, 0x00, 0xDC, 0x05}, "0064", "05DC"},
-                      WriteCase{1, 1, "-1", "2048", {0xFF, 0xFF, 0x00, 0x08}, "FFFF", "0800"},
-                      WriteCase{2, 0, "0", "255", {0x00, 0x00, 0xFF, 0x00}, "0000", "00FF"},
-                      WriteCase{2, 1, "-10", "128", {0xF6, 0xFF, 0x80, 0x00}, "FFF6", "0080"},
-                      WriteCase{3, 0, "3", "15", {0x03, 0x00, 0x0F, 0x00}, "0003", "000F"},
-                      WriteCase{3, 1, "-2", "8", {0xFE, 0xFF, 0x08, 0x00}, "FFFE", "0008"}));
 
 TEST_F(InterruptTest, OutOfRangeEntriesAreReportedAndWrittenAllTheSame) {
     Format(0, 1);
@@ -147,35 +135,25 @@ TEST_F(InterruptTest, ReadBackDecodesPerFormat) {
     EXPECT_TRUE(messages.texts.isEmpty());
 }
 
-TEST_F(InterruptTest, ReadDuringACollectionWaitsForTheRegisterRefresh) {
-    Type(QStringLiteral("222"), QStringLiteral("3333"));
-    form->cmdWrtILimits_Click();
-    Type(QString(), QString());
-    Measure(6);
-    Collect([&](int pass) {
-        if (pass == 2) {
-            const std::size_t mark = wire().size();
-            form->cmdReadILimits_Click();
-            EXPECT_EQ(wire().size(), mark) << "nothing goes out in the middle of the pass";
-            EXPECT_TRUE(form->LimitsReadPending());
-        }
-        return pass < 4;
-    });
-    EXPECT_FALSE(form->LimitsReadPending());
-    EXPECT_EQ(form->txtILow.at(0)->text(), "222");
-    EXPECT_EQ(form->txtIHigh.at(0)->text(), "3333");
-}
-
-TEST_F(InterruptTest, WriteDuringACollectionIsSentAtTheRegisterRefresh) {
+TEST_F(InterruptTest, WriteAndReadDuringACollectionWaitForTheRegisterRefresh) {
     Measure(6);
     Collect([&](int pass) {
         if (pass == 2) {
             Type(QStringLiteral("7"), QStringLiteral("700"));
             form->cmdWrtILimits_Click();
         }
-        return pass < 4;
+        if (pass == 4) {
+            Type(QString(), QString());
+            const std::size_t mark = wire().size();
+            form->cmdReadILimits_Click();
+            EXPECT_EQ(wire().size(), mark) << "nothing goes out in the middle of the pass";
+            EXPECT_TRUE(form->LimitsReadPending());
+        }
+        return pass < 6;
     });
     EXPECT_EQ(Chip4to7(), (std::vector<std::uint8_t>{0x07, 0x00, 0xBC, 0x02}));
+    EXPECT_FALSE(form->LimitsReadPending());
+    EXPECT_EQ(form->txtILow.at(0)->text() + " " + form->txtIHigh.at(0)->text(), "7 700");
 }
 
 TEST_F(InterruptTest, UnplugDuringAThresholdWriteSaysSoOnce) {
@@ -203,52 +181,6 @@ TEST_F(InterruptTest, UnplugDuringAThresholdReadSaysSoOnceAndShowsNothing) {
     EXPECT_EQ(messages.texts, QStringList{kDisconnected});
     EXPECT_EQ(form->txtILow.at(0)->text(), "keep");
     EXPECT_EQ(form->txtIHigh.at(0)->text(), "these");
-}
-
-// The panel with another form's data: two windows in their own registers and widths, laid out
-// like the multi-function sensor's (a 12-bit window sharing a nibble register, an 8-bit one).
-// The 8-bit window goes to registers 8 and 4, which the simulated family chip can hold.
-TEST_F(InterruptTest, PanelCarriesTwoWindowsWithTheirOwnRegistersAndLimits) {
-    QLineEdit alsLow, alsHigh, proxLow, proxHigh;
-    ThresholdScheme scheme;
-    scheme.windows = {{&alsLow, &alsHigh}, {&proxLow, &proxHigh}};
-    scheme.formats = [] { return std::vector<ThresholdFormat>{{12, true, 0, 4095}, {8, true, 0, 255}}; };
-    scheme.encode = [](const std::vector<ThresholdWindow>& w, const std::vector<ThresholdFormat>&) {
-        const auto als = PackAls12Thresholds(w[0].low.value, w[0].high.value);
-        return RegisterBytes{{5, als[0]},
-                             {6, als[1]},
-                             {7, als[2]},
-                             {8, std::uint8_t(w[1].low.value & 255)},
-                             {4, std::uint8_t(w[1].high.value & 255)}};
-    };
-    scheme.readRegisters = {8, 4, 5, 6, 7};
-    scheme.decode = [](const std::map<int, std::uint8_t>& r, const std::vector<ThresholdFormat>&) {
-        const auto als = UnpackAls12Thresholds({r.at(5), r.at(6), r.at(7)});
-        return std::vector<std::pair<std::int32_t, std::int32_t>>{als, {r.at(8), r.at(4)}};
-    };
-    RegisterRows rows{[this](int reg) { return form->txtRegHex(reg); },
-                      [this](int reg) { form->cmdWrtReg_Click(reg); },
-                      [this](int reg) { form->cmdRDReg_Click(reg); }};
-    ThresholdPanel panel(session, rows, scheme);
-
-    alsLow.setText(QStringLiteral("291"));    // 0x123
-    alsHigh.setText(QStringLiteral("2748"));  // 0xABC
-    proxLow.setText(QStringLiteral("-1"));
-    proxHigh.setText(QStringLiteral("200"));
-    const std::size_t mark = wire().size();
-    panel.Write();
-    EXPECT_EQ(messages.texts,
-              QStringList{"Low Limit must be within  0 Min and  255 Max. Re-enter Low Limit"});
-    EXPECT_EQ(WrittenRegisters(mark), (std::vector<int>{5, 6, 7, 8, 4}));
-    EXPECT_EQ(std::vector<std::uint8_t>({chip(8), chip(4), chip(5), chip(6), chip(7)}),
-              (std::vector<std::uint8_t>{0xFF, 0xC8, 0x23, 0xA1, 0xBC}));
-
-    for (QLineEdit* box : {&alsLow, &alsHigh, &proxLow, &proxHigh}) box->clear();
-    panel.Read();
-    EXPECT_EQ(alsLow.text(), "291");
-    EXPECT_EQ(alsHigh.text(), "2748");
-    EXPECT_EQ(proxLow.text(), "255");
-    EXPECT_EQ(proxHigh.text(), "200");
 }
 
 TEST_F(InterruptTest, LineLampFollowsTheSensorAndTheActivityLampFlips) {

@@ -3,26 +3,23 @@
 #include <gtest/gtest.h>
 #include <QCheckBox>
 #include <QFile>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QTimer>
 
 #include "acquisition/Conversion.h"
+#include "acquisition/ModWaveform_ALS.h"
 #include "acquisition/PictureBox.h"
 #include "acquisition/Thresholds.h"
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
 #include "core/VbText.h"
 #include "device/frmLXM600.h"
-#include "device/parts/MaxMinFrame.h"
 #include "device/parts/RecordFrame.h"
 #include "device/parts/RegisterPanel.h"
-#include "device/parts/StatusStrip.h"
 #include "device/parts/StripChart.h"
 #include "support/DeviceFixture.h"
 
@@ -30,8 +27,8 @@ namespace lxm {
 namespace {
 
 using test::BoardFixture;
-
-const QString kDisconnected = "Device has been disconnected, reconnect and re-initialize all registers";
+using test::kDisconnected;
+using test::kNotConnected;
 
 class MultiFunctionForm : public ::testing::Test, protected BoardFixture {
 protected:
@@ -63,14 +60,12 @@ protected:
             if (it->dir == sim::WireDir::In && it->endpoint == 0x82) return it->bytes;
         return {};
     }
-    void Type(QLineEdit* box, const QString& text) {
-        box->setText(text);
-        form->txtRegHex_KeyPress(form->panel().txtRegHex(0) == box ? 0 : RowOf(box), 13);
-    }
-    int RowOf(QLineEdit* box) {
-        for (int i = 0; i < frmLXM600::kRegisterRows; ++i)
-            if (form->panel().txtRegHex(i) == box) return i;
-        return -1;
+    // The ALS window's low and high limit entries, then the proximity window's.
+    void SetLimits(std::array<const char*, 4> v) {
+        for (int w : {0, 1}) {
+            form->txtILow.at(2 * w)->setText(v[2 * w]);
+            form->txtIHigh.at(2 * w)->setText(v[2 * w + 1]);
+        }
     }
     void Click(CtlArray<QRadioButton>& arr, int index) {
         arr.at(index)->setChecked(true);
@@ -101,21 +96,15 @@ TEST_F(MultiFunctionForm, LoadSetsTheImageAndCaptionsAndSendsNothing) {
         EXPECT_EQ(form->txtRegHex(r)->text(), QString("%1").arg(image[r], 2, 16, QChar('0')).toUpper()) << r;
     }
     EXPECT_EQ(form->txtRegHex(16), nullptr);
-    EXPECT_EQ(form->txtRegHex(3)->toolTip(), "Enter Hex value, Press Enter");
-    EXPECT_EQ(form->txtRegRd(3)->toolTip(), "Rd Hex Value");
-    EXPECT_EQ(form->panel().cmdWrtReg(3)->toolTip(), "Click to Write to Register  3");
-    EXPECT_EQ(form->panel().cmdRDReg(15)->toolTip(), "Click to Read from Register  15");
-    EXPECT_EQ(form->txtInterval->text(), "50");
+    EXPECT_EQ(form->txtRegHex(3)->toolTip() + "|" + form->txtRegRd(3)->toolTip(),
+              "Enter Hex value, Press Enter|Rd Hex Value");
     EXPECT_EQ(form->collection().IntervalMs, 50);
-    EXPECT_EQ(form->RangeTable[0], 2000);
-    EXPECT_EQ(form->RangeTable[1], 125);
-    EXPECT_EQ(form->lblIlimitsformat.at(0)->text(), "ALS_IR Single Polarity");
-    EXPECT_EQ(form->lblIlimitsformat.at(2)->text(), "4095 Max");
-    EXPECT_EQ(form->lblIlimitsformat.at(4)->text(), "Prox Single Polarity");
-    EXPECT_EQ(form->lblIlimitsformat.at(5)->text(), "8 Bits");
-    EXPECT_EQ(form->lblIlimitsformat.at(6)->text(), "255 Max");
+    EXPECT_EQ(form->RangeTable, (std::array<std::int32_t, 2>{2000, 125}));
+    QStringList limits;
+    for (int i = 0; i < 8; ++i) limits << form->lblIlimitsformat.at(i)->text();
+    EXPECT_EQ(limits, (QStringList{"ALS_IR Single Polarity", "12 Bits", "4095 Max", "0 Min",
+                                   "Prox Single Polarity", "8 Bits", "255 Max", "0 Min"}));
     EXPECT_EQ(form->chart().txtScale->text(), "4095");
-    EXPECT_EQ(form->cmdCollectData->text(), "Collect Data Graphical Real Time Data");
     EXPECT_EQ(session.activeForm, form.get());
     // The image is only shown: the user's first action is the first packet.
     form->Form_Load();
@@ -159,30 +148,26 @@ TEST_F(MultiFunctionForm, EveryControlSetsItsOwnFieldAndWritesItsRegisterOnce) {
 }
 
 TEST_F(MultiFunctionForm, EnterWritesTheRowAndReadsItStraightBack) {
-    Type(form->txtRegHex(5), "3c");
-    EXPECT_EQ(Sends(), (std::vector<Sent>{{0, 5, 0x3C}, {1, 5, -1}}));
-    EXPECT_EQ(form->txtRegHex(5)->text(), "3C");
-
-    // Only the first two characters count; what is left is written as it stands.
-    wire().clear();
-    Type(form->txtRegHex(12), "1FF");
-    EXPECT_EQ(form->txtRegHex(12)->text(), "1F");
-    EXPECT_EQ(Sends(), (std::vector<Sent>{{0, 12, 0x1F}, {1, 12, -1}}));
-
-    // The data registers follow the same rule.
-    wire().clear();
-    Type(form->txtRegHex(9), "07");
-    EXPECT_EQ(Sends(), (std::vector<Sent>{{0, 9, 0x07}, {1, 9, -1}}));
+    // Only the first two characters count; the data registers follow the same rule.
+    const struct {
+        int row;
+        const char *typed, *shown;
+        int value;
+    } cases[] = {{5, "3c", "3C", 0x3C}, {12, "1FF", "1F", 0x1F}, {9, "07", "07", 0x07}};
+    for (const auto& c : cases) {
+        wire().clear();
+        form->txtRegHex(c.row)->setText(c.typed);
+        form->txtRegHex_KeyPress(c.row, 13);
+        EXPECT_EQ(form->txtRegHex(c.row)->text(), c.shown);
+        EXPECT_EQ(Sends(), (std::vector<Sent>{{0, c.row, c.value}, {1, c.row, -1}})) << c.typed;
+    }
 }
 
 TEST_F(MultiFunctionForm, ReadAllReadsSixteenRowsAndReadIdShowsRegisterZero) {
     form->panel().cmdReadAllRegs()->click();
-    std::vector<int> reads;
-    for (const Sent& s : Sends())
-        if (s.command == 1) reads.push_back(s.reg);
-    std::vector<int> expected(16);
-    for (int i = 0; i < 16; ++i) expected[i] = i;
-    EXPECT_EQ(reads, expected);
+    std::vector<Sent> reads;
+    for (int r = 0; r < 16; ++r) reads.push_back({1, r, -1});
+    EXPECT_EQ(Sends(), reads);
 
     wire().clear();
     form->cmdReadID->click();
@@ -222,18 +207,30 @@ TEST_F(MultiFunctionForm, ReadAdReadsThreeBytesFromRegisterEight) {
         EXPECT_EQ(form->txtRegRd(r)->text(), QString("%1").arg(reply[r - 7], 2, 16, QChar('0')).toUpper());
 
     // Without a board: the "Fail" label and one message, nothing on the wire.
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     wire().clear();
     form->cmdReadAd_Click();
     EXPECT_TRUE(Sends().empty());
-    EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+    EXPECT_EQ(messages.texts, QStringList{kNotConnected});
     EXPECT_EQ(form->LblCommTest()->text(), "Fail");
 }
 
-TEST_F(MultiFunctionForm, ABusyBusMarksTheReadsAndSaysItIsWaiting) {
+TEST_F(MultiFunctionForm, ReadAdGivesTheChipsCounts) {
+    scene().ambientLux = 300;
+    form->chkALSEnable->click();
+    Click(form->OptALSRange, 0);
+    clock.AdvanceMs(60);
+    form->cmdReadAd_Click();
+    EXPECT_EQ(form->AlsIrCount600, 300 * 4096 / 2000) << "a 12-bit reading over the low and high byte";
+    EXPECT_EQ(form->txtRegRd(10)->text(), "02");
+}
+
+TEST_F(MultiFunctionForm, ABusyBusMarksTheReadsAndSaysItIsWaitingAndThePollWaitsToo) {
+    form->TimerIPol_Timer();
+    EXPECT_EQ(Sends(), (std::vector<Sent>{{2, 0, -1}}));
+    wire().clear();
     session.TransferBusy = true;
+    form->TimerIPol_Timer();
     form->cmdReadAd_Click();
     EXPECT_EQ(form->lblUSBStatis->text(), "Rd_AD Waiting");
     form->cmdRDReg_Click(4);
@@ -268,7 +265,6 @@ TEST_F(MultiFunctionForm, OptGraphChoosesTheTraceThatCollects) {
     EXPECT_EQ(run.SampleCount, 12);
     for (int i = 0; i < 12; ++i) EXPECT_EQ(run.SampleValues[i], 1.0);
     EXPECT_DOUBLE_EQ(run.SampleValues2[11], 2000.0 * form->AlsIrCount600 / 4096);
-    EXPECT_TRUE(form->txtReading->text().contains('.'));
     EXPECT_EQ(form->txtReading->text().section('.', 1).size(), 3);
     EXPECT_EQ(form->txtADCRaw->text(), QString::number(form->AlsIrCount600));
 }
@@ -309,38 +305,33 @@ TEST_F(MultiFunctionForm, EachTraceIsDrawnInItsColourOnItsOwnScale) {
 TEST_F(MultiFunctionForm, DrawTraceDrawsTheEightStepStaircase) {
     form->chart().cmdDrawTrace->click();
     const auto& rows = form->plot().TracePixels;
-    for (int step = 1; step <= 8; ++step) {
-        const int expected = int(std::lround(304 - 100.0 * step * 0.304));
-        EXPECT_EQ(rows[50 * (step - 1)], expected) << step;
-        EXPECT_EQ(rows[50 * (step - 1) + 49], expected) << step;
-    }
-    EXPECT_EQ(rows[400], 1);
-    EXPECT_EQ(rows[410], 1);
+    EXPECT_EQ(rows, ModWaveform_ALS::StaircaseRows());
     const QImage& img = form->chart().Picture1->image();
     EXPECT_EQ(img.pixelColor(10, rows[10]), QColor(255, 0, 0));
     EXPECT_EQ(img.pixelColor(380, rows[380]), QColor(255, 0, 0));
 }
 
 TEST_F(MultiFunctionForm, OpensFullAndTheViewToggleIsOneWay) {
+    const std::initializer_list<QWidget*> back{form->Frame2, form->frmTimeBase, form->frmDataRecord};
+    const std::initializer_list<QWidget*> gone{form->cmdCollect, form->Label3, form->txtReading2,
+                                               form->txtReading3, form->Label17};
+    auto shown = [&](std::initializer_list<QWidget*> ws) {
+        std::vector<bool> v;
+        for (QWidget* w : ws) v.push_back(Shown(w));
+        return v;
+    };
     EXPECT_FALSE(form->CompactView);
-    for (QWidget* w : {static_cast<QWidget*>(form->Frame2), static_cast<QWidget*>(form->frmTimeBase),
-                       static_cast<QWidget*>(form->frmDataRecord), static_cast<QWidget*>(form->cmdCollect),
-                       static_cast<QWidget*>(form->txtReading2)})
-        EXPECT_TRUE(Shown(w));
+    EXPECT_EQ(shown(back), std::vector<bool>(3, true));
+    EXPECT_TRUE(Shown(form->cmdCollect) && Shown(form->txtReading2));
     form->Label13_DblClick();
     EXPECT_TRUE(form->CompactView);
-    for (QWidget* w : std::initializer_list<QWidget*>{form->cmdCollect, form->Label3, form->Frame2,
-                                                      form->frmTimeBase, form->frmDataRecord,
-                                                      form->txtReading3, form->txtReading2, form->Label17})
-        EXPECT_FALSE(Shown(w));
+    EXPECT_EQ(shown(back), std::vector<bool>(3, false));
+    EXPECT_EQ(shown(gone), std::vector<bool>(5, false));
     form->Label13_DblClick();
     EXPECT_FALSE(form->CompactView);
-    for (QWidget* w : std::initializer_list<QWidget*>{form->Frame2, form->frmTimeBase, form->frmDataRecord})
-        EXPECT_TRUE(Shown(w));
-    // What the full view does not bring back stays hidden.
-    for (QWidget* w : std::initializer_list<QWidget*>{form->cmdCollect, form->Label3, form->txtReading2,
-                                                      form->txtReading3, form->Label17})
-        EXPECT_FALSE(Shown(w));
+    EXPECT_EQ(shown(back), std::vector<bool>(3, true));
+    EXPECT_EQ(shown(gone), std::vector<bool>(5, false))
+        << "what the full view does not bring back stays hidden";
 }
 
 TEST_F(MultiFunctionForm, TestLedsDriveTheirTwoPortBits) {
@@ -367,21 +358,8 @@ TEST_F(MultiFunctionForm, UnplugDuringACollectionEndsItOnceAndKeepsTheSamples) {
     EXPECT_FALSE(session.TransferBusy);
 }
 
-TEST_F(MultiFunctionForm, ReadAdGivesTheChipsCounts) {
-    scene().ambientLux = 300;
-    form->chkALSEnable->click();
-    Click(form->OptALSRange, 0);
-    clock.AdvanceMs(60);
-    form->cmdReadAd_Click();
-    EXPECT_EQ(form->AlsIrCount600, 300 * 4096 / 2000) << "a 12-bit reading over the low and high byte";
-    EXPECT_EQ(form->txtRegRd(10)->text(), "02");
-}
-
-TEST_F(MultiFunctionForm, ThresholdsGoToRegistersThreeToSevenAlsFirst) {
-    form->txtILow.at(0)->setText("291");    // 0x123
-    form->txtIHigh.at(0)->setText("2748");  // 0xABC
-    form->txtILow.at(2)->setText("10");
-    form->txtIHigh.at(2)->setText("200");
+TEST_F(MultiFunctionForm, ThresholdsGoToRegistersThreeToSevenAlsFirstAndAreReportedOutOfWidth) {
+    SetLimits({"291", "2748", "10", "200"});  // 0x123, 0xABC
     form->cmdWrtILimits->click();
     EXPECT_EQ(Sends(),
               (std::vector<Sent>{{0, 5, 0x23}, {0, 6, 0xA1}, {0, 7, 0xBC}, {0, 3, 10}, {0, 4, 200}}));
@@ -395,23 +373,16 @@ TEST_F(MultiFunctionForm, ThresholdsGoToRegistersThreeToSevenAlsFirst) {
     }
     wire().clear();
     form->cmdReadILimits->click();
-    EXPECT_EQ(form->txtILow.at(0)->text(), "291");
-    EXPECT_EQ(form->txtIHigh.at(0)->text(), "2748");
-    EXPECT_EQ(form->txtILow.at(2)->text(), "10");
-    EXPECT_EQ(form->txtIHigh.at(2)->text(), "200");
-    std::vector<int> reads;
-    for (const Sent& x : Sends()) reads.push_back(x.reg);
-    EXPECT_EQ(reads, (std::vector<int>{3, 4, 5, 6, 7}));
-}
+    EXPECT_EQ((QStringList{form->txtILow.at(0)->text(), form->txtIHigh.at(0)->text(),
+                           form->txtILow.at(2)->text(), form->txtIHigh.at(2)->text()}),
+              (QStringList{"291", "2748", "10", "200"}));
+    EXPECT_EQ(Sends(), (std::vector<Sent>{{1, 3, -1}, {1, 4, -1}, {1, 5, -1}, {1, 6, -1}, {1, 7, -1}}));
 
-TEST_F(MultiFunctionForm, AThresholdOutOfItsWidthIsReportedAndWrittenAllTheSame) {
-    form->txtILow.at(0)->setText("0");
-    form->txtIHigh.at(0)->setText("5000");
-    form->txtILow.at(2)->setText("300");
-    form->txtIHigh.at(2)->setText("255");
+    // A value out of its window's width is reported and written all the same.
+    wire().clear();
+    SetLimits({"0", "5000", "300", "255"});
     form->cmdWrtILimits->click();
     EXPECT_EQ(messages.texts, (QStringList{HighLimitMessage(0, 4095), LowLimitMessage(0, 255)}));
-    EXPECT_EQ(messages.texts[1], "Low Limit must be within  0 Min and  255 Max. Re-enter Low Limit");
     EXPECT_EQ(Sends().size(), 5u);
     EXPECT_EQ(chip(3), 300 & 0xFF);
 }
@@ -420,10 +391,7 @@ TEST_F(MultiFunctionForm, TheClearButtonsClearOneFlagEachAndTheLampsShowThem) {
     // Both windows put around nothing the scene gives: every conversion is outside.
     scene().ambientLux = 300;
     scene().objectDistanceMm = 0;
-    form->txtILow.at(0)->setText("4000");
-    form->txtIHigh.at(0)->setText("4095");
-    form->txtILow.at(2)->setText("100");
-    form->txtIHigh.at(2)->setText("255");
+    SetLimits({"4000", "4095", "100", "255"});
     form->cmdWrtILimits->click();
     Click(form->optINTP, 2);  // image 0x40
     Click(form->OptALSRange, 0);
@@ -457,10 +425,7 @@ TEST_F(MultiFunctionForm, AnUnplugInsideAReadOrAPollSaysSoOnce) {
     EXPECT_EQ(messages.texts, QStringList{kDisconnected});
     EXPECT_FALSE(session.TransferBusy);
 
-    driver.Plug();
-    Pump();
-    session.usb().InitDriver();
-    session.usb().OpenDevice();
+    Replug();
     messages.clear();
     driver.UnplugAfterTransfers(1);
     form->TimerIPol_Timer();
@@ -470,18 +435,9 @@ TEST_F(MultiFunctionForm, AnUnplugInsideAReadOrAPollSaysSoOnce) {
     EXPECT_FALSE(session.TransferBusy);
 }
 
-TEST_F(MultiFunctionForm, ThePollNeverStartsATransferInsideAnother) {
-    form->TimerIPol_Timer();
-    EXPECT_EQ(Sends(), (std::vector<Sent>{{2, 0, -1}}));
-    wire().clear();
-    session.TransferBusy = true;
-    form->TimerIPol_Timer();
-    session.TransferBusy = false;
-    EXPECT_TRUE(Sends().empty());
-    // Nor does it nag about a board that is gone: the detach said so once.
-    driver.Unplug();
-    Pump();
-    messages.clear();
+TEST_F(MultiFunctionForm, ThePollNeverNagsAndRunsOnlyWhileAskedFor) {
+    // A board that is gone: the detach said so once.
+    Unplug();
     form->TimerIPol_Timer();
     EXPECT_TRUE(messages.texts.isEmpty());
     EXPECT_FALSE(session.TransferBusy);

@@ -2,9 +2,7 @@
 // family form, checked at the chip and on the wire of the simulated board.
 #include <QGroupBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
-#include <QRadioButton>
 
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
@@ -84,7 +82,7 @@ TEST_F(MeasureTest, PowerDownLeavesRegisterOneAndKeepsTheDecimalEntryQuirk) {
     EXPECT_EQ(chip(1), reg1);
 }
 
-TEST_F(MeasureTest, SignedProximityReadingsAtSixteenBits) {
+TEST_F(MeasureTest, SignedProximityReadingsAtSixteenAndFourBits) {
     Resolution(0);
     Measure(7);
     scene().objectDistanceMm = 0;
@@ -108,12 +106,10 @@ TEST_F(MeasureTest, SignedProximityReadingsAtSixteenBits) {
     Settle();
     EXPECT_EQ(form->ReadDataRegisters(), 65535);
     EXPECT_EQ(form->LastNegative, 1);
-}
 
-TEST_F(MeasureTest, FourBitProximityIsNeverNegative) {
+    // At four bits signed proximity is never negative.
     Resolution(3);
     Measure(7);
-    scene().objectDistanceMm = 0;
     for (double ir : {25.5, 1e6}) {
         scene().infrared = ir;
         Settle();
@@ -159,13 +155,10 @@ TEST_F(MeasureTest, ReadAdcShowsBothDataBytesAndFlipsTheirLamps) {
     scene().ambientLux = 500;
     Settle();
     form->cmdRead_ADC_Click();
-    EXPECT_EQ(form->txtRegRd(2)->text(), "00");
-    EXPECT_EQ(form->txtRegRd(3)->text(), "08");
-    EXPECT_TRUE(form->ShpIndrd(2)->hasFillIndex(kOK));
-    EXPECT_TRUE(form->ShpIndrd(3)->hasFillIndex(kOK));
+    EXPECT_EQ(form->txtRegRd(2)->text() + form->txtRegRd(3)->text(), "0008");
+    for (int r : {2, 3}) EXPECT_TRUE(form->ShpIndrd(r)->hasFillIndex(kOK)) << r;
     form->cmdRead_ADC_Click();
-    EXPECT_TRUE(form->ShpIndrd(2)->hasFillIndex(kAlt));
-    EXPECT_TRUE(form->ShpIndrd(3)->hasFillIndex(kAlt));
+    for (int r : {2, 3}) EXPECT_TRUE(form->ShpIndrd(r)->hasFillIndex(kAlt)) << r;
     EXPECT_FALSE(session.TransferBusy);
 }
 
@@ -196,15 +189,15 @@ TEST_F(DualModeTest, IrBeforeAfterAndBothOrderTheCommands) {
         form->cmdProx_IR_Click();
         EXPECT_EQ(WritesTo(0, mark), c.commands);
         EXPECT_EQ(DataReads(mark), c.reads);
-        EXPECT_EQ(form->txtProx_IR.at(4)->text(), "614");
-        EXPECT_EQ(form->txtProx_IR.at(5)->text(), "409");
-        EXPECT_EQ(form->txtProx_IR.at(6)->text(), "205");
+        // Proximity, infrared, the difference.
+        EXPECT_EQ(form->txtProx_IR.at(4)->text() + " " + form->txtProx_IR.at(5)->text() + " " +
+                      form->txtProx_IR.at(6)->text(),
+                  "614 409 205");
         EXPECT_EQ(form->lblIR1.at(2)->text(), "409");
         EXPECT_TRUE(form->ShpOVRange.at(2)->hasFillIndex(kOK));
         EXPECT_FALSE(session.TransferBusy);
     }
-    EXPECT_EQ(form->txtProx_IR.at(2)->text(), "02");
-    EXPECT_EQ(form->txtProx_IR.at(3)->text(), "66");
+    EXPECT_EQ(form->txtProx_IR.at(2)->text() + form->txtProx_IR.at(3)->text(), "0266");
 }
 
 TEST_F(DualModeTest, SaturatedReadingIsNotAvailable) {

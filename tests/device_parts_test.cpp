@@ -23,6 +23,7 @@ namespace lxm {
 namespace {
 
 using test::BoardFixture;
+using test::kNotConnected;
 using Kind = BitField::Kind;
 
 TEST(BitFields, EachKindPutsItsValueIntoItsOwnBitsOnly) {
@@ -49,15 +50,13 @@ TEST(HexEntries, OutOfRangeBecomesZeroAndCuttingComesFirst) {
 TEST(ViewToggle, FullViewBringsBackOnlyWhatItNames) {
     QWidget a, b, c;
     for (QWidget* w : {&a, &b, &c}) w->show();
+    auto hidden = [&] { return std::vector<bool>{a.isHidden(), b.isHidden(), c.isHidden()}; };
     bool compact = ToggleView(false, {{&a, &b}, {&a}, {&c}});
     EXPECT_TRUE(compact);
-    EXPECT_TRUE(a.isHidden() && b.isHidden());
-    EXPECT_FALSE(c.isHidden());
+    EXPECT_EQ(hidden(), (std::vector<bool>{true, true, false}));
     compact = ToggleView(compact, {{&a, &b}, {&a}, {&c}});
     EXPECT_FALSE(compact);
-    EXPECT_FALSE(a.isHidden());
-    EXPECT_TRUE(b.isHidden());
-    EXPECT_TRUE(c.isHidden());
+    EXPECT_EQ(hidden(), (std::vector<bool>{false, true, true}));
 }
 
 // A panel of twelve rows reporting on a bare form of its own.
@@ -130,13 +129,11 @@ TEST_F(PanelRules, ReadAllStopsAtTheFirstRowWithoutABoard) {
     host.panel->onRead = [&](int) { ++reads; };
     host.panel->ReadAll();
     EXPECT_EQ(reads, 12);
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     reads = 0;
     host.panel->ReadAll();
     EXPECT_EQ(reads, 0);
-    EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+    EXPECT_EQ(messages.texts, QStringList{kNotConnected});
 }
 
 TEST_F(PanelRules, TheCollectionLoopRefusesToStartWithoutABoard) {
@@ -145,16 +142,14 @@ TEST_F(PanelRules, TheCollectionLoopRefusesToStartWithoutABoard) {
     QLineEdit interval("5"), time1;
     QLabel count;
     PictureBox graph(QSize(405, 305));
-    PacedCollection loop(session, st, plot, {&interval, &time1, &count, &graph, 12});
+    PacedCollection loop(session, st, plot, {&interval, &time1, &count, &graph, 12, nullptr});
     int started = 0;
     loop.hooks.start = [&] { ++started; };
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     loop.Run();
     EXPECT_EQ(started, 0);
     EXPECT_FALSE(session.Collecting);
-    EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+    EXPECT_EQ(messages.texts, QStringList{kNotConnected});
 }
 
 // A collection at interval 0 changes the window several hundred times a second. The window

@@ -3,9 +3,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QDir>
-#include <QFile>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -14,6 +12,7 @@
 #include "device/parts/Doco.h"
 #include "device/parts/RecordFrame.h"
 #include "device_form_fixture.h"
+#include "support/Files.h"
 
 namespace lxm::test {
 namespace {
@@ -35,8 +34,7 @@ struct RecordTest : FormFixture {
             form->SampleValues[std::size_t(i)] = first + i;
     }
     std::string File(const QString& name = QStringLiteral("Data.txt")) {
-        QFile f(dir.filePath(name));
-        return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : "<missing>";
+        return ReadFile(dir.filePath(name)).toStdString();
     }
     static std::string Block20(double first = 100) {
         std::string b = kHeader20;
@@ -45,20 +43,6 @@ struct RecordTest : FormFixture {
         return b + "END\r\n";
     }
 };
-
-TEST_F(RecordTest, AfterACollectionTheReadingsGoToTheFile) {
-    const int passes = Collect([&](int) { return form->SampleCount < 31; });
-    ASSERT_EQ(form->SampleCount, 31);
-    ASSERT_GT(passes, 0);
-    form->cmdStartRec->click();
-    const QList<QByteArray> lines = QByteArray::fromStdString(File()).split('\n');
-    ASSERT_EQ(lines.size(), 1 + 20 + 1 + 1);
-    EXPECT_TRUE(lines[0].endsWith(", Qty 20\r"));
-    EXPECT_EQ(lines[1], " 0," + NumberText(form->SampleValues[11]).toUtf8() + "\r");
-    EXPECT_EQ(lines[20], " 19," + NumberText(form->SampleValues[30]).toUtf8() + "\r");
-    EXPECT_EQ(lines[21], "END\r");
-    EXPECT_EQ(form->Label18->text(), " 21 Measurement set(s) written: 11/15/2009 2:30:00 PM");
-}
 
 TEST_F(RecordTest, TwentyReadingsMakeNineLinesAndAppendAddsBlocks) {
     form->txtInterval->setText(QStringLiteral("8"));

@@ -1,25 +1,20 @@
 // A seeded fault soak: the family form on the simulated board while the cable is pulled in the
 // middle of every kind of action and of collection runs in every measurement type, and while
 // replies time out, come late, get lost or are not acknowledged. After every fault the program
-// is recovered the way the user recovers it, and checked: no hang, the disconnect message
-// exactly once per pull, at most one "USB is not Connected" per click, no sample lost, nothing
-// on the wire but the action's own packets, and every read right once the board answers again.
+// is recovered the way the user recovers it, and checked: no hang (ctest's time-out ends one),
+// the disconnect message exactly once per pull, at most one "USB is not Connected" per click,
+// no sample lost, nothing on the wire but the action's own packets, and every read right once
+// the board answers again.
 //
 // LXM_SOAK_SEED in the environment replays another seed.
-#include <QLineEdit>
 #include <QPushButton>
-#include <QRadioButton>
 
-#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
 #include <random>
 #include <set>
 #include <string>
-#include <thread>
 
 #include "core/VbText.h"
 #include "device_form_fixture.h"
@@ -28,56 +23,18 @@
 namespace lxm::test {
 namespace {
 
-const QString kDisconnected =
-    QStringLiteral("Device has been disconnected, reconnect and re-initialize all registers");
-const QString kNotConnected = QStringLiteral("USB is not Connected");
 constexpr int kFaultsWanted = 600;
 
-// Aborts the test program when the soak stops making progress: a hang must fail, not stall CI.
-class Watchdog {
-public:
-    explicit Watchdog(std::chrono::seconds patience) : patience_(patience), thread_([this] { Watch(); }) {}
-    ~Watchdog() {
-        {
-            std::lock_guard lock(mu_);
-            done_ = true;
-        }
-        cv_.notify_one();
-        thread_.join();
-    }
-    void Beat(const std::string& what) {
-        std::lock_guard lock(mu_);
-        what_ = what;
-        ++beats_;
-    }
-
-private:
-    void Watch() {
-        std::unique_lock lock(mu_);
-        long seen = -1;
-        while (!done_) {
-            if (beats_ == seen) {
-                std::fprintf(stderr, "fault soak: no progress for %lld s in: %s\n",
-                             static_cast<long long>(patience_.count()), what_.c_str());
-                std::abort();
-            }
-            seen = beats_;
-            cv_.wait_for(lock, patience_, [this] { return done_; });
-        }
-    }
-
-    std::chrono::seconds patience_;
-    std::mutex mu_;
-    std::condition_variable cv_;
-    bool done_ = false;
-    long beats_ = 0;
-    std::string what_ = "start";
-    std::thread thread_;
-};
-
 enum class Action { Read, Write, ReadAll, MeasureType, Range, Resolution, DataRead, ProxIr, kCount };
-const char* const kActionNames[] = {"read",  "write",      "read all",  "measurement type",
-                                    "range", "resolution", "data read", "prox-IR"};
+// What each action may put on the wire: register reads, data reads, writes to these registers.
+const struct {
+    const char* name;
+    bool registerReads, dataReads;
+    std::set<int> writes;
+} kActions[] = {{"read", true, false, {}},       {"write", false, false, {4, 5, 6, 7, 8}},
+                {"read all", true, false, {}},   {"measurement type", false, false, {0, 1, 8}},
+                {"range", false, false, {0, 1}}, {"resolution", false, false, {0, 1}},
+                {"data read", false, true, {}},  {"prox-IR", false, true, {0}}};
 
 struct Soak : FormFixture {
     std::mt19937 rng;
@@ -87,7 +44,6 @@ struct Soak : FormFixture {
     int pullsInActions = 0;
     int pullsInRuns = 0;
     int measureType = 6;
-    Watchdog dog{std::chrono::seconds(15)};
 
     Soak() {
         if (const char* s = std::getenv("LXM_SOAK_SEED")) seed = std::uint32_t(std::strtoul(s, nullptr, 10));
@@ -133,76 +89,34 @@ struct Soak : FormFixture {
         }
     }
 
+    // In the order of Action.
     void Run(Action a) {
         const int reg = 4 + Pick(5);
-        switch (a) {
-            case Action::Read:
-                form->cmdRDReg[reg]->click();
-                break;
-            case Action::Write:
+        const std::function<void()> clicks[] = {
+            [&] { form->cmdRDReg[reg]->click(); },
+            [&] {
                 form->txtRegHex(reg)->setText(Hex2(Pick(256)));
                 form->cmdWrtReg[reg]->click();
-                break;
-            case Action::ReadAll:
-                form->cmdReadAllRegs->click();
-                break;
-            case Action::MeasureType:
-                form->OptMeasure.at(1 + Pick(7))->click();
-                break;
-            case Action::Range:
-                form->OptGain.at(Pick(4))->click();
-                break;
-            case Action::Resolution:
-                form->OptITime.at(Pick(4))->click();
-                break;
-            case Action::DataRead:
-                form->cmdRead_ADC->click();
-                break;
-            case Action::ProxIr:
-                form->cmdProx_IR->click();
-                break;
-            case Action::kCount:
-                break;
-        }
+            },
+            [&] { form->cmdReadAllRegs->click(); },
+            [&] { form->OptMeasure.at(1 + Pick(7))->click(); },
+            [&] { form->OptGain.at(Pick(4))->click(); },
+            [&] { form->OptITime.at(Pick(4))->click(); },
+            [&] { form->cmdRead_ADC->click(); },
+            [&] { form->cmdProx_IR->click(); },
+        };
+        static_assert(std::extent_v<decltype(clicks)> == std::size_t(Action::kCount));
+        clicks[int(a)]();
     }
     void ExpectOwnPackets(Action a, std::size_t mark) {
-        const std::string what = kActionNames[int(a)];
-        switch (a) {
-            case Action::Read:
-            case Action::ReadAll:
-                ExpectOnlyOwnPackets(mark, true, false, {}, what);
-                break;
-            case Action::Write:
-                ExpectOnlyOwnPackets(mark, false, false, {4, 5, 6, 7, 8}, what);
-                break;
-            case Action::MeasureType:
-                ExpectOnlyOwnPackets(mark, false, false, {0, 1, 8}, what);
-                break;
-            case Action::Range:
-            case Action::Resolution:
-                ExpectOnlyOwnPackets(mark, false, false, {0, 1}, what);
-                break;
-            case Action::DataRead:
-                ExpectOnlyOwnPackets(mark, false, true, {}, what);
-                break;
-            case Action::ProxIr:
-                ExpectOnlyOwnPackets(mark, false, true, {0}, what);
-                break;
-            case Action::kCount:
-                break;
-        }
+        const auto& k = kActions[int(a)];
+        ExpectOnlyOwnPackets(mark, k.registerReads, k.dataReads, k.writes, k.name);
     }
 
     // With the cable out, Start and a choice of measurement say so once each and do nothing.
     void ExpectNothingWithoutTheBoard(const std::string& what) {
         messages.clear();
-        int passes = 0;
-        form->onPass = [&] {
-            if (++passes >= 2) form->cmdStopData_Click();
-        };
-        form->cmdCollectData->click();
-        form->onPass = nullptr;
-        EXPECT_EQ(passes, 0) << Where(what) << ": Start ran without the board";
+        EXPECT_EQ(ClickStart(2), 0) << Where(what) << ": Start ran without the board";
         EXPECT_EQ(messages.texts, QStringList{kNotConnected}) << Where(what) << ": Start";
         messages.clear();
         form->OptMeasure.at(1 + Pick(7))->click();
@@ -212,11 +126,12 @@ struct Soak : FormFixture {
     // What the user does after a pull: plug the board back, "Init Table", "Open USB", and
     // write the registers again by choosing the measurement once more.
     void Recover() {
-        driver.Plug();
-        Pump();
-        session.usb().InitDriver();
-        session.usb().OpenDevice();
+        Replug();
         ASSERT_TRUE(session.UsbConnected) << Where("recovery");
+        RestoreChoices();
+    }
+    // The range, resolution and measurement the steady readings are compared in.
+    void RestoreChoices() {
         form->OptGain.at(0)->click();
         form->OptITime.at(1)->click();
         ChooseType(measureType);
@@ -250,8 +165,7 @@ struct Soak : FormFixture {
     // Pulls go round every kind of action and every measurement type in turn.
     void PullDuringAction() {
         const Action a = Action(pullsInActions++ % int(Action::kCount));
-        const std::string what = std::string("pull during ") + kActionNames[int(a)];
-        dog.Beat(Where(what));
+        const std::string what = std::string("pull during ") + kActions[int(a)].name;
         messages.clear();
         const std::size_t mark = wire().size();
         driver.UnplugAfterTransfers(1 + Pick(12));
@@ -287,7 +201,6 @@ struct Soak : FormFixture {
     void PullDuringCollection() {
         const int type = pullsInRuns++ % 8;
         const std::string what = "pull during collection, type " + std::to_string(type);
-        dog.Beat(Where(what));
         if (type != 0)
             ChooseType(type);
         else
@@ -317,20 +230,15 @@ struct Soak : FormFixture {
 
     // A time-out, a late or lost reply or a NACK on the next transfers.
     std::string InjectTransferFault() {
-        switch (Pick(4)) {
-            case 0:
-                driver.TimeOutNext(1 + Pick(3));
-                return "time-out";
-            case 1:
-                board.controller().DelayNextReply(1 + Pick(2));
-                return "late reply";
-            case 2:
-                board.controller().DropNextReplies(1);
-                return "lost reply";
-            default:
-                board.controller().NackNext(1 + Pick(2));
-                return "NACK";
-        }
+        const std::pair<const char*, std::function<void()>> kinds[] = {
+            {"time-out", [&] { driver.TimeOutNext(1 + Pick(3)); }},
+            {"late reply", [&] { board.controller().DelayNextReply(1 + Pick(2)); }},
+            {"lost reply", [&] { board.controller().DropNextReplies(1); }},
+            {"NACK", [&] { board.controller().NackNext(1 + Pick(2)); }},
+        };
+        const auto& [name, inject] = kinds[Pick(4)];
+        inject();
+        return name;
     }
     void ClearTransferFaults() {
         driver.TimeOutNext(0);
@@ -342,8 +250,7 @@ struct Soak : FormFixture {
     void TransferFaultsDuringActions() {
         const Action a = Action(Pick(int(Action::kCount)));
         const std::string kind = InjectTransferFault();
-        const std::string what = kind + " during " + kActionNames[int(a)];
-        dog.Beat(Where(what));
+        const std::string what = kind + " during " + kActions[int(a)].name;
         messages.clear();
         const std::size_t mark = wire().size();
         Run(a);
@@ -352,11 +259,7 @@ struct Soak : FormFixture {
         EXPECT_TRUE(messages.texts.isEmpty()) << Where(what) << ": a failed transfer is not a message";
         ClearTransferFaults();
         // Choices the action made are put back, so the steady readings stay comparable.
-        if (a == Action::MeasureType || a == Action::Range || a == Action::Resolution) {
-            form->OptGain.at(0)->click();
-            form->OptITime.at(1)->click();
-            ChooseType(measureType);
-        }
+        if (a == Action::MeasureType || a == Action::Range || a == Action::Resolution) RestoreChoices();
         ExpectReadsRight(what);
     }
 
@@ -365,7 +268,6 @@ struct Soak : FormFixture {
     // stop every read is right.
     void FaultBurstDuringReads() {
         const std::string what = "a burst of transfer faults during reads";
-        dog.Beat(Where(what));
         messages.clear();
         const std::size_t mark = wire().size();
         const int n = 3 + Pick(5);
@@ -387,7 +289,6 @@ struct Soak : FormFixture {
     void TransferFaultsDuringCollection() {
         const int type = 1 + Pick(7);
         const std::string what = "transfer faults during collection, type " + std::to_string(type);
-        dog.Beat(Where(what));
         ChooseType(type);
         messages.clear();
         const std::size_t mark = wire().size();
@@ -423,25 +324,10 @@ TEST_F(Soak, SeededFaultsNeverPutTheProgramOutOfStep) {
     form->OptITime.at(1)->click();
     ExpectReadsRight("no fault");
 
-    while (faults < kFaultsWanted && !HasFatalFailure()) {
-        switch (Pick(5)) {
-            case 0:
-                PullDuringAction();
-                break;
-            case 1:
-                PullDuringCollection();
-                break;
-            case 2:
-                TransferFaultsDuringActions();
-                break;
-            case 3:
-                FaultBurstDuringReads();
-                break;
-            default:
-                TransferFaultsDuringCollection();
-                break;
-        }
-    }
+    void (Soak::*const kinds[])() = {&Soak::PullDuringAction, &Soak::PullDuringCollection,
+                                     &Soak::TransferFaultsDuringActions, &Soak::FaultBurstDuringReads,
+                                     &Soak::TransferFaultsDuringCollection};
+    while (faults < kFaultsWanted && !HasFatalFailure()) (this->*kinds[Pick(5)])();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     std::printf("fault soak: seed %u, %d faults injected (%d cable pulls) in %.1f s\n", seed, faults, pulls,
                 seconds);

@@ -2,7 +2,6 @@
 // by headless_script_test.sh.
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <cstdio>
 #include <deque>
@@ -10,6 +9,7 @@
 #include "app/CommandLine.h"
 #include "app/HeadlessScript.h"
 #include "support/DeviceFixture.h"
+#include "support/Files.h"
 
 namespace lxm {
 namespace {
@@ -90,10 +90,7 @@ class Headless : public ::testing::Test, protected test::BoardFixture {
 protected:
     int Run(const QByteArray& script, int loops = 1) {
         const QString path = dir.filePath("s.txt");
-        QFile f(path);
-        EXPECT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write(script);
-        f.close();
+        EXPECT_TRUE(test::WriteFile(path, script));
         CommandLine cl;
         cl.script = path.toStdString();
         cl.loops = loops;
@@ -131,19 +128,6 @@ TEST_F(Headless, PausesAskOnTheTerminal) {
 
     terminal.lines = {};
     EXPECT_EQ(Run("`w\n04,,00\n"), 1) << "end of input cancels";
-}
-
-TEST_F(Headless, NoTerminalEndsThePauseWithAnErrorInsteadOfWaiting) {
-    terminal.interactive = false;
-    EXPECT_EQ(Run("04,5A\n`w\n04,,5A\n"), 2);
-    EXPECT_NE(err.find("line 2 is a key-press pause"), std::string::npos) << err;
-    EXPECT_NE(err.find("no terminal"), std::string::npos) << err;
-}
-
-TEST_F(Headless, LoopsAreAnnouncedOnTheErrorStream) {
-    EXPECT_EQ(Run("04,,00\n", 3), 0);
-    EXPECT_NE(err.find("Loop 3 of 3"), std::string::npos) << err;
-    EXPECT_NE(out.find("3 passed, 0 failed\n"), std::string::npos) << out;
 }
 
 }  // namespace

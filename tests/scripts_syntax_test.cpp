@@ -11,18 +11,10 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-struct CellCase {
-    const char* line;
-    const char* i2cAdr;
-    const char* regAdr;
-    const char* dataWr;
-    const char* dataRd;
-    const char* operation;
-    const char* comment;
-};
-
 TEST(ScriptLoad, EveryLineFormFillsTheGridCells) {
-    const CellCase cases[] = {
+    const struct {
+        const char *line, *i2cAdr, *regAdr, *dataWr, *dataRd, *operation, *comment;
+    } cases[] = {
         {"`A88", "88", "", "", "", "Cmd:Set I2C Adr", ""},
         {"`A8", "08", "", "", "", "Cmd:Set I2C Adr", ""},
         {"` A 9 a # blanks", "9A", "", "", "", "Cmd:Set I2C Adr", "# blanks"},
@@ -44,20 +36,13 @@ TEST(ScriptLoad, EveryLineFormFillsTheGridCells) {
         {"02", "", "02", "", "--", "1 Reg:", ""},
         {"02,,xx", "", "02", "", "XX", "1 Reg: R:1", ""},
     };
-    for (const CellCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
         const ScriptRow r = ParseLine(c.line, 7);
-        EXPECT_EQ(r.line, 7);
         EXPECT_EQ(r.raw, c.line);
-        EXPECT_EQ(r.i2cAdr, c.i2cAdr);
-        EXPECT_EQ(r.regAdr, c.regAdr);
-        EXPECT_EQ(r.dataWr, c.dataWr);
-        if (r.kind == RowKind::Register) {
-            EXPECT_EQ(r.dataRd, c.dataRd);
-        }
-        EXPECT_EQ(r.operation, c.operation);
-        EXPECT_EQ(r.comment, c.comment);
-        EXPECT_EQ(r.actRd, "");
+        // Line, address, register, write, read, actual read, operation, comment, decimal.
+        EXPECT_EQ(Cells(r), (std::vector<std::string>{"7", c.i2cAdr, c.regAdr, c.dataWr, c.dataRd, "",
+                                                      c.operation, c.comment, ""}));
     }
 }
 
@@ -129,7 +114,7 @@ TEST(ScriptLoad, FilesSplitIntoRowsWhateverTheirLineEnds) {
     }
 }
 
-TEST(ScriptLoad, BlankLinesAreRowsAndFlaggedOnce) {
+TEST(ScriptLoad, BlankLinesAreRowsAndFlaggedOnceAndEndFinishesTheScript) {
     const LoadResult r = LoadScript("02,1F\n\n   \n02,,1F\n");
     ASSERT_EQ(r.rows.size(), 4u);
     EXPECT_TRUE(r.blankLine);
@@ -137,12 +122,11 @@ TEST(ScriptLoad, BlankLinesAreRowsAndFlaggedOnce) {
     EXPECT_EQ(r.rows[1].operation, "NOP");
     EXPECT_EQ(r.rows[2].kind, RowKind::Blank);
     EXPECT_EQ(r.rows[3].line, 4);
-}
 
-TEST(ScriptLoad, EndFinishesTheScript) {
-    const LoadResult r = LoadScript("02,1F\n END \r\nthis is not read\n");
-    ASSERT_EQ(r.rows.size(), 1u);
-    EXPECT_EQ(r.errorRows, 0);
+    // END finishes the script.
+    const LoadResult ended = LoadScript("02,1F\n END \r\nthis is not read\n");
+    ASSERT_EQ(ended.rows.size(), 1u);
+    EXPECT_EQ(ended.errorRows, 0);
 }
 
 TEST(ScriptLoad, FilesThatAreNoScriptAreRefusedWhole) {
@@ -211,9 +195,6 @@ TEST(ScriptText, NumbersAndCsv) {
     EXPECT_EQ(LittleEndianDecimal({0xFF, 0xFF, 0xFF, 0xFF}), "4294967295");
     EXPECT_EQ(LittleEndianDecimal({}), "");
     EXPECT_EQ(HexSpaced({0, 0x88, 0x0A}), "00 88 0A");
-    EXPECT_EQ(CsvHeader(),
-              "\"Line\",\"I2C Adr\",\"Reg Adr\",\"Data_Wr\",\"Data_Rd\",\"Act_Rd\",\"Operation\",\"Comment\","
-              "\"AD Decimal\"\r\n");
     EXPECT_EQ(CsvRow({"a,b", "say \"hi\"", ""}), "\"a,b\",\"say \"\"hi\"\"\",\"\"\r\n");
 }
 

@@ -4,7 +4,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
-#include <QFile>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -13,12 +12,13 @@
 #include <QTest>
 #include <QToolButton>
 
+#include "core/MenuBar.h"
 #include "device/frmLXM410.h"
 #include "setup/SetupMenu.h"
 #include "setup/WriteSetupFile.h"
 #include "setup/frmBoardSetup.h"
 #include "support/DeviceFixture.h"
-#include "support/RecordingSeams.h"
+#include "support/Files.h"
 
 namespace lxm {
 namespace {
@@ -27,18 +27,6 @@ const QByteArray kHeader =
     "; LXM90X/3 Applications Board setup file\r\n"
     "; Note: semicolon denotes a comment.\r\n"
     "; type In-Out: i out_chan in_chan gain enable\r\n";
-
-QByteArray ReadAll(const QString& path) {
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly)) return "<missing>";
-    return f.readAll();
-}
-
-void WriteBytes(const QString& path, const QByteArray& bytes) {
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-}
 
 // A file dialog that remembers what it was asked and answers with a fixed name.
 class SaveDialog final : public FileDialogs {
@@ -93,7 +81,7 @@ TEST_F(SetupFile, TheFormsSettingsAreWrittenByteForByte) {
 
     const QString path = Path("board.lxm");
     EXPECT_EQ(WriteSetupFile(path, form), std::nullopt);
-    EXPECT_EQ(ReadAll(path), expected);
+    EXPECT_EQ(test::ReadFile(path), expected);
 }
 
 TEST_F(SetupFile, ChannelBoxesTakeOnlyChannelNumbersAndNeverStayEmpty) {
@@ -112,25 +100,20 @@ TEST_F(SetupFile, ChannelBoxesTakeOnlyChannelNumbersAndNeverStayEmpty) {
     form.tbOutenable[2]->click();
     EXPECT_EQ(form.tbOutenable[2]->text(), "On");
     EXPECT_EQ(WriteSetupFile(Path("b.lxm"), form), std::nullopt);
-    EXPECT_TRUE(ReadAll(Path("b.lxm")).contains("\r\ni 2 0 1 1\r\n"));
+    EXPECT_TRUE(test::ReadFile(Path("b.lxm")).contains("\r\ni 2 0 1 1\r\n"));
 }
 
 TEST_F(SetupFile, AllReleasedAndAnExistingLongerFileReplacedWhole) {
     const QString path = Path("old.lxm");
-    WriteBytes(path, QByteArray(20000, 'x'));
+    ASSERT_TRUE(test::WriteFile(path, QByteArray(20000, 'x')));
     for (int k = 0; k < kSetupChannels; ++k) form.tbOutenable[k]->setChecked(false);
     EXPECT_EQ(WriteSetupFile(path, form), std::nullopt);
-
-    const QByteArray bytes = ReadAll(path);
+    const QByteArray bytes = test::ReadFile(path);
     EXPECT_FALSE(bytes.contains('x'));
-    ASSERT_TRUE(bytes.endsWith("\r\n"));
-    const QList<QByteArray> lines = bytes.chopped(1).split('\n');
-    ASSERT_EQ(lines.size(), 3 + kSetupChannels + 10);
-    for (const QByteArray& l : lines) EXPECT_TRUE(l.endsWith('\r')) << l.toStdString();
-    // Numbered from 0, every enable released.
-    EXPECT_EQ(lines[3], "i 0 0 1 0\r");
-    EXPECT_EQ(lines[3 + kSetupChannels - 1], "i 31 31 1 0\r");
-    for (const char* off : {"p 0\r", "o 0\r", "e 0\r", "c 0\r"}) EXPECT_TRUE(lines.contains(off)) << off;
+    EXPECT_EQ(bytes.count("\r\n"), 3 + kSetupChannels + 10) << "every line ends in CR LF";
+    EXPECT_EQ(bytes.count('\n'), 3 + kSetupChannels + 10);
+    for (const char* off : {"\ni 0 0 1 0\r", "\ni 31 31 1 0\r", "\np 0\r", "\no 0\r", "\ne 0\r", "\nc 0\r"})
+        EXPECT_TRUE(bytes.contains(off)) << off;
 }
 
 TEST_F(SetupFile, AFormWithoutTheControlsGivesTheHeaderAlone) {
@@ -141,7 +124,7 @@ TEST_F(SetupFile, AFormWithoutTheControlsGivesTheHeaderAlone) {
     ASSERT_TRUE(error);
     EXPECT_EQ(error->kind, SetupFileError::Kind::MissingControl);
     EXPECT_EQ(error->detail, "txtIn4out(0)");
-    EXPECT_EQ(ReadAll(path), kHeader);
+    EXPECT_EQ(test::ReadFile(path), kHeader);
 
     // A control of the wrong kind under the right name is missing too, and writing stops at
     // the first one missing, after the lines before it.
@@ -149,7 +132,7 @@ TEST_F(SetupFile, AFormWithoutTheControlsGivesTheHeaderAlone) {
     const auto partial = WriteSetupFile(path, form);
     ASSERT_TRUE(partial);
     EXPECT_EQ(partial->detail, "tbClamp");
-    const QByteArray bytes = ReadAll(path);
+    const QByteArray bytes = test::ReadFile(path);
     EXPECT_TRUE(bytes.endsWith("e 0\r\n; type Clamp Enable: c enable\r\n")) << bytes.right(60).toStdString();
 }
 
@@ -164,7 +147,7 @@ TEST_F(SetupFile, SaveAsksWithTheFilterAndDefaultNameAndCancelDoesNothing) {
     dialog.answer = Path("saved.lxm");
     form.cmdSave->click();
     EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join('\n').toStdString();
-    EXPECT_TRUE(ReadAll(Path("saved.lxm")).endsWith("c 0\r\n"));
+    EXPECT_TRUE(test::ReadFile(Path("saved.lxm")).endsWith("c 0\r\n"));
 }
 
 TEST_F(SetupFile, AFileThatCannotBeCreatedIsReportedOnceWithPathAndReason) {
@@ -193,7 +176,7 @@ TEST_F(SetupFile, AFileThatCannotBeCreatedIsReportedOnceWithPathAndReason) {
     EXPECT_EQ(SaveSetup(bare, messages, dialog), Path("bare.lxm"));
     ASSERT_EQ(messages.texts.size(), 1);
     EXPECT_TRUE(messages.texts[0].contains("Applications Board Setup")) << messages.texts[0].toStdString();
-    EXPECT_EQ(ReadAll(Path("bare.lxm")), kHeader);
+    EXPECT_EQ(test::ReadFile(Path("bare.lxm")), kHeader);
 }
 
 // The family form's menu: the setup window, and a save that writes its settings whole.
@@ -208,10 +191,7 @@ TEST_F(DeviceFormSetup, TheMenuOpensOneSetupWindowAndSavesItsSettings) {
     form.Form_Load();
     form.show();
 
-    QMenu* menu = nullptr;
-    for (QAction* a : form.menuBar->actions())
-        if (a->text() == "Setup") menu = a->menu();
-    ASSERT_NE(menu, nullptr);
+    QMenu* menu = MenuNamed(*form.menuBar, "Setup");
     ASSERT_EQ(menu->actions().size(), 2);
     QAction* open = menu->actions()[0];
     QAction* save = menu->actions()[1];
@@ -229,7 +209,7 @@ TEST_F(DeviceFormSetup, TheMenuOpensOneSetupWindowAndSavesItsSettings) {
     files.answers.push_back(path);
     save->trigger();
     EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join('\n').toStdString();
-    const QByteArray bytes = ReadAll(path);
+    const QByteArray bytes = test::ReadFile(path);
     EXPECT_EQ(bytes.count('\n'), 3 + kSetupChannels + 10);
     EXPECT_TRUE(bytes.contains("\r\no 1\r\n"));
 }

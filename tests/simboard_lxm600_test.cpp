@@ -22,19 +22,23 @@ constexpr std::uint8_t kAlsFlag = 0x08, kProxFlag = 0x80;
 
 constexpr std::int64_t kAlsUs = Lxm600Sensor::kAlsConversionMicros;
 
+// Command out, then an IN of the length the host asks for.
+Bytes Read(BoardController& ctl, std::uint8_t reg, std::uint8_t count, std::size_t askLen) {
+    const Bytes cmd{count, kRd, reg};
+    ctl.BulkOut(0x02, cmd.data(), cmd.size());
+    Bytes buf(askLen, 0xEE);
+    std::size_t actual = 0;
+    return ctl.BulkIn(0x82, buf.data(), askLen, &actual) == kUsbOk ? buf : Bytes{};
+}
+
 class Lxm600Test : public ::testing::Test {
 protected:
     void Write(std::uint8_t reg, Bytes data) {
         data.insert(data.begin(), {0, kWr, reg});
         ASSERT_EQ(ctl().BulkOut(0x02, data.data(), data.size()), kUsbOk);
     }
-    // Command out, then an IN of the length the host asks for.
     Bytes Read(std::uint8_t reg, std::uint8_t count, std::size_t askLen) {
-        const Bytes cmd{count, kRd, reg};
-        ctl().BulkOut(0x02, cmd.data(), cmd.size());
-        Bytes buf(askLen, 0xEE);
-        std::size_t actual = 0;
-        return ctl().BulkIn(0x82, buf.data(), askLen, &actual) == kUsbOk ? buf : Bytes{};
+        return sim::Read(ctl(), reg, count, askLen);
     }
     std::uint8_t Reg(std::uint8_t reg) { return Read(reg, 1, 6).at(1); }
     int Als() { return Reg(9) | (Reg(10) << 8); }
@@ -297,14 +301,7 @@ TEST(SimBoardChip, TypeNamesChooseTheChipAndASwapStartsFromPowerOn) {
     test::FakeClock clock;
     SimBoard board{clock};
     EXPECT_EQ(board.chip(), Chip::Family);
-    auto readReg0 = [&board] {
-        const Bytes cmd{1, kRd, 0};
-        board.controller().BulkOut(0x02, cmd.data(), cmd.size());
-        Bytes buf(6, 0);
-        std::size_t actual = 0;
-        board.controller().BulkIn(0x82, buf.data(), buf.size(), &actual);
-        return buf[1];
-    };
+    auto readReg0 = [&board] { return Read(board.controller(), 0, 1, 6).at(1); };
     EXPECT_EQ(readReg0(), 0x00);
 
     board.lxm600().Write(11, 0x5A);

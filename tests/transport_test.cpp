@@ -8,23 +8,23 @@
 #include "support/DeviceFixture.h"
 #include "support/TestForm.h"
 #include "transport/USB_Comm.h"
-#include "transport/generic_usb_lib.h"
 
 namespace lxm {
 namespace {
 
 using test::BoardFixture;
+using test::kDisconnected;
+using test::kNotConnected;
 using test::TestForm;
 using USB_Comm::HexValue;
 
 constexpr int kBlack = 0, kGreen = 2, kLightGreen = 10, kLightRed = 12;
-const QString kDisconnected = "Device has been disconnected, reconnect and re-initialize all registers";
 
 std::vector<std::uint8_t> Bytes(std::initializer_list<int> v) {
     return {v.begin(), v.end()};
 }
 
-TEST(HexValue, ReadsLeadingHexDigitsLikeTheEntryBoxesNeed) {
+TEST(HexValue, ReadsLeadingHexDigitsLikeTheEntryBoxesNeedUpTo32Bits) {
     EXPECT_EQ(HexValue("88"), 136);
     EXPECT_EQ(HexValue(""), 0);
     EXPECT_EQ(HexValue("a"), 10);
@@ -38,9 +38,7 @@ TEST(HexValue, ReadsLeadingHexDigitsLikeTheEntryBoxesNeed) {
     // ...while five or more are a long.
     EXPECT_EQ(HexValue("10000"), 65536);
     EXPECT_EQ(HexValue("FFFFFFFF"), -1);
-}
-
-TEST(HexValue, AValueBeyond32BitsIsTooLargeHoweverItIsWritten) {
+    // A value beyond 32 bits is too large however it is written.
     EXPECT_EQ(HexValue("123456789"), USB_Comm::kHexTooLarge);
     EXPECT_EQ(HexValue("1FFFFFFFF"), USB_Comm::kHexTooLarge);
     EXPECT_EQ(HexValue(QString(40, QLatin1Char('F'))), USB_Comm::kHexTooLarge);
@@ -78,9 +76,7 @@ TEST_F(Transport, BoardPresentAtStartAttachesDuringInitAndLightsTheLamps) {
 }
 
 TEST_F(Transport, NoBoardLeavesInfoRedAndALaterPlugArrivesWhileTheOpenStepYields) {
-    driver.Unplug();
-    Pump();
-    messages.clear();
+    Unplug();
     session.usb().InitDriver();
     EXPECT_FALSE(session.UsbConnected);
     session.usb().OpenDevice();
@@ -105,7 +101,7 @@ TEST_F(Transport, RefusedInterfaceKeepsTheBoardAway) {
     EXPECT_TRUE(form.attach.hasFillIndex(kLightRed));
 }
 
-TEST_F(Transport, ReadRegisterSendsTheReadPacketAndAsksForSixBytes) {
+TEST_F(Transport, ReadRegisterAsksForSixBytesAndWriteRegisterSendsFour) {
     OpenSession();
     board.sensor().Write(8, 0x0A);
     form.hex[8]->setText("0A");
@@ -133,14 +129,12 @@ TEST_F(Transport, ReadRegisterSendsTheReadPacketAndAsksForSixBytes) {
     form.hex[8]->setText("A");  // plain text comparison: "0A" and "A" differ
     comm().ReadRegister(8);
     EXPECT_TRUE(form.indRd[8]->hasFillIndex(kLightRed));
-}
 
-TEST_F(Transport, WriteRegisterSendsFourBytesAndKeepsTheMirror) {
-    OpenSession();
+    // A write sends four bytes and keeps the mirror.
     form.hex[4]->setText("5A");
     wire().clear();
     comm().WriteRegister(4);
-    auto log = Packets();
+    log = Packets();
     ASSERT_EQ(log.size(), 1u) << "a write is never read back";
     EXPECT_EQ(log[0].endpoint, 0x02);
     EXPECT_EQ(log[0].bytes, Bytes({0, 0x88, 4, 0x5A}));
@@ -170,14 +164,14 @@ TEST_F(Transport, NotConnectedShowsFailAndTheMessageAndSendsNothing) {
     session.Collecting = true;
     form.testComm.setChecked(true);
     comm().ReadRegister(0);
-    EXPECT_EQ(messages.texts, QStringList{"USB is not Connected"});
+    EXPECT_EQ(messages.texts, QStringList{kNotConnected});
     EXPECT_EQ(form.commTest.text(), "Fail");
     EXPECT_EQ(form.commTest.BackColor(), 255);
     EXPECT_EQ(form.commTest.ForeColor(), 0xFFFFFF);
     EXPECT_FALSE(form.testComm.isChecked());
     EXPECT_FALSE(session.Collecting);
     comm().WriteRegister(0);
-    EXPECT_EQ(messages.count("USB is not Connected"), 2);
+    EXPECT_EQ(messages.count(kNotConnected), 2);
     EXPECT_TRUE(wire().empty());
 }
 
@@ -211,7 +205,7 @@ TEST_F(Transport, UnplugShowsTheMessageOnceAndReplugWithInitTableRecovers) {
     EXPECT_TRUE(form.transfer.hasFillIndex(kBlack));
 
     comm().ReadRegister(0);
-    EXPECT_EQ(messages.count("USB is not Connected"), 1);
+    EXPECT_EQ(messages.count(kNotConnected), 1);
 
     driver.Plug();
     Pump();
@@ -226,14 +220,6 @@ TEST_F(Transport, UnplugShowsTheMessageOnceAndReplugWithInitTableRecovers) {
     driver.Unplug();
     Pump();
     EXPECT_EQ(messages.count(kDisconnected), 2) << "once per detach";
-}
-
-TEST_F(Transport, AnAbsentChipReadsZeroWithStatusZero) {
-    OpenSession();
-    session.I2cReadAddr = 0x8B;
-    comm().ReadRegister(1);
-    EXPECT_EQ(session.ReadStatusByte, 0);
-    EXPECT_EQ(form.rd[1]->text(), "00");
 }
 
 TEST_F(Transport, TimeOutShowsRedAndALateReplyDoesNotShiftLaterReadings) {
@@ -264,43 +250,31 @@ struct InStep : Transport {
     }
 };
 
-TEST_F(InStep, ALateReplyWhoseDrainAlsoTimesOutIsStillPaidBeforeTheNextRead) {
-    board.controller().DelayNextReply(1);
-    EXPECT_EQ(Read(4), "00");
-    driver.TimeOutNext(1);  // the drain before the next command
-    EXPECT_EQ(Read(5), "22");
-    EXPECT_EQ(Read(6), "33");
-    EXPECT_EQ(Read(4), "11");
-}
-
-TEST_F(InStep, ADroppedReplyIsGivenUpAndTheReadsAfterItAreTheirOwn) {
-    board.controller().DropNextReplies(1);
-    EXPECT_EQ(Read(4), "00");
-    EXPECT_EQ(Read(5), "22");
-    EXPECT_EQ(Read(6), "33");
-    EXPECT_EQ(Read(4), "11");
-}
-
-TEST_F(InStep, AReplyGivenUpTooEarlyIsFoundByTheProbeAfterTheNextReply) {
-    // Late, and then every drain read times out: the reply is given up while the board still
-    // holds it. The read after that must not show it.
-    board.controller().DelayNextReply(1);
-    EXPECT_EQ(Read(4), "00");
-    driver.TimeOutNext(3);
-    EXPECT_EQ(Read(5), "22");
-    EXPECT_EQ(Read(6), "33");
-    EXPECT_EQ(Read(4), "11");
-}
-
-TEST_F(InStep, ACommandThatNeverLeftAsksForNoReply) {
-    board.controller().DelayNextReply(1);
-    EXPECT_EQ(Read(4), "00");
-    // Three drains come back empty, so the late reply is given up; then the command of this
-    // read fails on its way out, and its IN could only find the late reply.
-    driver.TimeOutNext(3 + 1);
-    EXPECT_EQ(Read(5), "00");
-    EXPECT_EQ(Read(6), "33");
-    EXPECT_EQ(Read(4), "11");
+// A late reply (its drain timing out once, or every drain giving up on it before it comes), a
+// dropped reply, and a command that never left after the late one was given up: each read after
+// the fault shows its own register, and the one whose command failed shows nothing.
+TEST_F(InStep, EachKindOfLostReplyLeavesTheReadsAfterItTheirOwn) {
+    const struct {
+        const char* what;
+        bool late;
+        int timeOutsAfter;
+        const char* secondRead;
+    } cases[] = {{"late, its drain timing out", true, 1, "22"},
+                 {"dropped", false, 0, "22"},
+                 {"late, given up too early", true, 3, "22"},
+                 {"late, given up, the next command failing", true, 3 + 1, "00"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        if (c.late)
+            board.controller().DelayNextReply(1);
+        else
+            board.controller().DropNextReplies(1);
+        EXPECT_EQ(Read(4), "00");
+        driver.TimeOutNext(c.timeOutsAfter);
+        EXPECT_EQ(Read(5), c.secondRead);
+        EXPECT_EQ(Read(6), "33");
+        EXPECT_EQ(Read(4), "11");
+    }
 }
 
 // Any mix of late, dropped and timed-out replies and NACKs for a while; once the board answers
@@ -310,23 +284,15 @@ TEST_F(InStep, AnyMixOfFaultsLeavesTheReadsInStepOnceTheBoardAnswersAgain) {
         SCOPED_TRACE(seed);
         std::mt19937 rng(seed);
         auto pick = [&](int n) { return int(rng() % std::uint32_t(n)); };
+        // Two of the six choices inject nothing.
+        const std::function<void()> faults[] = {[&] { board.controller().DelayNextReply(1 + pick(2)); },
+                                                [&] { board.controller().DropNextReplies(1); },
+                                                [&] { driver.TimeOutNext(1 + pick(3)); },
+                                                [&] { board.controller().NackNext(1); },
+                                                [] {},
+                                                [] {}};
         for (int step = 0; step < 30; ++step) {
-            switch (pick(6)) {
-                case 0:
-                    board.controller().DelayNextReply(1 + pick(2));
-                    break;
-                case 1:
-                    board.controller().DropNextReplies(1);
-                    break;
-                case 2:
-                    driver.TimeOutNext(1 + pick(3));
-                    break;
-                case 3:
-                    board.controller().NackNext(1);
-                    break;
-                default:
-                    break;
-            }
+            faults[pick(6)]();
             const int r = 4 + pick(3);
             const QString shown = Read(r);
             if (session.TransferOK && session.ReadStatusByte == 1) {
@@ -344,8 +310,13 @@ TEST_F(InStep, AnyMixOfFaultsLeavesTheReadsInStepOnceTheBoardAnswersAgain) {
     }
 }
 
-TEST_F(Transport, DriverTimeOutOnTheWayOutShowsOnTheAttachLamp) {
+TEST_F(Transport, AnAbsentChipOrATimeOutOnTheWayOutReadsZeroWithStatusZero) {
     OpenSession();
+    session.I2cReadAddr = 0x8B;
+    comm().ReadRegister(1);
+    EXPECT_EQ(session.ReadStatusByte, 0);
+    EXPECT_EQ(form.rd[1]->text(), "00");
+    session.I2cReadAddr = 0x89;
     driver.TimeOutNext(1);
     comm().ReadRegister(0);
     EXPECT_TRUE(form.attach.hasFillIndex(kLightRed));

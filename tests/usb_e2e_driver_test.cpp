@@ -58,21 +58,28 @@ protected:
         return driver->Transfer(dev, 2, UsbDir::Out, packet.data(), std::uint32_t(packet.size()), &done,
                                 timeoutMs);
     }
-    std::uint32_t Receive(DeviceHandle dev, std::vector<std::uint8_t>& reply, std::uint32_t len,
-                          std::uint32_t timeoutMs = 100) {
+    // The bytes land in reply.
+    std::uint32_t Receive(DeviceHandle dev, std::uint32_t len, std::uint32_t timeoutMs = 100) {
         reply.assign(len, 0xEE);
         std::uint32_t done = 0;
         return driver->Transfer(dev, 130, UsbDir::In, reply.data(), len, &done, timeoutMs);
     }
     // One register read as the program makes it: command on pipe 2, six bytes back on 0x82.
-    std::uint32_t ReadRegister(DeviceHandle dev, std::uint8_t reg, std::vector<std::uint8_t>& reply) {
+    std::uint32_t ReadRegister(DeviceHandle dev, std::uint8_t reg) {
         const std::uint32_t st = Send(dev, {1, 0x89, reg});
-        return st != kUsbOk ? st : Receive(dev, reply, 6);
+        return st != kUsbOk ? st : Receive(dev, 6);
+    }
+    // The board that is there when the driver starts, attached by the registration.
+    DeviceHandle Attached() {
+        Start(true);
+        Register();
+        return LastAttached();
     }
 
     EmulatedBoard bus;  // before libusb comes up, gone after it
     std::unique_ptr<LibusbDriver> driver;
     std::vector<Notice> notices;
+    std::vector<std::uint8_t> reply;  // of the last IN
 };
 
 TEST_F(DriverOnEmulatedBus, BoardPresentAttachesInsideInitAndAnswers) {
@@ -88,8 +95,7 @@ TEST_F(DriverOnEmulatedBus, BoardPresentAttachesInsideInitAndAnswers) {
     EXPECT_EQ(a.info.deviceAddress, 2);
 
     ASSERT_EQ(Send(a.dev, {0, 0x88, 4, 0x5A}), kUsbOk);
-    std::vector<std::uint8_t> reply;
-    ASSERT_EQ(ReadRegister(a.dev, 4, reply), kUsbOk);
+    ASSERT_EQ(ReadRegister(a.dev, 4), kUsbOk);
     EXPECT_EQ(reply, (std::vector<std::uint8_t>{1, 0x5A, 0, 0, 0, 0}));
     // Pipe numbers name the direction: an IN on an OUT pipe never reaches the bus.
     std::uint32_t done = 0;
@@ -97,7 +103,7 @@ TEST_F(DriverOnEmulatedBus, BoardPresentAttachesInsideInitAndAnswers) {
     EXPECT_EQ(driver->Transfer(a.dev, 300, UsbDir::In, reply.data(), 6, &done, 100), kUsbInvalidArg);
     // The host asking for fewer bytes than the board sends is libusb's overflow.
     ASSERT_EQ(Send(a.dev, {4, 0x89, 4}), kUsbOk);
-    EXPECT_EQ(Receive(a.dev, reply, 2), kUsbOverflow);
+    EXPECT_EQ(Receive(a.dev, 2), kUsbOverflow);
 }
 
 TEST_F(DriverOnEmulatedBus, ArrivalAndDepartureComeWhileYieldingAndAHandleDiesWithItsBoard) {
@@ -116,8 +122,7 @@ TEST_F(DriverOnEmulatedBus, ArrivalAndDepartureComeWhileYieldingAndAHandleDiesWi
     ASSERT_TRUE(YieldUntil([&] { return Count(false) == 1; }));
     EXPECT_EQ(notices.back().dev, first);
     EXPECT_EQ(driver->openHandles(), 0);
-    std::vector<std::uint8_t> reply;
-    EXPECT_EQ(ReadRegister(first, 0, reply), kUsbNoDevice);
+    EXPECT_EQ(ReadRegister(first, 0), kUsbNoDevice);
     const UsbDeviceInfo* again = nullptr;
     EXPECT_EQ(driver->GetDeviceInfo(first, &again), kUsbNoDevice);
     // The block handed out before stays the program's until it puts it back.
@@ -128,7 +133,7 @@ TEST_F(DriverOnEmulatedBus, ArrivalAndDepartureComeWhileYieldingAndAHandleDiesWi
     bus.Plug();
     ASSERT_TRUE(YieldUntil([&] { return Count(true) == 2; }));
     EXPECT_NE(LastAttached(), first);
-    EXPECT_EQ(ReadRegister(LastAttached(), 0, reply), kUsbOk);
+    EXPECT_EQ(ReadRegister(LastAttached(), 0), kUsbOk);
     YieldUntil([] { return false; }, 50);
     EXPECT_EQ(Count(false), 1) << "one departure, one detach";
 }
@@ -140,12 +145,11 @@ TEST_F(DriverOnEmulatedBus, UninitEndsNotificationsButNotTheBoardHandedOut) {
     ASSERT_EQ(driver->Uninit(reg), kUsbOk);
     EXPECT_EQ(driver->Uninit(reg), kUsbInvalidArg);
 
-    std::vector<std::uint8_t> reply;
-    EXPECT_EQ(ReadRegister(dev, 1, reply), kUsbOk);
+    EXPECT_EQ(ReadRegister(dev, 1), kUsbOk);
     bus.Unplug();
     YieldUntil([] { return false; }, 100);
     EXPECT_EQ(Count(false), 0);
-    EXPECT_EQ(ReadRegister(dev, 1, reply), kUsbNoDevice);
+    EXPECT_EQ(ReadRegister(dev, 1), kUsbNoDevice);
     bus.Plug();
     YieldUntil([] { return false; }, 100);
     EXPECT_EQ(Count(true), 1) << "no registration, no attach";
@@ -161,8 +165,7 @@ TEST_F(DriverOnEmulatedBus, ASecondRegistrationGetsTheSameOpenBoard) {
     EXPECT_EQ(driver->openHandles(), 1);
     driver->Uninit(first);
 
-    std::vector<std::uint8_t> reply;
-    EXPECT_EQ(ReadRegister(notices[1].dev, 0, reply), kUsbOk);
+    EXPECT_EQ(ReadRegister(notices[1].dev, 0), kUsbOk);
     bus.Unplug();
     ASSERT_TRUE(YieldUntil([&] { return Count(false) == 1; }));
     YieldUntil([] { return false; }, 50);
@@ -175,55 +178,45 @@ TEST_F(DriverOnEmulatedBus, ARefusedBoardIsClosedAgain) {
     Register(false);
     ASSERT_EQ(Count(true), 1);
     EXPECT_EQ(driver->openHandles(), 0);
-    std::vector<std::uint8_t> reply;
-    EXPECT_EQ(ReadRegister(notices[0].dev, 0, reply), kUsbNoDevice);
+    EXPECT_EQ(ReadRegister(notices[0].dev, 0), kUsbNoDevice);
 }
 
 TEST_F(DriverOnEmulatedBus, ASilentBoardTimesOutAndALateReplyGoesToTheNextIn) {
-    Start(true);
-    Register();
-    const DeviceHandle dev = LastAttached();
-    std::vector<std::uint8_t> reply;
+    const DeviceHandle dev = Attached();
 
     bus.WithBoard([](sim::SimBoard& b) { b.controller().DropNextReplies(1); });
     auto t0 = SteadyTime::now();
-    EXPECT_EQ(ReadRegister(dev, 0, reply), kUsbTimeout);
+    EXPECT_EQ(ReadRegister(dev, 0), kUsbTimeout);
     const double waited = MillisSince(t0);
     EXPECT_GE(waited, 90.0);
     EXPECT_LT(waited, 900.0) << "the caller's time-out, not the usual 1000 ms";
-    EXPECT_EQ(ReadRegister(dev, 4, reply), kUsbOk) << "the handle outlives a time-out";
+    EXPECT_EQ(ReadRegister(dev, 4), kUsbOk) << "the handle outlives a time-out";
 
     Send(dev, {0, 0x88, 5, 0x33});
     bus.WithBoard([](sim::SimBoard& b) { b.controller().DelayNextReply(1); });
     ASSERT_EQ(Send(dev, {1, 0x89, 5}), kUsbOk);
-    EXPECT_EQ(Receive(dev, reply, 6), kUsbTimeout);
-    ASSERT_EQ(Receive(dev, reply, 6), kUsbOk);
+    EXPECT_EQ(Receive(dev, 6), kUsbTimeout);
+    ASSERT_EQ(Receive(dev, 6), kUsbOk);
     EXPECT_EQ(reply[1], 0x33);
 }
 
 TEST_F(DriverOnEmulatedBus, UnplugWithAnInOnTheBusFailsItAtOnce) {
-    Start(true);
-    Register();
-    const DeviceHandle dev = LastAttached();
+    const DeviceHandle dev = Attached();
     bus.UnplugDuringUrb(2);
-    std::vector<std::uint8_t> reply;
     const auto t0 = SteadyTime::now();
     ASSERT_EQ(Send(dev, {1, 0x89, 0}, 2000), kUsbOk);
-    EXPECT_EQ(Receive(dev, reply, 6, 2000), kUsbNoDevice);
+    EXPECT_EQ(Receive(dev, 6, 2000), kUsbNoDevice);
     EXPECT_LT(MillisSince(t0), 1000.0) << "not left to the time-out";
     EXPECT_EQ(Send(dev, {1, 0x89, 0}), kUsbNoDevice);
     ASSERT_TRUE(YieldUntil([&] { return Count(false) == 1; }));
 }
 
 TEST_F(DriverOnEmulatedBus, PipeResetsSucceedOnAPresentBoardAndDeviceResetKeepsTheHandle) {
-    Start(true);
-    Register();
-    const DeviceHandle dev = LastAttached();
+    const DeviceHandle dev = Attached();
     for (std::uint32_t pipe : {1u, 2u, 3u, 129u, 130u})
         EXPECT_EQ(driver->ResetPipe(dev, pipe), kUsbOk) << pipe;
     EXPECT_EQ(driver->ResetDevice(dev, 0), kUsbOk);
-    std::vector<std::uint8_t> reply;
-    EXPECT_EQ(ReadRegister(dev, 0, reply), kUsbOk);
+    EXPECT_EQ(ReadRegister(dev, 0), kUsbOk);
 
     bus.Unplug();
     ASSERT_TRUE(YieldUntil([&] { return Count(false) == 1; }));
@@ -258,8 +251,7 @@ TEST_F(DriverOnEmulatedBus, EnumerationAtIntervalsStandsInForHotplug) {
     ASSERT_TRUE(YieldUntil([&] { return Count(false) == 1; }));
     bus.Plug();
     ASSERT_TRUE(YieldUntil([&] { return Count(true) == 2; }));
-    std::vector<std::uint8_t> reply;
-    EXPECT_EQ(ReadRegister(LastAttached(), 0, reply), kUsbOk);
+    EXPECT_EQ(ReadRegister(LastAttached(), 0), kUsbOk);
 }
 
 }  // namespace

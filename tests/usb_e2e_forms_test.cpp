@@ -1,24 +1,12 @@
 // The whole program above the driver — start-up window, type selection, the family form and its
 // collection loop — on the real libusb backend with the emulated board on an emulated USB bus.
-#include <gtest/gtest.h>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 
-#include <memory>
-
-#include "app/frmStartup.h"
 #include "core/ColorLabel.h"
 #include "core/Shape.h"
-#include "device/frmLXM410.h"
-#include "support/FakeClock.h"
-#include "support/RecordingSeams.h"
-#include "transport/Session.h"
-#include "transport/USB_Comm.h"
-#include "transport/generic_usb_lib.h"
-#include "transport/libusb/LibusbDriver.h"
-#include "usb_e2e/EmulatedBoard.h"
 #include "usb_e2e/ProgramFixture.h"
 #include "usb_e2e/Yielding.h"
 

@@ -27,9 +27,6 @@ using SteadyTime = std::chrono::steady_clock;
 constexpr int kOff = 0;
 constexpr int kOk = 10;
 constexpr int kFail = 12;
-const QString kDisconnected =
-    QStringLiteral("Device has been disconnected, reconnect and re-initialize all registers");
-const QString kNotConnected = QStringLiteral("USB is not Connected");
 
 class SessionOnEmulatedBus : public ::testing::Test {
 protected:
@@ -48,6 +45,12 @@ protected:
     void StartUp() {
         usb().InitDriver();
         usb().OpenDevice();
+    }
+    // The board there, opened at start-up and held open for the session.
+    void Open() {
+        Start(true);
+        StartUp();
+        session->SessionOpen = true;
     }
     // Plug the board back in and do what the user does then: "Init Table", then open.
     void ReplugAndReinitialise() {
@@ -85,19 +88,6 @@ protected:
     std::unique_ptr<Session> session;
 };
 
-TEST_F(SessionOnEmulatedBus, StartUpWithTheBoardPresentAttachesDuringInitialisation) {
-    Start(true);
-    usb().InitDriver();
-    EXPECT_TRUE(session->DriverInitOK);
-    EXPECT_TRUE(session->UsbConnected) << "attached before the wait";
-    usb().OpenDevice();
-    EXPECT_TRUE(session->DeviceOpen);
-    EXPECT_TRUE(form.init.hasFillIndex(kOk));
-    EXPECT_TRUE(form.attach.hasFillIndex(kOk));
-    EXPECT_TRUE(form.info.hasFillIndex(kOk));
-    EXPECT_TRUE(messages.texts.isEmpty());
-}
-
 TEST_F(SessionOnEmulatedBus, ABoardPluggedInAfterInitialisationAttachesWhileTheOpenStepYields) {
     Start(false);
     usb().InitDriver();
@@ -114,9 +104,7 @@ TEST_F(SessionOnEmulatedBus, ABoardPluggedInAfterInitialisationAttachesWhileTheO
 }
 
 TEST_F(SessionOnEmulatedBus, RegisterWriteAndReadBackTravelAsTheBoardsPackets) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
+    Open();
     Write(5, "A7");
     EXPECT_EQ(Chip(5), 0xA7);
     EXPECT_EQ(Read(5), "A7");
@@ -124,35 +112,13 @@ TEST_F(SessionOnEmulatedBus, RegisterWriteAndReadBackTravelAsTheBoardsPackets) {
     EXPECT_TRUE(form.transfer.hasFillIndex(kOk));
     EXPECT_FALSE(form.indRd[5]->hasFillIndex(kFail));
 
-    const auto wire = Wire();
-    ASSERT_EQ(wire.size(), 3u);
-    EXPECT_EQ(wire[0].endpoint, 0x02);
-    EXPECT_EQ(wire[0].bytes, (std::vector<std::uint8_t>{0, 0x88, 5, 0xA7}));
-    EXPECT_EQ(wire[1].bytes, (std::vector<std::uint8_t>{1, 0x89, 5}));
-    EXPECT_EQ(wire[2].endpoint, 0x82);
-    EXPECT_EQ(wire[2].bytes, (std::vector<std::uint8_t>{1, 0xA7, 0, 0, 0, 0}));
-}
-
-TEST_F(SessionOnEmulatedBus, ReadingAllNineRegistersShowsWhatTheChipHolds) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
-    Write(1, "0C");  // 4-bit resolution: conversions of a few tens of microseconds
-    Write(4, "11");
-    Write(5, "22");
-    Write(6, "33");
-    Write(7, "44");
-    Write(0, "20");  // one ALS conversion
-    bus.AdvanceBoardMs(5);
-    for (int r = 0; r < 9; ++r) Read(r);
-    for (int r = 0; r < 9; ++r) EXPECT_EQ(form.rd[r]->text(), Hex2(Chip(r))) << "register " << r;
-    EXPECT_NE(form.rd[2]->text(), "00") << "the conversion left a count";
+    // The packets' bytes are the transfer layer's, checked on the simulated driver; here the
+    // three transfers and nothing more (no drain or probe) on libusb.
+    EXPECT_EQ(Wire().size(), 3u);
 }
 
 TEST_F(SessionOnEmulatedBus, APortLineWriteSendsFourBytesAndShowsTheTwentyFiveByteReadBack) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
+    Open();
     session->GpioImage = {0x60, 0x30, 0x40, 0x10};
     frmGPIO& gpio = session->GpioForm();
     session->activeForm = &gpio;
@@ -164,43 +130,15 @@ TEST_F(SessionOnEmulatedBus, APortLineWriteSendsFourBytesAndShowsTheTwentyFiveBy
         EXPECT_EQ(b.controller().portBLevels(), 0x40);
         EXPECT_EQ(b.controller().portCLevels(), 0x10);
     });
-    const auto wire = Wire();
-    ASSERT_EQ(wire.size(), 2u);
-    EXPECT_EQ(wire[0].endpoint, 0x01);
-    EXPECT_EQ(wire[0].bytes, (std::vector<std::uint8_t>{0x40, 0x10, 0x60, 0x30}));
-    EXPECT_EQ(wire[1].endpoint, 0x81);
-    EXPECT_EQ(wire[1].bytes.size(), 25u);
-    EXPECT_EQ(gpio.txtPCHex[1]->text(), "60");
-    EXPECT_EQ(gpio.txtPCHex[3]->text(), "30");
-    EXPECT_EQ(gpio.txtPCHexData[3]->text(), "10");
-    // PB7 is left an input: it reads the sensor's idle (high) interrupt line, not the level sent.
-    EXPECT_EQ(gpio.txtPCHexData[1]->text(), "C0");
-    EXPECT_TRUE(gpio.shpGpioWr[4]->hasFillIndex(kFail));
-    for (int i : {2, 3, 5}) EXPECT_TRUE(gpio.shpGpioWr[i]->hasFillIndex(kOk)) << i;
-}
-
-TEST_F(SessionOnEmulatedBus, ASilentBoardTurnsTheLampRedAndTheProgramGoesOn) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
-    Write(4, "5A");
-    bus.WithBoard([](sim::SimBoard& b) { b.controller().DropNextReplies(1); });
-    EXPECT_EQ(Read(4), "00");
-    EXPECT_EQ(session->ReadStatusByte, 0);
-    EXPECT_EQ(session->LastStatus, kUsbTimeout);
-    EXPECT_TRUE(form.transfer.hasFillIndex(kFail));
-    EXPECT_TRUE(messages.texts.isEmpty());
-
-    EXPECT_EQ(Read(4), "5A");
-    EXPECT_TRUE(form.transfer.hasFillIndex(kOk));
+    EXPECT_EQ(Wire().size(), 2u);
+    // What the window makes of the read-back is the simulated board's port-line test's.
+    EXPECT_EQ(gpio.txtPCHex[3]->text() + gpio.txtPCHexData[1]->text(), "30C0");
 }
 
 // The reply to a timed-out read arrives late and would be taken for the answer to the next read,
 // and so on down the line; the stale reply is drained before the next command goes out.
 TEST_F(SessionOnEmulatedBus, ALateReplyDoesNotShiftTheReadingsAfterIt) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
+    Open();
     Write(4, "11");
     Write(5, "22");
     Write(6, "33");
@@ -213,9 +151,7 @@ TEST_F(SessionOnEmulatedBus, ALateReplyDoesNotShiftTheReadingsAfterIt) {
 }
 
 TEST_F(SessionOnEmulatedBus, UnplugDuringARegisterReadIsReportedOnceAndReinitialisationRecovers) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
+    Open();
     comm().timeoutMs = 1000;
     Write(4, "5A");
     bus.UnplugDuringUrb(2);  // the reply's IN is on the bus when the cable goes
@@ -242,9 +178,7 @@ TEST_F(SessionOnEmulatedBus, UnplugDuringARegisterReadIsReportedOnceAndReinitial
 }
 
 TEST_F(SessionOnEmulatedBus, UnplugDuringASequenceOfReadsNeitherHangsNorRepeatsTheMessage) {
-    Start(true);
-    StartUp();
-    session->SessionOpen = true;
+    Open();
     comm().timeoutMs = 1000;
     bus.UnplugDuringUrb(6);  // the third read's reply
     const auto t0 = SteadyTime::now();
@@ -279,31 +213,9 @@ TEST_F(SessionOnEmulatedBus, AfterCloseARegisterAccessReopensTheBoardWithoutANew
     bus.Unplug();
     YieldUntil([] { return false; }, 100);
     EXPECT_EQ(messages.count(kDisconnected), 0) << "nobody registered to hear it";
-    bus.Plug();
-    ASSERT_TRUE(WaitForLibusb(driver->context()));
-    StartUp();
+    ReplugAndReinitialise();
     EXPECT_EQ(Read(4), "00");
     EXPECT_TRUE(form.transfer.hasFillIndex(kOk));
-}
-
-TEST_F(SessionOnEmulatedBus, ShutdownReleasesOnlyWhatAPresentBoardLetsItReset) {
-    Start(true);
-    StartUp();
-    ASSERT_NE(usb().deviceInfoPtr, nullptr);
-    usb().ShutdownUsb();
-    EXPECT_EQ(usb().driverHandle, 0u);
-    EXPECT_EQ(usb().deviceInfoPtr, nullptr);
-    EXPECT_EQ(driver->infosOutstanding(), 0);
-}
-
-TEST_F(SessionOnEmulatedBus, ShutdownWithoutABoardReleasesNothing) {
-    Start(false);
-    StartUp();
-    EXPECT_TRUE(form.info.hasFillIndex(kFail));
-    const DriverHandle reg = usb().driverHandle;
-    ASSERT_GT(reg, 0u);
-    usb().ShutdownUsb();
-    EXPECT_EQ(usb().driverHandle, reg);
 }
 
 TEST_F(SessionOnEmulatedBus, NoPermissionOnTheBoardsNodeNamesTheUdevRuleOnce) {

@@ -10,6 +10,8 @@
 #include "core/ServedWait.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
+#include "device/parts/MaxMinFrame.h"
+#include "device/parts/PaintPacer.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
 #include "transport/generic_usb_lib.h"
@@ -23,6 +25,7 @@ constexpr std::int64_t kMs = 1000;
 // before the deadline, so the transfers of the pass overlap the last milliseconds of the wait.
 constexpr std::int64_t kReleaseMarginUs = 4 * kMs;
 constexpr std::int64_t kSleepMarginUs = 3 * kMs;
+constexpr std::int64_t kFrameUs = PaintPacer::kFrameMs * kMs;
 
 void SetTextIfChanged(QLineEdit* box, const QString& text) {
     if (box->text() != text) box->setText(text);
@@ -105,6 +108,10 @@ void PacedCollection::Start() {
     s_.Collecting = s_.UsbConnected;
     window_ = c_.graph->window();
     c_.txtTime1->show();
+    loopMs_ = loopCount_ = -1;
+    showPending_ = false;
+    // The first pass shows at once.
+    shownUs_ = s_.clock.Micros() - kFrameUs;
     st_.PassStartUs = s_.clock.Micros();
     st_.DeadlineUs = st_.PassStartUs + std::int64_t(st_.IntervalMs) * kMs;
     if (!s_.SessionOpen) s_.usb().OpenDevice();
@@ -185,14 +192,16 @@ void PacedCollection::Pass() {
     if (s_.Collecting) {
         const std::int64_t now = s_.clock.Micros();
         st_.DeadlineUs = now + std::int64_t(st_.IntervalMs) * kMs;
-        if (st_.Displayed)
-            SetTextIfChanged(c_.txtTime1, Trim(double((now - st_.PassStartUs + kMs / 2) / kMs)));
+        if (st_.Displayed) loopMs_ = (now - st_.PassStartUs + kMs / 2) / kMs;
         hooks.plotRows();
         if (st_.SampleCount < CollectionState::kSampleLast) ++st_.SampleCount;
         if (st_.SampleCount > 10 && st_.Displayed) DrawStep();
     }
 
-    if (st_.Displayed) hooks.showReading();
+    if (st_.Displayed) {
+        showPending_ = true;
+        if (s_.clock.Micros() - shownUs_ >= kFrameUs) ShowValues();
+    }
     if (!(st_.PeakSample >= st_.LatestReading)) st_.PeakSample = st_.LatestReading;
 
     st_.PassStartUs = s_.clock.Micros();
@@ -202,7 +211,7 @@ void PacedCollection::Pass() {
 }
 
 void PacedCollection::DrawStep() {
-    c_.lblLoop_Count->setText(Trim(st_.SampleCount - 10));
+    loopCount_ = st_.SampleCount - 10;
     if (drawTrace2) {
         plot_.TraceColour = QColor(0, 0, 255);
         ModWaveform_ALS::ScrollTrace2(*c_.graph, plot_, plot_.TraceStart);
@@ -221,7 +230,20 @@ void PacedCollection::DrawStep() {
     }
 }
 
+void PacedCollection::ShowValues() {
+    showPending_ = false;
+    shownUs_ = s_.clock.Micros();
+    if (loopMs_ >= 0) SetTextIfChanged(c_.txtTime1, Trim(double(loopMs_)));
+    if (loopCount_ >= 0) {
+        const QString count = Trim(loopCount_);
+        if (c_.lblLoop_Count->text() != count) c_.lblLoop_Count->setText(count);
+    }
+    hooks.showReading();
+    if (c_.maxMin) c_.maxMin->ShowTexts(st_);
+}
+
 void PacedCollection::End() {
+    if (showPending_ && window_->isVisible()) ShowValues();
     s_.Collecting = false;
     // A run stopped at the start of a pass still holds the transport.
     s_.TransferBusy = false;

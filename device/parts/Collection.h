@@ -17,6 +17,7 @@ class QWidget;
 
 namespace lxm {
 
+class MaxMinFrame;
 class PictureBox;
 class Session;
 
@@ -67,6 +68,7 @@ public:
         QLabel* lblLoop_Count;
         PictureBox* graph;
         int panelRows;  // register rows the form can show; deferred reads beyond go bare
+        MaxMinFrame* maxMin;  // none: the form shows no extremes
     };
     struct Hooks {
         std::function<void()> start;         // the form's own start steps, before the run begins
@@ -76,8 +78,10 @@ public:
         std::function<void()> afterRefresh;  // after deferred register transfers were served
         // Takes the sample of the pass; false when the run ended inside it and the pass stops.
         std::function<bool()> sample;
-        std::function<void()> plotRows;     // the newest point's rows, once per drawn pass
-        std::function<void()> showReading;  // the live value, every pass
+        std::function<void()> plotRows;  // the newest point's rows, once per drawn pass
+        // The live values of the latest pass into their boxes: at most once a display frame,
+        // and once more when the run ends, so the boxes end on the last pass.
+        std::function<void()> showReading;
         std::function<void()> end;          // the form's own end steps
         // "Log every sample": the file to log to (empty: no log), what its header records,
         // and the sample of the pass as it goes to the file.
@@ -108,6 +112,7 @@ private:
     void PaceToDeadline();
     void RefreshRegisters();
     void DrawStep();
+    void ShowValues();
     void End();
     void OpenLog();
 
@@ -121,6 +126,13 @@ private:
     QMetaObject::Connection intervalWatch_;
     int depth_ = 0;
     bool restartPending_ = false;
+    // What the boxes are to show, kept every pass and shown once a display frame: a box set
+    // on every pass lays its text out again each time, although at interval 0 only one pass
+    // in several is ever painted.
+    std::int64_t loopMs_ = -1;     // none yet this run
+    std::int32_t loopCount_ = -1;  // none yet this run
+    bool showPending_ = false;
+    std::int64_t shownUs_ = 0;
     SampleLog log_;
 };
 

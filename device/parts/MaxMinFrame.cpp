@@ -39,6 +39,9 @@ MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(QStringLiteral("Max / Min"
     cmdClearHist = new QPushButton(QStringLiteral("Clear"), this);
     mg->addWidget(Label37, 3, 0, 1, 3);
     mg->addWidget(cmdClearHist, 3, 3, 1, 2);
+    // The boxes change while a run goes on; each repaints alone, not the frame behind it.
+    for (const auto& [i, box] : txtADMax) MakeLiveValue(box);
+    for (const auto& [i, box] : txtStats) MakeLiveValue(box);
 }
 
 std::array<QString, 3> StatsTexts(const RunningStats& stats) {
@@ -49,32 +52,30 @@ std::array<QString, 3> StatsTexts(const RunningStats& stats) {
     return t;
 }
 
-void MaxMinFrame::ShowStats(const RunningStats& stats) {
-    const auto texts = StatsTexts(stats);
-    for (int i = 0; i < 3; ++i)
-        if (txtStats.at(i)->text() != texts[std::size_t(i)]) txtStats.at(i)->setText(texts[std::size_t(i)]);
-}
-
 void MaxMinFrame::Update(CollectionState& st, const QString& rawText, std::uint8_t low, std::uint8_t high) {
     st.maxMinPanel.Update(Val(rawText), rawText, low, high);
-    Show(st);
+    Keep(st);
 }
 
 void MaxMinFrame::UpdateCount(CollectionState& st, std::int32_t count, std::uint8_t low, std::uint8_t high) {
     st.maxMinPanel.UpdateCount(count, low, high);
-    Show(st);
+    Keep(st);
 }
 
-void MaxMinFrame::Show(CollectionState& st) {
+void MaxMinFrame::Keep(CollectionState& st) {
     st.CountMax = st.maxMinPanel.countMax();
     st.CountMin = st.maxMinPanel.countMin();
     st.MaxMinCounter = st.maxMinPanel.counter();
     st.stats.Add(st.LatestReading);
-    if (!st.Displayed) return;
+}
+
+void MaxMinFrame::ShowTexts(const CollectionState& st) {
     const auto& texts = st.maxMinPanel.texts();
     for (int i = 0; i < kPanelTexts; ++i)
         if (txtADMax.at(i)->text() != texts[i]) txtADMax.at(i)->setText(texts[i]);
-    ShowStats(st.stats);
+    const auto stats = StatsTexts(st.stats);
+    for (int i = 0; i < 3; ++i)
+        if (txtStats.at(i)->text() != stats[std::size_t(i)]) txtStats.at(i)->setText(stats[std::size_t(i)]);
 }
 
 void MaxMinFrame::Clear(CollectionState& st) {

@@ -33,18 +33,19 @@ public:
     QPushButton* cmdClearHist = nullptr;
 
     // One pass: the raw count text of the pass and the data bytes it came from; the reading of
-    // the pass (st.LatestReading) goes to the statistics.
+    // the pass (st.LatestReading) goes to the statistics. The boxes follow with ShowTexts.
     void Update(CollectionState& st, const QString& rawText, std::uint8_t low, std::uint8_t high);
     // The same for a pass that read a whole count.
     void UpdateCount(CollectionState& st, std::int32_t count, std::uint8_t low, std::uint8_t high);
+    // The extremes, snapshot and statistics as they stand into the boxes that changed.
+    void ShowTexts(const CollectionState& st);
     // "Clear": forgets the extremes and the statistics; the pass counter keeps running.
     void Clear(CollectionState& st);
-    void ShowStats(const RunningStats& stats);
     // Empties the boxes (a new run).
     void Empty();
 
 private:
-    void Show(CollectionState& st);
+    void Keep(CollectionState& st);
 };
 
 }  // namespace lxm

@@ -176,8 +176,12 @@ void StripChart::DrawTrace() {
     ModWaveform_ALS::PlotDots(*Picture1, plot_.TracePixels);
 }
 
-void StripChart::SetSwatch(int red) {
+void StripChart::SetSwatch(int red, bool showNow) {
     wantedRed_ = red;
+    if (showNow) ShowSwatch();
+}
+
+void StripChart::ShowSwatch() {
     // A palette change goes round every child and sends events; a chart nobody sees (a
     // collection without a window) takes its colour when it is shown.
     if (isVisible()) ApplySwatch();

@@ -56,8 +56,10 @@ public:
     void RestoreScreen(QPushButton* start, QPushButton* stop);
     // The test staircase.
     void DrawTrace();
-    // The swatch's red level, -1 for "below one count".
-    void SetSwatch(int red);
+    // The swatch's red level, -1 for "below one count". A collection pass keeps it for
+    // ShowSwatch, which it calls at most once a display frame.
+    void SetSwatch(int red, bool showNow = true);
+    void ShowSwatch();
 
 protected:
     void showEvent(QShowEvent* event) override;

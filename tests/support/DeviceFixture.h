@@ -41,6 +41,20 @@ struct BoardFixture {
         session.I2cReadAddr = 0x89;
     }
 
+    // The cable out, the program told, and its message put aside.
+    void Unplug() {
+        driver.Unplug();
+        Pump();
+        messages.clear();
+    }
+    // What the user does after a pull: the cable back, "Init Table", "Open USB".
+    void Replug() {
+        driver.Plug();
+        Pump();
+        session.usb().InitDriver();
+        session.usb().OpenDevice();
+    }
+
     static void Pump(int times = 3) {
         for (int i = 0; i < times; ++i) QCoreApplication::processEvents();
     }

@@ -10,6 +10,11 @@
 
 namespace lxm::test {
 
+// The two texts a missing board shows: when it goes, and at a click while it is gone.
+inline const QString kDisconnected =
+    QStringLiteral("Device has been disconnected, reconnect and re-initialize all registers");
+inline const QString kNotConnected = QStringLiteral("USB is not Connected");
+
 // Records every message the program shows; answers questions from a queue (Yes by default).
 class RecordingMessages final : public Messages {
 public:

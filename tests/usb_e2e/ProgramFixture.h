@@ -19,8 +19,6 @@
 namespace lxm::test::usb {
 
 inline constexpr int kOk = 10;
-inline const QString kDisconnected =
-    QStringLiteral("Device has been disconnected, reconnect and re-initialize all registers");
 
 // The whole program on the real libusb path: the emulated board plugged in, the start-up
 // window loaded (the driver initialised and the board opened), no type chosen yet.
