@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFontMetrics>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -21,6 +22,7 @@
 #include "viewer/ViewerMenu.h"
 #include "device/frmLXM410.h"
 #include "device/frmLXM600.h"
+#include "device/parts/FormMenus.h"
 #include "device/parts/RegisterPanel.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
@@ -46,6 +48,11 @@ frmStartup::frmStartup(Session& session, QString commandLine, QWidget* parent)
     : QWidget(parent), s_(session), commandLine_(std::move(commandLine)) {
     setWindowTitle(QStringLiteral("Velmarin ALS / Proximity Evaluation Software"));
     BuildLayout();
+    // Wide enough for the window manager to show the whole title, in its usually bold type,
+    // beside its icon and three buttons.
+    QFont title = font();
+    title.setBold(true);
+    setMinimumWidth(QFontMetrics(title).horizontalAdvance(windowTitle()) + kTitleBarExtras);
     s_.startupLamps = this;
 }
 
@@ -64,6 +71,8 @@ void frmStartup::BuildLayout() {
     mnuLXM600->setToolTip(QStringLiteral("The multi-function ALS / IR and proximity sensor"));
     mnuAbout = menuBar->addAction(QStringLiteral("About"));
     AddOpenRunMenu(*menuBar, *this, s_.messages, s_.files);
+    helpMenu = new HelpMenu(s_, *menuBar);
+    helpMenu->SetAppLinks({}, [this] { mnuSystemInfo_Click(); });
     root->setMenuBar(menuBar);
 
     auto* sel = new QGroupBox(this);
@@ -233,6 +242,9 @@ void frmStartup::ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& 
         form = std::make_unique<Form>(s_);
         form->onClosed = [this] { ExitProgram(); };
         form->boardMenu->SetSteps(Steps());
+        // The start-up window is hidden from now on: its About and report go with the form.
+        form->formMenus->SetAppLinks(
+            {[this] { mnuAbout_Click(); }, [this] { mnuSystemInfo_Click(); }, showSimulatedBoard});
         form->Form_Load();
     }
     AddressEntry(*form)->setText(QStringLiteral("88"));
@@ -260,6 +272,11 @@ void frmStartup::mnuAbout_Click() {
     about_->show();
     about_->raise();
     about_->activateWindow();
+}
+
+void frmStartup::mnuSystemInfo_Click() {
+    if (!about_) about_ = std::make_unique<frmAbout2>(this);
+    about_->cmdSysInfo_Click();
 }
 
 void frmStartup::Form_QueryUnload() {

@@ -21,6 +21,7 @@ class frmLXM410;
 struct BoardSteps;
 class frmLXM600;
 class frmAbout2;
+class HelpMenu;
 
 // The start-up window: initialises the driver, waits for the board, shows the four USB
 // lamps and lets the user pick the sensor type.
@@ -42,6 +43,8 @@ public:
     void Command2_Click();  // "Close USB"
     void Command3_Click();  // "Init Table"
     void mnuAbout_Click();
+    // The about box's system report, without the about box.
+    void mnuSystemInfo_Click();
     // Its three board steps, for the Board menu of the device forms.
     BoardSteps Steps();
     void Form_QueryUnload();
@@ -54,6 +57,8 @@ public:
     frmAbout2* AboutForm() { return about_.get(); }
     // Told the selected type before its form loads (the simulated board fits its chip).
     std::function<void(const std::string&)> onTypeSelected;
+    // Brings back the simulated board's window; empty on a real board.
+    std::function<void()> showSimulatedBoard;
     // Where ExitProgram ends the program; the application quits by default.
     std::function<void()> onExit;
 
@@ -70,6 +75,8 @@ public:
     QLabel* Label2[2] = {nullptr, nullptr};
     QMenuBar* menuBar = nullptr;
     QAction* mnuAbout = nullptr;
+    // The documents and the system report; "About" stands in the bar itself.
+    HelpMenu* helpMenu = nullptr;
     QAction* mnuLXM600 = nullptr;
     Shape* Shp_USB_Init_ = nullptr;
     Shape* Shp_USB_Info_ = nullptr;
@@ -77,6 +84,8 @@ public:
     QLabel* lblNoBoard = nullptr;
     void ShowBoardHint();
     static constexpr int kHintRefreshMs = 500;
+    // What a title bar holds besides the title: icon, buttons and margins.
+    static constexpr int kTitleBarExtras = 140;
 
 protected:
     void changeEvent(QEvent* e) override;

@@ -153,6 +153,7 @@ int main(int argc, char** argv) {
         startup.onTypeSelected = [panel = simPanel.get()](const std::string& type) {
             panel->CarryForType(type);
         };
+    if (simPanel) startup.showSimulatedBoard = [panel = simPanel.get()] { panel->Reopen(); };
     startup.show();
     if (simPanel) {
         // A first guess beside the start-up window; the panel corrects it once the window

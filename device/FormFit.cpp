@@ -1,6 +1,8 @@
 #include "FormFit.h"
 
 #include <QEvent>
+
+#include "core/OnScreen.h"
 #include <QGroupBox>
 #include <QLayout>
 #include <QPointer>
@@ -27,7 +29,7 @@ void FitWindow(QWidget& window) {
     }
     const QRect room = screen->availableGeometry();
     const QSize frame = window.isVisible() ? window.frameGeometry().size() - window.size() : QSize(0, 0);
-    want = want.boundedTo(room.size() - frame).expandedTo(window.minimumSizeHint());
+    want = FittedSize(want, window.minimumSizeHint(), room.size(), frame);
     window.resize(want);
     if (!window.isVisible()) return;
     // The window manager frames the new size in its own time; look where the window is then.
@@ -40,11 +42,8 @@ void FitWindow(QWidget& window) {
 void KeepOnScreen(QWidget& window) {
     const QScreen* screen = window.screen();
     if (!screen || window.isMaximized() || window.isFullScreen()) return;
-    const QRect room = screen->availableGeometry();
     const QRect outer = window.frameGeometry();
-    QPoint corner = outer.topLeft();
-    corner.setX(std::max(room.left(), std::min(corner.x(), room.right() + 1 - outer.width())));
-    corner.setY(std::max(room.top(), std::min(corner.y(), room.bottom() + 1 - outer.height())));
+    const QPoint corner = OnScreenCorner(outer, screen->availableGeometry());
     if (corner != outer.topLeft()) window.move(corner);
 }
 

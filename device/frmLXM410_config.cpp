@@ -15,6 +15,36 @@
 
 namespace lxm {
 
+using Kind = BitField::Kind;
+const BitField frmLXM410::kOperation{0, 0xE0, Kind::Index};
+const BitField frmLXM410::kExtTime{0, 0x10, Kind::Member, 1};
+const BitField frmLXM410::kMeasMode{0, 0x08, Kind::Member, 1};
+const BitField frmLXM410::kIntFlag{0, 0x04, Kind::Check};
+const BitField frmLXM410::kINTP{0, 0x03, Kind::Index};
+const BitField frmLXM410::kIRMode{1, 0x80, Kind::Member, 1};
+const BitField frmLXM410::kMFreq{1, 0x40, Kind::Member, 3};
+const BitField frmLXM410::kPSrc{1, 0x30, Kind::Index};  // the highest code is the strongest drive
+const BitField frmLXM410::kITime{1, 0x0C, Kind::Index};
+const BitField frmLXM410::kGain{1, 0x03, Kind::Index};
+
+std::vector<RegisterName> frmLXM410::RegisterNames() {
+    // A register no control sets: a byte as a whole.
+    const auto Plain = [](const char* name, const char* shortName) {
+        return RegisterName{QLatin1String(name), QLatin1String(shortName), {}};
+    };
+    return {{QStringLiteral("Command I"), QStringLiteral("Cmd I"),
+             {{"operation", kOperation}, {"timing", kExtTime}, {"ADC / timer", kMeasMode},
+              {"interrupt flag", kIntFlag}, {"persistence", kINTP}}},
+            {QStringLiteral("Command II"), QStringLiteral("Cmd II"),
+             {{"scheme", kIRMode}, {"modulation", kMFreq}, {"IR drive", kPSrc}, {"resolution", kITime},
+              {"range", kGain}}},
+            // The data and the thresholds, low byte first; the last row no control uses.
+            Plain("Data LSB", "Data L"), Plain("Data MSB", "Data H"),
+            Plain("Low threshold LSB", "Low L"), Plain("Low threshold MSB", "Low H"),
+            Plain("High threshold LSB", "High L"), Plain("High threshold MSB", "High H"),
+            Plain("Not used by the form", "")};
+}
+
 namespace {
 
 struct Resolution {
@@ -38,7 +68,7 @@ constexpr Resolution kResolutions[4] = {
 
 void frmLXM410::OptGain_Click(int Index) {
     static constexpr int kKLux[4] = {1, 4, 16, 64};
-    SetField(s_.RegWriteMirror[1], 0x03, std::uint8_t(Index));
+    SetField(s_.RegWriteMirror, kGain, kGain.Value(Index, false));
     RangeKLux = kKLux[Index];
     GainIndex = Index;
     RangeIndex = Index;
@@ -62,7 +92,7 @@ void frmLXM410::OptGain_Click(int Index) {
 void frmLXM410::OptITime_Click(int Index) {
     SampleDelayMs = 100;
     const Resolution& r = kResolutions[Index];
-    SetField(s_.RegWriteMirror[1], 0x0C, std::uint8_t(Index << 2));
+    SetField(s_.RegWriteMirror, kITime, kITime.Value(Index, false));
     AdcBits = r.bits;
     lblIlimitsformat.at(1)->setText(QString::fromLatin1(r.caption));
     AdcHalfScale = r.halfScale;
@@ -114,7 +144,7 @@ void frmLXM410::OptIRMode_Click(int Index) {
         for (int k = 1; k <= 10; ++k) plot.ScaleLabels2[k] = Trim(k * step);
     };
     if (Index == 0) {
-        SetField(s_.RegWriteMirror[1], 0x80, 0);
+        SetField(s_.RegWriteMirror, kIRMode, 0);
         ProxScheme = 0;
         chart_->txtScale->setText(Trim(FullScaleCounts));
         chart_->txtScale2->setText(Trim(FullScaleCounts));
@@ -126,7 +156,7 @@ void frmLXM410::OptIRMode_Click(int Index) {
         lblIlimitsformat.at(0)->setText(QStringLiteral("Single Polarity"));
         SinglePolarity = true;
     } else {
-        SetField(s_.RegWriteMirror[1], 0x80, 0x80);
+        SetField(s_.RegWriteMirror, kIRMode, kIRMode.mask);
         ProxScheme = 1;
         SinglePolarity = false;
         chart_->txtScale->setText(Trim(FullScaleCounts / 2));
@@ -145,7 +175,7 @@ void frmLXM410::OptIRMode_Click(int Index) {
 
 void frmLXM410::OptMeasMode_Click(int Index) {
     if (Index == 0) {
-        SetField(s_.RegWriteMirror[0], 0x08, 0);
+        SetField(s_.RegWriteMirror, kMeasMode, 0);
         AdcModeSelected = true;
         if (!s_.Collecting) {
             MeasModeAdc = true;
@@ -153,7 +183,7 @@ void frmLXM410::OptMeasMode_Click(int Index) {
             cmdCollectData->setEnabled(true);
         }
     } else {
-        SetField(s_.RegWriteMirror[0], 0x08, 0x08);
+        SetField(s_.RegWriteMirror, kMeasMode, kMeasMode.mask);
         AdcModeSelected = false;
         if (auto it = OptMeasMode.find(1); it != OptMeasMode.end()) it->second->setEnabled(true);
         if (!s_.Collecting) {
@@ -169,14 +199,14 @@ void frmLXM410::OptMeasMode_Click(int Index) {
 
 void frmLXM410::OptExtTime_Click(int Index) {
     if (Index == 0) {
-        SetField(s_.RegWriteMirror[0], 0x10, 0);
+        SetField(s_.RegWriteMirror, kExtTime, 0);
         ExternalTiming = false;
         if (auto it = OptMeasMode.find(1); it != OptMeasMode.end()) it->second->setEnabled(false);
         OptMeasMode.at(0)->setChecked(true);
         OptMeasMode_Click(0);
         AdcModeSelected = true;
     } else {
-        SetField(s_.RegWriteMirror[0], 0x10, 0x10);
+        SetField(s_.RegWriteMirror, kExtTime, kExtTime.mask);
         AdcModeSelected = false;
         if (auto it = OptMeasMode.find(1); it != OptMeasMode.end()) it->second->setEnabled(true);
         ExternalTiming = true;
@@ -191,7 +221,7 @@ void frmLXM410::OptExtTime_Click(int Index) {
 }
 
 void frmLXM410::optINTP_Click(int Index) {
-    SetField(s_.RegWriteMirror[0], 0x03, std::uint8_t(Index));
+    SetField(s_.RegWriteMirror, kINTP, kINTP.Value(Index, false));
     DriveIndex = Index;
     DoEvents();
     ShowRegister(0);
@@ -201,7 +231,7 @@ void frmLXM410::optINTP_Click(int Index) {
 
 void frmLXM410::OptPSrc_Click(int Index) {
     // 100 mA is the highest code, 12.5 mA the lowest.
-    SetField(s_.RegWriteMirror[1], 0x30, std::uint8_t((3 - Index) << 4));
+    SetField(s_.RegWriteMirror, kPSrc, kPSrc.Value(3 - Index, false));
     DriveIndex = Index;
     DoEvents();
     ShowRegister(1);
@@ -210,7 +240,7 @@ void frmLXM410::OptPSrc_Click(int Index) {
 }
 
 void frmLXM410::OptMFreq_Click(int Index) {
-    SetField(s_.RegWriteMirror[1], 0x40, Index == 3 ? 0x40 : 0);
+    SetField(s_.RegWriteMirror, kMFreq, kMFreq.Value(Index, Index == kMFreq.member));
     DoEvents();
     ShowRegister(1);
     cmdWrtReg_Click(1);

@@ -21,7 +21,9 @@
 #include "device/BoardMenu.h"
 #include "device/FormFit.h"
 #include "device/frmLXM410.h"
+#include "device/parts/Doco.h"
 #include "device/parts/FormLayout.h"
+#include "device/parts/FormMenus.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RecordFrame.h"
 #include "device/parts/RegisterPanel.h"
@@ -54,7 +56,7 @@ void frmLXM410::BuildLayout() {
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
     mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));
-    AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
+    SetupMenu* setup = AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
     AddOpenRunMenu(*menuBar, *this, s_.messages, s_.files);
     // The data registers 2 and 3 are read-only; the command register goes last, once the
     // chip is configured again.
@@ -140,6 +142,22 @@ void frmLXM410::BuildLayout() {
     KeepRoomWhenHidden({FrmProxExternal, Frame9, Frame10, FrmMeasureDetails, fraINT, Frame11, Label36,
                         txtADCRaw, Label6, txtTime1, lblRange, cmdStopData, cmdProx_IR, LblCommTest()});
 
+    DeviceFiles files{frmDataRecord, [this] { cmdStartRec_Click(); }, {}, chart_, setup};
+    files.more = {{QStringLiteral("Trace File..."),
+                   [this] {
+                       mnuDoco_Click();
+                       DocoForm()->frmDataRecord->cmdBrowse_Click();
+                   },
+                   QStringLiteral("Chooses the file the I2C trace text is saved to")},
+                  {QStringLiteral("Save Trace"),
+                   [this] {
+                       mnuDoco_Click();
+                       DocoForm()->cmdStartRec_Click();
+                   },
+                   QStringLiteral("Saves the text of \"I2C Trace Options\" to its file")}};
+    formMenus = new FormMenus(s_, *menuBar,
+                              {DeviceFileItems(files), [this] { return CompactView; }, [this] { Label13_DblClick(); }});
+
     // The dual-mode panels show only while that measurement is selected.
     FrmProxExternal->hide();
     Frame9->hide();
@@ -156,6 +174,10 @@ void frmLXM410::BuildConfigColumn(QVBoxLayout* col2) {
     auto* ig = MakeOptionArray(frItime, OptITime, {{0, "16"}, {1, "12"}, {2, "8 "}, {3, "4"}}, 4);
     Label25 = new QLabel(QStringLiteral("N-bit A/D Converter"), frItime);
     Label4 = new QLabel(QStringLiteral("Integration Time"), frItime);
+    // Not the sensor's conversion time, whatever the caption says.
+    Label4->setToolTip(QStringLiteral(
+        "The time between the samples of a run, in milliseconds; the resolution above sets the "
+        "sensor's own conversion time"));
     txtInterval = MakeBox(frItime, QString(), 56);
     txtInterval->setToolTip(QStringLiteral("Operator Selected time between Measurement Triggers."));
     txtInterval->installEventFilter(this);
@@ -258,6 +280,12 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     auto* tg = new QHBoxLayout(Frame3);
     Label9 = new QLabel(QStringLiteral("Integration Time"), Frame3);
     txtSampling_Delay = MakeBox(Frame3, QString(), 56);
+    // One tip for the three captions the operation gives the box.
+    for (QWidget* w : std::initializer_list<QWidget*>{Label9, txtSampling_Delay})
+        w->setToolTip(QStringLiteral(
+            "A one-shot measurement waits this many milliseconds between its command and the "
+            "reading (\"Delay Command to Sample\"); a continuous one shows here the time between "
+            "samples (\"Delay Between Samples\"), set in the box beside \"Integration Time\""));
     tg->addWidget(Label9, 1);
     tg->addWidget(txtSampling_Delay);
     col3->addWidget(Frame3);
@@ -411,7 +439,8 @@ void frmLXM410::WireHandlers() {
     panel_->onLostFocus = [this](int i) { txtRegHex_LostFocus(i); };
     auto& rules = panel_->rules();
     rules.activityRows = {2, 3};
-    rules.flagLamps = {{0, 0x04, ShpIntFlag}};
+    rules.flagLamps = {{kIntFlag.reg, kIntFlag.mask, ShpIntFlag}};
+    panel_->SetRegisterNames(RegisterNames());
     rules.commTest = strip_->LblCommTest();
     connect(txtInterval, &QLineEdit::returnPressed, this,
             AsUserAction(s_, [this] { txtInterval_KeyPress(13); }));

@@ -43,6 +43,29 @@ const BitField frmLXM600::kPEnable{1, 0x80, Kind::Check};
 const BitField frmLXM600::kEPIN{2, 0x01, Kind::Member, 1};
 const BitField frmLXM600::kINTPALS{2, 0x06, Kind::Index};
 const BitField frmLXM600::kINTP{2, 0x60, Kind::Index};
+const BitField frmLXM600::kALSFlag{2, 0x08, Kind::Check};
+const BitField frmLXM600::kProxFlag{2, 0x80, Kind::Check};
+
+std::vector<RegisterName> frmLXM600::RegisterNames() {
+    std::vector<RegisterName> names{
+        {QStringLiteral("ID"), QStringLiteral("ID"), {}},
+        {QStringLiteral("ALS / proximity configuration"), QStringLiteral("Cfg"),
+         {{"proximity enable", kPEnable}, {"proximity sleep", kIRSleep}, {"IR LED drive", kProxDr},
+          {"ALS / IR enable", kALSEnable}, {"ALS range", kALSRange}, {"ALS / IR measurement", kMMode}}},
+        {QStringLiteral("Interrupt configuration"), QStringLiteral("Int"),
+         {{"proximity flag", kProxFlag}, {"proximity persistence", kINTP}, {"ALS flag", kALSFlag},
+          {"ALS persistence", kINTPALS}, {"pin function (Or / And)", kEPIN}}},
+        {QStringLiteral("Proximity low threshold"), QStringLiteral("PL"), {}},
+        {QStringLiteral("Proximity high threshold"), QStringLiteral("PH"), {}},
+        {QStringLiteral("ALS / IR low threshold (7:0)"), QStringLiteral("AL"), {}},
+        {QStringLiteral("ALS / IR thresholds (11:8): high in bits 7:4, low in bits 3:0"), QStringLiteral("AHL"), {}},
+        {QStringLiteral("ALS / IR high threshold (7:0)"), QStringLiteral("AH"), {}},
+        {QStringLiteral("Proximity data"), QStringLiteral("P"), {}},
+        {QStringLiteral("ALS / IR data LSB (7:0)"), QStringLiteral("DL"), {}},
+        {QStringLiteral("ALS / IR data MSB (11:8)"), QStringLiteral("DH"), {}}};
+    names.resize(std::size_t(kRegisterRows), {QStringLiteral("Not used by the form"), QString(), {}});
+    return names;
+}
 
 namespace {
 constexpr std::array<std::uint8_t, frmLXM600::kRegisterRows> kImage{
@@ -99,7 +122,8 @@ void frmLXM600::WireHandlers() {
     panel_->onLostFocus = [this](int i) { txtRegHex_LostFocus(i); };
     auto& rules = panel_->rules();
     rules.activityRows = {8, 9, 10};
-    rules.flagLamps = {{2, 0x80, ShpProxFlag}, {2, 0x08, ShpALSFlag}};
+    rules.flagLamps = {{kProxFlag.reg, kProxFlag.mask, ShpProxFlag}, {kALSFlag.reg, kALSFlag.mask, ShpALSFlag}};
+    panel_->SetRegisterNames(RegisterNames());
     rules.commTest = strip_->LblCommTest();
     rules.busyStatus = lblUSBStatis;
     rules.clearDeferredAfterRead = true;

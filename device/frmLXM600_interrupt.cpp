@@ -20,10 +20,10 @@
 namespace lxm {
 
 namespace {
-constexpr std::uint8_t kAlsFlag = 0x08;
-constexpr std::uint8_t kProxFlag = 0x80;
 // The flags belong to the chip: the image holds only the settings around them.
-constexpr std::uint8_t kFlags = kAlsFlag | kProxFlag;
+std::uint8_t Flags() {
+    return frmLXM600::kALSFlag.mask | frmLXM600::kProxFlag.mask;
+}
 }  // namespace
 
 // The ALS/IR window is 12-bit, its upper nibbles sharing register 6; the proximity window is
@@ -70,19 +70,19 @@ void frmLXM600::cmdSampleInternalIntrs_Click() {
 
 // A write of a 0 clears a flag and a 1 leaves it: each button clears its own flag only.
 void frmLXM600::ClearFlag(std::uint8_t flag) {
-    const std::uint8_t value = std::uint8_t((s_.RegWriteMirror[2] & ~kFlags) | (kFlags & ~flag));
+    const std::uint8_t value = std::uint8_t((s_.RegWriteMirror[2] & ~Flags()) | (Flags() & ~flag));
     txtRegHex(2)->setText(Hex2(value));
     cmdWrtReg_Click(2);
-    s_.RegWriteMirror[2] &= std::uint8_t(~kFlags);
+    s_.RegWriteMirror[2] &= std::uint8_t(~Flags());
     panel_->ShowRegister(2);
 }
 
 void frmLXM600::cmdALSClear_Click() {
-    ClearFlag(kAlsFlag);
+    ClearFlag(kALSFlag.mask);
 }
 
 void frmLXM600::cmdPIClear_Click() {
-    ClearFlag(kProxFlag);
+    ClearFlag(kProxFlag.mask);
 }
 
 void frmLXM600::chkPoll_Click() {

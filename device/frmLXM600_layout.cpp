@@ -14,6 +14,7 @@
 #include "acquisition/PictureBox.h"
 #include "core/Shape.h"
 #include "device/BoardMenu.h"
+#include "device/parts/FormMenus.h"
 #include "device/FormFit.h"
 #include "device/frmLXM600.h"
 #include "device/parts/FormLayout.h"
@@ -51,7 +52,7 @@ void frmLXM600::BuildLayout() {
     menuBar = new QMenuBar(this);
     QMenu* tools = MenuNamed(*menuBar, QStringLiteral("Tools"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
-    AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
+    SetupMenu* setup = AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
     AddOpenRunMenu(*menuBar, *this, s_.messages, s_.files);
     // The ID and the readings (0, 8, 9, 10) are read-only; the configuration goes last, once
     // thresholds and interrupt set-up are back.
@@ -198,6 +199,9 @@ void frmLXM600::BuildLayout() {
     BuildCollection(under);
     cols.column(1)->addWidget(frmCollect);
     cols.Grow(1);
+    formMenus = new FormMenus(s_, *menuBar,
+                              {DeviceFileItems({frmDataRecord, [this] { cmdStartRec_Click(); }, {}, chart_, setup}),
+                               [this] { return CompactView; }, [this] { Label13_DblClick(); }});
     // Tight frames: on a laptop screen every row counts.
     TightFrames(*this);
     if (auto* mg = qobject_cast<QGridLayout*>(FrmMeasureDetails->layout())) mg->setVerticalSpacing(1);

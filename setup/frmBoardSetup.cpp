@@ -121,13 +121,17 @@ void frmBoardSetup::BuildLayout() {
 
     auto* buttons = new QHBoxLayout;
     cmdSave = new QPushButton(QStringLiteral("Save Setup..."), this);
+    cmdLoad = new QPushButton(QStringLiteral("Load Setup..."), this);
+    cmdLoad->setToolTip(QStringLiteral("Reads a *.lxm file saved with \"Save Setup...\" into this window"));
     cmdClose = new QPushButton(QStringLiteral("Close"), this);
     buttons->addStretch();
+    buttons->addWidget(cmdLoad);
     buttons->addWidget(cmdSave);
     buttons->addWidget(cmdClose);
     root->addLayout(buttons);
 
     connect(cmdSave, &QPushButton::clicked, this, [this] { cmdSave_Click(); });
+    connect(cmdLoad, &QPushButton::clicked, this, [this] { cmdLoad_Click(); });
     connect(cmdClose, &QPushButton::clicked, this, &QWidget::close);
 }
 
@@ -141,6 +145,44 @@ void frmBoardSetup::tbGain_Click(int Index) {
 
 void frmBoardSetup::cmdSave_Click() {
     SaveSetup(*this, messages_, files_);
+}
+
+}  // namespace lxm
+
+namespace lxm {
+
+void frmBoardSetup::cmdLoad_Click() {
+    LoadSetup(*this, messages_, files_);
+}
+
+BoardSetup frmBoardSetup::Setup() const {
+    BoardSetup s;
+    for (int k = 0; k < kSetupChannels; ++k) {
+        auto& c = s.channels[std::size_t(k)];
+        c.in = txtIn4out[k]->text().toInt();
+        c.gain = tbGain[k]->text().toInt();
+        c.enable = tbOutenable[k]->isChecked();
+    }
+    s.power = tbPower->isChecked();
+    s.commonOe = tbOe->isChecked();
+    s.broadcastChannel = txtBroadcastchan->text().toInt();
+    s.broadcast = tbBroadcast->isChecked();
+    s.clamp = tbClamp->isChecked();
+    return s;
+}
+
+void frmBoardSetup::Apply(const BoardSetup& setup) {
+    for (int k = 0; k < kSetupChannels; ++k) {
+        const auto& c = setup.channels[std::size_t(k)];
+        txtIn4out[k]->setText(QString::number(c.in));
+        tbGain[k]->setText(QString::number(c.gain));
+        tbOutenable[k]->setChecked(c.enable);
+    }
+    tbPower->setChecked(setup.power);
+    tbOe->setChecked(setup.commonOe);
+    txtBroadcastchan->setText(QString::number(setup.broadcastChannel));
+    tbBroadcast->setChecked(setup.broadcast);
+    tbClamp->setChecked(setup.clamp);
 }
 
 }  // namespace lxm

@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <array>
 
+#include "setup/ReadSetupFile.h"
 #include "setup/WriteSetupFile.h"
 
 class QLineEdit;
@@ -24,6 +25,11 @@ public:
 
     // Asks for a file name and writes this form's set-up to it.
     void cmdSave_Click();
+    // Asks for a setup file and shows what it holds; a file that is not one changes nothing.
+    void cmdLoad_Click();
+    // The settings as the controls show them, and the controls set to settings.
+    BoardSetup Setup() const;
+    void Apply(const BoardSetup& setup);
     // Steps the channel's gain to the next value, after the highest back to the first.
     void tbGain_Click(int Index);
 
@@ -36,6 +42,7 @@ public:
     QToolButton* tbBroadcast = nullptr;
     QToolButton* tbClamp = nullptr;
     QPushButton* cmdSave = nullptr;
+    QPushButton* cmdLoad = nullptr;
     QPushButton* cmdClose = nullptr;
 
 private:

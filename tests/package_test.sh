@@ -95,6 +95,11 @@ fi
 
 doc="$root/usr/share/doc/lxmeval"
 check "copyright file" grep -q '^Copyright: ' "$doc/copyright"
+# What the Help menu opens, and the man page's pointers to it.
+for f in README.md scripts.md examples/register_check.txt examples/threshold_test.txt examples/loop_with_pauses.txt; do
+    check "doc $f" test -s "$doc/$f"
+    [[ "${page:-}" == *"${f%%/*}"* ]] || fail "man page does not name $f"
+done
 gzip -dc "$doc/changelog.gz" 2>/dev/null | head -1 | grep -q "^lxmeval ($version)" || fail "changelog is not of $version"
 
 # ---- lintian, when installed: no errors

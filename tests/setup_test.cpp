@@ -192,7 +192,7 @@ TEST_F(DeviceFormSetup, TheMenuOpensOneSetupWindowAndSavesItsSettings) {
     form.show();
 
     QMenu* menu = MenuNamed(*form.menuBar, "Setup");
-    ASSERT_EQ(menu->actions().size(), 2);
+    ASSERT_EQ(menu->actions().size(), 3);
     QAction* open = menu->actions()[0];
     QAction* save = menu->actions()[1];
 

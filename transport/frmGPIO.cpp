@@ -11,6 +11,8 @@
 #include <QShowEvent>
 #include <QTimer>
 #include <QVBoxLayout>
+
+#include "core/OnScreen.h"
 #include <algorithm>
 
 #include "core/ColorLabel.h"
@@ -273,6 +275,8 @@ void frmGPIO::showEvent(QShowEvent* e) {
     ShowLinkState();
     linkTimer_->start();
     QWidget::showEvent(e);
+    // Its rows make it tall: a laptop screen may not hold it where the window manager puts it.
+    KeepOnScreenWhenFramed(*this);
 }
 
 void frmGPIO::hideEvent(QHideEvent* e) {

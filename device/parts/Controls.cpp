@@ -3,6 +3,7 @@
 #include <QGridLayout>
 #include <QHelpEvent>
 #include <QStyleOptionButton>
+#include <QStringList>
 #include <QStylePainter>
 #include <QToolTip>
 
@@ -90,6 +91,24 @@ int SelectedIndex(const CtlArray<QRadioButton>& arr, int fallback) {
     for (const auto& [index, button] : arr)
         if (button->isChecked()) return index;
     return fallback;
+}
+
+QString DescribeRegister(const RegisterName& r, int reg, std::uint8_t value, const QString& how) {
+    QStringList lines{QStringLiteral("%1 (register %2), %3 %4")
+                          .arg(r.name)
+                          .arg(reg)
+                          .arg(how, QStringLiteral("%1").arg(value, 2, 16, QLatin1Char('0')).toUpper())};
+    std::vector<NamedField> fields = r.fields;
+    std::stable_sort(fields.begin(), fields.end(),
+                     [](const NamedField& a, const NamedField& b) { return a.field.mask > b.field.mask; });
+    for (const NamedField& f : fields) {
+        const int low = f.field.shift();
+        int high = low;
+        while (high < 7 && ((f.field.mask >> (high + 1)) & 1)) ++high;
+        const QString bits = high == low ? QStringLiteral("bit %1").arg(low) : QStringLiteral("bits %1:%2").arg(high).arg(low);
+        lines << QStringLiteral("%1 %2: %3").arg(bits, QLatin1String(f.name)).arg((value & f.field.mask) >> low);
+    }
+    return lines.join(QLatin1Char('\n'));
 }
 
 }  // namespace lxm

@@ -91,4 +91,25 @@ struct BitField {
     }
 };
 
+template <class Image>
+void SetField(Image& image, const BitField& field, std::uint8_t value) {
+    SetField(image[std::size_t(field.reg)], field.mask, value);
+}
+
+// What the register panel says of a register beside its row: its name and the bit fields the
+// form's controls set in it.
+struct NamedField {
+    const char* name;
+    BitField field;
+};
+struct RegisterName {
+    QString name;
+    QString shortName;  // beside the row
+    std::vector<NamedField> fields;
+};
+
+// The tool tip of a register's name: the name, the register and its value, then one line per
+// field, highest bits first ("bits 3:2 resolution: 1").
+QString DescribeRegister(const RegisterName& r, int reg, std::uint8_t value, const QString& how);
+
 }  // namespace lxm

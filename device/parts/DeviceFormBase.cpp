@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <QLineEdit>
 
+#include "core/OnScreen.h"
 #include "core/Yield.h"
 #include "device/parts/Collection.h"
 #include "device/parts/InterruptSampler.h"
@@ -147,6 +148,13 @@ void DeviceFormBase::RecordRun(RecordFrame& frame, const std::int32_t& sampleCou
 void DeviceFormBase::changeEvent(QEvent* e) {
     if (e->type() == QEvent::ActivationChange && isActiveWindow()) Form_GotFocus();
     QWidget::changeEvent(e);
+}
+
+// Loading sized the form before it had a frame or a place: once the window manager has given
+// it both, the whole frame goes onto the screen.
+void DeviceFormBase::showEvent(QShowEvent* e) {
+    QWidget::showEvent(e);
+    KeepOnScreenWhenFramed(*this);
 }
 
 void DeviceFormBase::closeEvent(QCloseEvent* e) {

@@ -18,6 +18,7 @@ struct LoggedSample;
 struct SampleLogHeader;
 class SampleLog;
 
+class FormMenus;
 class InterruptSampler;
 class PacedCollection;
 class RecordFrame;
@@ -69,6 +70,9 @@ public:
     RecordFrame& dataRecord() const { return *logFrame_; }
     const SampleLog& sampleLog() const;
 
+    // File, View and Help.
+    FormMenus* formMenus = nullptr;
+
     // Called once the form has closed (the program then ends).
     std::function<void()> onClosed;
 
@@ -94,6 +98,7 @@ protected:
 
     void changeEvent(QEvent* e) override;
     void closeEvent(QCloseEvent* e) override;
+    void showEvent(QShowEvent* e) override;
 
     Session& s_;
     StatusStrip* strip_ = nullptr;

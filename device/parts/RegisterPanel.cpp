@@ -1,6 +1,7 @@
 #include "device/parts/RegisterPanel.h"
 
 #include <QEvent>
+#include <QFont>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -44,14 +45,16 @@ RegisterPanel::RegisterPanel(Session& session, int rows, const std::vector<QStri
                              QWidget* parent)
     : QGroupBox(QStringLiteral("Register Access"), parent), s_(session), rows_(rows) {
     auto* rg = new QGridLayout(this);
-    rg->setHorizontalSpacing(4);
+    // Tight: the name beside each number took the room the gaps had.
+    rg->setHorizontalSpacing(2);
     rg->setVerticalSpacing(1);
     rg->addWidget(new QLabel(QStringLiteral("Reg"), this), 0, 0);
     rg->addWidget(new QLabel(QStringLiteral("Write"), this), 0, 1, 1, 2, Qt::AlignCenter);
     rg->addWidget(new QLabel(QStringLiteral("Read"), this), 0, 4, 1, 2, Qt::AlignCenter);
     for (int i = 0; i < rows; ++i) {
         const int row = i + 1;
-        rg->addWidget(new QLabel(QString::number(i), this), row, 0);
+        name_.push_back(new QLabel(QString::number(i), this));
+        rg->addWidget(name_.back(), row, 0);
         auto* hex = MakeBox(this, QStringLiteral("00"), 36);
         hex->setToolTip(QStringLiteral("Display actual hex value of LXM200 control Register."));
         hex->installEventFilter(this);
@@ -130,6 +133,28 @@ void RegisterPanel::SetRowToolTips(const QString& hexTip, const QString& readTip
     }
 }
 
+void RegisterPanel::SetRegisterNames(std::vector<RegisterName> names) {
+    names_ = std::move(names);
+    names_.resize(std::size_t(rows_));
+    // In the number's own column, in a smaller type: the form has no width to spare.
+    for (int i = 0; i < rows_; ++i) {
+        name_[i]->setText(QStringLiteral("%1 %2").arg(i).arg(names_[i].shortName));
+        QFont f = name_[i]->font();
+        f.setPointSizeF(f.pointSizeF() * 0.85);
+        name_[i]->setFont(f);
+        DescribeRow(i, s_.RegWriteMirror[i], QStringLiteral("image"));
+    }
+}
+
+QLabel* RegisterPanel::lblRegName(int reg) const {
+    return reg >= 0 && std::size_t(reg) < name_.size() ? name_[reg] : nullptr;
+}
+
+void RegisterPanel::DescribeRow(int reg, std::uint8_t value, const QString& how) {
+    if (QLabel* label = lblRegName(reg); label && std::size_t(reg) < names_.size())
+        label->setToolTip(DescribeRegister(names_[reg], reg, value, how));
+}
+
 void RegisterPanel::ShowRegister(int reg) {
     if (QLineEdit* box = txtRegHex(reg)) box->setText(Hex2(s_.RegWriteMirror[reg]));
 }
@@ -141,6 +166,7 @@ void RegisterPanel::ShowBusy(const QString& text) {
 void RegisterPanel::Write(int reg) {
     ShowBusy(QStringLiteral("Wrt_Reg Waiting"));
     s_.comm().WriteRegister(reg);
+    DescribeRow(reg, s_.RegWriteMirror[reg], QStringLiteral("written"));
 }
 
 void RegisterPanel::Read(int reg) {
@@ -155,6 +181,7 @@ void RegisterPanel::Read(int reg) {
     Shape* ind = indRd_[reg];
     const bool wasLightGreen = ind->hasFillIndex(kLightGreen);
     s_.comm().ReadRegister(reg);
+    DescribeRow(reg, s_.RegReadMirror[reg], QStringLiteral("read"));
     const auto& act = rules_.activityRows;
     if (std::find(act.begin(), act.end(), reg) == act.end()) {
         if (hex_[reg]->text() != rd_[reg]->text()) ind->setFillIndex(kLightRed);
@@ -224,6 +251,7 @@ std::optional<std::vector<std::uint8_t>> RegisterPanel::ReadRows(int first, int 
         const int reg = first + k;
         s_.RegReadMirror[reg] = bytes[k];
         if (QLineEdit* box = txtRegRd(reg)) box->setText(Hex2(bytes[k]));
+        DescribeRow(reg, bytes[k], QStringLiteral("read"));
         if (Shape* lamp = ShpIndrd(reg)) lamp->setFillIndex(lamp->hasFillIndex(ok) ? alt : ok);
     }
     if (!s_.SessionOpen) s_.usb().CloseDevice();

@@ -7,6 +7,8 @@
 #include <optional>
 #include <vector>
 
+#include "device/parts/Controls.h"
+
 class QGridLayout;
 class QLabel;
 class QLineEdit;
@@ -68,6 +70,10 @@ public:
     // Load-time tool tips of the rows; the buttons' texts are followed by the row number with
     // its sign blank, so two blanks stand before it.
     void SetRowToolTips(const QString& hexTip, const QString& readTip);
+    // The registers' names beside their rows, their bit fields in the names' tool tips with the
+    // value last written or read.
+    void SetRegisterNames(std::vector<RegisterName> names);
+    QLabel* lblRegName(int reg) const;
     // A byte of the register image into its entry box.
     void ShowRegister(int reg);
 
@@ -89,12 +95,15 @@ protected:
 
 private:
     void ShowBusy(const QString& text);
+    void DescribeRow(int reg, std::uint8_t value, const QString& how);
 
     Session& s_;
     int rows_;
     std::vector<QLineEdit*> hex_, rd_;
     std::vector<QPushButton*> rdButton_, wrButton_;
     std::vector<Shape*> indRd_, indWr_;
+    std::vector<QLabel*> name_;
+    std::vector<RegisterName> names_;
     QPushButton* readAll_ = nullptr;
     QLineEdit* address_ = nullptr;
     QGridLayout* footer_ = nullptr;

@@ -46,12 +46,20 @@ StripChart::StripChart(Session& session, PlotState& plot, bool withTestTrace, QW
     txtScaleMin2 = MakeBox(this, QString(), 64);
     cmdAutoScale = new QPushButton(QStringLiteral("Automatic Re-Scale"), this);
     cmdAutoScale->setToolTip(QStringLiteral(
-        "If measurements are executing, click here for an automatic calculation of the Graph Scaling."));
+        "If measurements are executing, click here for an automatic calculation of the Graph Scaling.\n"
+        "After more than 5 readings: the scale goes to the highest reading plus 15 %, the traces are "
+        "cleared and the collection starts again."));
     cmdScale = new QPushButton(QStringLiteral("Manual Re-Scale"), this);
     cmdScale->setToolTip(
         QStringLiteral("Updates Graph Scaling based on value enter into the \"Scale Max\" entry box."));
     cmdSaveScreen = new QPushButton(QStringLiteral("Save Screen"), this);
+    cmdSaveScreen->setToolTip(QStringLiteral(
+        "Keeps the chart as it is now, traces included, as its background: \"Clear Graph\" and every "
+        "re-scale go back to it"));
     cmdRestoreScreen = new QPushButton(QStringLiteral("Clear Graph"), this);
+    cmdRestoreScreen->setToolTip(QStringLiteral(
+        "Stops a running collection and erases the traces back to the background (the empty grid, or "
+        "what \"Save Screen\" kept)"));
     cmdSavePicture = new QPushButton(QStringLiteral("Save Picture"), this);
     cmdSavePicture->setToolTip(QStringLiteral("Saves the graph with its scale as a PNG picture file."));
     // Scale boxes in one row and the buttons in another under the chart, the swatch at the end.
