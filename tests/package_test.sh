@@ -104,8 +104,10 @@ gzip -dc "$doc/changelog.gz" 2>/dev/null | head -1 | grep -q "^lxmeval ($version
 
 # ---- lintian, when installed: no errors
 if command -v lintian >/dev/null; then
-    lintian --fail-on error "$deb" 2>&1 | grep -v 'root privileges' || true
-    lintian --fail-on error "$deb" >/dev/null 2>&1 || fail "lintian reports errors"
+    verdict=$(lintian --fail-on error "$deb" 2>&1)
+    status=$?
+    grep -v 'root privileges' <<<"$verdict"
+    [ "$status" -eq 0 ] || fail "lintian reports errors"
 else
     echo "lintian not installed: its checks skipped"
 fi
