@@ -15,30 +15,10 @@
 
 namespace lxm {
 
-namespace {
-
-struct Resolution {
-    int bits;
-    const char* caption;
-    std::int32_t halfScale, countMax, fullScale;
-    std::int32_t unsignedMax, signedMax, signedMin;
-    double intervalMs;
-};
-
-// Deliberate values: 4 bits has a full scale of 16 (not 15) and a half scale of 16; the
-// 16-bit count mask is all ones, which as a signed number is -1.
-constexpr Resolution kResolutions[4] = {
-    {16, "16 Bits", 32768, -1, 65535, 65535, 32768, -100, 118},
-    {12, "12 Bits", 2048, 4095, 4095, 4095, 2048, -100, 8},
-    {8, "8 Bits", 128, 255, 255, 255, 128, -10, 0},
-    {4, "4 Bits", 16, 15, 16, 15, 8, -2, 0},
-};
-
-}  // namespace
 
 void frmLXM410::OptGain_Click(int Index) {
     static constexpr int kKLux[4] = {1, 4, 16, 64};
-    SetField(s_.RegWriteMirror[1], 0x03, std::uint8_t(Index));
+    kFamilyRange.Apply(s_.RegWriteMirror.data(), Index);
     RangeKLux = kKLux[Index];
     GainIndex = Index;
     RangeIndex = Index;
@@ -61,8 +41,8 @@ void frmLXM410::OptGain_Click(int Index) {
 
 void frmLXM410::OptITime_Click(int Index) {
     SampleDelayMs = 100;
-    const Resolution& r = kResolutions[Index];
-    SetField(s_.RegWriteMirror[1], 0x0C, std::uint8_t(Index << 2));
+    const Resolution& r = kFamilyResolutions[std::size_t(Index)];
+    kFamilyResolution.Apply(s_.RegWriteMirror.data(), Index);
     AdcBits = r.bits;
     lblIlimitsformat.at(1)->setText(QString::fromLatin1(r.caption));
     AdcHalfScale = r.halfScale;
@@ -191,7 +171,7 @@ void frmLXM410::OptExtTime_Click(int Index) {
 }
 
 void frmLXM410::optINTP_Click(int Index) {
-    SetField(s_.RegWriteMirror[0], 0x03, std::uint8_t(Index));
+    kFamilyPersistence.Apply(s_.RegWriteMirror.data(), Index);
     DriveIndex = Index;
     DoEvents();
     ShowRegister(0);
@@ -200,8 +180,7 @@ void frmLXM410::optINTP_Click(int Index) {
 }
 
 void frmLXM410::OptPSrc_Click(int Index) {
-    // 100 mA is the highest code, 12.5 mA the lowest.
-    SetField(s_.RegWriteMirror[1], 0x30, std::uint8_t((3 - Index) << 4));
+    SetField(s_.RegWriteMirror[1], kFamilyDriveMask, FamilyDriveBits(Index));
     DriveIndex = Index;
     DoEvents();
     ShowRegister(1);
@@ -210,7 +189,7 @@ void frmLXM410::OptPSrc_Click(int Index) {
 }
 
 void frmLXM410::OptMFreq_Click(int Index) {
-    SetField(s_.RegWriteMirror[1], 0x40, Index == 3 ? 0x40 : 0);
+    kFamilyModulation.Apply(s_.RegWriteMirror.data(), Index, Index == kFamilyModulation.member);
     DoEvents();
     ShowRegister(1);
     cmdWrtReg_Click(1);
