@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/ActiveForm.h"
+#include "device/BoardMenu.h"
 
 class QComboBox;
 class QLabel;
@@ -54,6 +55,9 @@ public:
     frmAbout2* AboutForm() { return about_.get(); }
     // Told the selected type before its form loads (the simulated board fits its chip).
     std::function<void(const std::string&)> onTypeSelected;
+    // The Board menu's choice among several attached boards (set by the program for a real USB).
+    decltype(BoardSteps::listBoards) listBoards;
+    decltype(BoardSteps::chooseBoard) chooseBoard;
     // Where ExitProgram ends the program; the application quits by default.
     std::function<void()> onExit;
 
