@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-packages=(cmake ninja-build g++ pkg-config qt6-base-dev libusb-1.0-0-dev libgtest-dev libgmock-dev
+packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev libqcustomplot-dev libqcustomplot2.1-qt6 libusb-1.0-0-dev libgtest-dev libgmock-dev
           libbenchmark-dev libumockdev-dev umockdev libglib2.0-dev ccache clang libclang-rt-dev
           dpkg-dev file lintian pybind11-dev python3-dev python3-numpy python3-pytest)
 

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <functional>
+
+#include "simboard/SimBoard.h"
 
 namespace lxm {
 
@@ -95,6 +98,10 @@ std::optional<double> ParseSeconds(const std::string& text) {
     return v;
 }
 
+bool EndsWith(const std::string& s, const std::string& end) {
+    return s.size() >= end.size() && Upper(s.substr(s.size() - end.size())) == Upper(end);
+}
+
 std::string Joined(const std::vector<int>& values) {
     std::string s;
     for (std::size_t i = 0; i < values.size(); ++i)
@@ -104,6 +111,78 @@ std::string Joined(const std::vector<int>& values) {
 
 std::string Quoted(const std::optional<std::string>& v) {
     return v ? ", not '" + *v + "'" : "";
+}
+
+// A decimal number in [min, max]: an optional minus, digits, an optional fraction.
+std::optional<double> ParseDecimal(const std::string& text, double min, double max) {
+    if (text.find_first_not_of("-0123456789.") != std::string::npos || text.find('-', 1) != std::string::npos)
+        return std::nullopt;
+    double v = 0;
+    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v, std::chars_format::fixed);
+    if (ec != std::errc() || end != text.data() + text.size() || !(v >= min && v <= max)) return std::nullopt;
+    return v;
+}
+
+// The bench options of the simulated board: name, what the value is, its limits.
+struct BenchNumber {
+    const char* option;
+    const char* what;
+    double min, max;
+    std::optional<double> BenchOptions::*target;
+};
+constexpr BenchNumber kBenchNumbers[] = {
+    {"--light", "the light in lux", 0, 200000, &BenchOptions::lightLux},
+    {"--distance", "the object's distance in mm (0: none)", 0, 1000, &BenchOptions::distanceMm},
+    {"--glass", "the cover glass's transmission in percent", 1, 100, &BenchOptions::glassPercent},
+    {"--temperature", "the temperature in degrees C", -40, 85, &BenchOptions::temperatureC},
+};
+
+std::string SourceList() {
+    std::string list;
+    for (const sim::SourceInfo& s : sim::Sources())
+        list += (list.empty() ? "" : &s == &sim::Sources().back() ? " or " : ", ") + std::string(s.name);
+    return list;
+}
+
+// True when `arg` is a bench option; sets the value or the error.
+bool ParseBench(const std::string& arg, const std::function<std::optional<std::string>()>& value,
+                const std::optional<std::string>& inlineValue, BenchOptions& bench, std::string& error) {
+    auto range = [](double v) {
+        std::string s = std::to_string(v);
+        return s.substr(0, s.find('.'));
+    };
+    bool known = arg == "--source" || arg == "--seed" || arg == "--ideal";
+    for (const BenchNumber& n : kBenchNumbers) {
+        if (arg != n.option) continue;
+        known = true;
+        const std::optional<std::string> v = value();
+        const std::optional<double> d = v ? ParseDecimal(*v, n.min, n.max) : std::nullopt;
+        if (!d)
+            error = "option " + arg + " needs " + n.what + ", from " + range(n.min) + " to " + range(n.max) +
+                    Quoted(v);
+        else
+            bench.*n.target = d;
+    }
+    if (!known) return false;
+    if (arg == "--source") {
+        const std::optional<std::string> v = value();
+        if (!v || !sim::SourceNamed(*v))
+            error = "option --source needs one of " + SourceList() + Quoted(v);
+        else
+            bench.source = *v;
+    } else if (arg == "--seed") {
+        const std::optional<std::string> v = value();
+        const std::optional<std::uint32_t> n = v ? ParseWhole<std::uint32_t>(*v, 0, UINT32_MAX) : std::nullopt;
+        if (!n)
+            error = "option --seed needs a whole number from 0 to " + std::to_string(UINT32_MAX) + Quoted(v);
+        else
+            bench.seed = n;
+    } else if (arg == "--ideal") {
+        if (inlineValue) error = "option --ideal takes no value";
+        bench.ideal = true;
+    }
+    if (bench.firstGiven.empty()) bench.firstGiven = arg;
+    return true;
 }
 
 // The checks that need the whole command line: what goes with what, and the values that
@@ -140,8 +219,13 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
     CommandLine cl;
     bool loopsGiven = false;
     CollectOptions collect;
+    std::optional<std::string> titleText;
     std::string collectOnly;  // the first option given that only a collection takes
     bool samplesGiven = false, durationGiven = false;
+    // --output names the picture of --plot, wherever on the line --plot comes.
+    const bool plotting = std::any_of(args.begin(), args.end(), [](const std::string& a) {
+        return a == "--plot" || a.rfind("--plot=", 0) == 0;
+    });
     for (std::size_t i = 0; i < args.size(); ++i) {
         std::string arg = args[i];
         std::optional<std::string> inlineValue;
@@ -227,7 +311,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
                 cl.error = "option --output needs the name of the CSV file";
             else
                 collect.output = *v;
-            if (collectOnly.empty()) collectOnly = arg;
+            if (collectOnly.empty() && !plotting) collectOnly = arg;
         } else if (arg == "--interval") {
             std::optional<std::string> v = value();
             std::optional<int> n = v ? ParseWhole(*v, 0, kMaxCollectIntervalMs) : std::nullopt;
@@ -272,6 +356,19 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
             else
                 collect.resolutionBits = *n;
             if (collectOnly.empty()) collectOnly = arg;
+        } else if (ParseBench(arg, value, inlineValue, cl.bench, cl.error)) {
+        } else if (arg == "--view" || arg == "--plot") {
+            if (cl.view) cl.error = "--view and --plot cannot run together, nor either twice: give one of them";
+            ViewOptions& view = cl.view.emplace();
+            view.plot = arg == "--plot";
+            if (inlineValue) view.files.push_back(*inlineValue);
+            while (i + 1 < args.size() && !args[i + 1].empty() && args[i + 1][0] != '-') view.files.push_back(args[++i]);
+            if (view.files.empty() || std::any_of(view.files.begin(), view.files.end(), [](auto& f) { return f.empty(); }))
+                cl.error = "option " + arg + " needs the names of one or more logged runs";
+        } else if (arg == "--title") {
+            std::optional<std::string> v = value();
+            if (!v) cl.error = "option --title needs a text";
+            else titleText = *v;
         } else if (!arg.empty() && arg[0] == '-') {
             cl.error = "unknown option '" + args[i] + "'";
         } else {
@@ -284,12 +381,43 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
             std::string(loopsGiven ? "--loops" : "--abort-on-fail") + " only applies with --script FILE";
         return cl;
     }
+    if (!cl.simulate && !cl.bench.firstGiven.empty()) {
+        cl.error = cl.bench.firstGiven + " sets up the simulated board: it only applies with --simulate";
+        return cl;
+    }
+    if (titleText && !(cl.view && cl.view->plot)) {
+        cl.error = "--title only applies with --plot FILE...";
+        return cl;
+    }
+    if (cl.view) {
+        if (cl.collect || cl.script)
+            cl.error = std::string(cl.view->plot ? "--plot" : "--view") + " cannot run with " +
+                       (cl.collect ? "--collect" : "--script") + ": give one of them";
+        else if (cl.view->plot && collect.output.empty())
+            cl.error = "--plot needs --output PICTURE.png or PICTURE.svg, the picture to write";
+        else if (cl.view->plot && !EndsWith(collect.output, ".png") && !EndsWith(collect.output, ".svg"))
+            cl.error = "the picture of --plot must end in .png or .svg, not '" + collect.output + "'";
+        cl.view->output = collect.output;
+        cl.view->title = titleText;
+        if (!cl.error.empty()) return cl;
+    }
     if (cl.collect) {
         collect.type = cl.collect->type;
         cl.collect = collect;
     }
     cl.error = CheckCollect(cl, collect, collectOnly, samplesGiven, durationGiven);
     return cl;
+}
+
+void ApplyBench(const BenchOptions& b, sim::SimBoard& board) {
+    sim::LightScene& s = board.scene();
+    if (b.seed) board.Seed(*b.seed);
+    s.ambientLux = b.lightLux.value_or(s.ambientLux);
+    s.objectDistanceMm = b.distanceMm.value_or(s.objectDistanceMm);
+    s.glassPercent = b.glassPercent.value_or(s.glassPercent);
+    s.temperatureC = b.temperatureC.value_or(s.temperatureC);
+    if (b.source) s.source = *sim::SourceNamed(*b.source);
+    s.ideal = s.ideal || b.ideal;
 }
 
 std::string HelpText() {
@@ -308,6 +436,8 @@ std::string HelpText() {
            "       lxmeval --collect TYPE --output FILE.csv [--sensor NAME] [--interval MS]\n"
            "               [--samples N | --duration SECONDS] [--range LUX]\n"
            "               [--resolution BITS] [--simulate]\n"
+           "       lxmeval --view FILE...\n"
+           "       lxmeval --plot FILE... --output PICTURE.png|PICTURE.svg [--title TEXT]\n"
            "Velmarin ALS / Proximity Evaluation Software: evaluates ambient-light, infrared and\n"
            "proximity sensors on the USB evaluation board.\n"
            "\n"
@@ -351,9 +481,27 @@ std::string HelpText() {
            "                     range is set, so at 125 use the raw counts)\n"
            "  --resolution BITS  ADC resolution: 16, 12, 8 or 4 (not for the LXM600, fixed at\n"
            "                     12 bits)\n"
+           "\n"
+           "The simulated board's bench (with --simulate; the default is an office: 300 lux of\n"
+           "white LED light, an object at 60 mm, no cover glass, 25 C, the chip's noise on):\n"
+           "  --light LUX        the light as a lux meter reads it, 0 to 200000 (ir850: its\n"
+           "                     infrared, in the IR channel's units)\n"
+           "  --source NAME      daylight, incandescent, fluorescent, led or ir850\n"
+           "  --distance MM      a reflecting object's distance, 0 (none) to 1000 mm\n"
+           "  --glass PERCENT    the cover glass's transmission, 1 to 100 (100: no glass)\n"
+           "  --temperature C    the chip's temperature, -40 to 85\n"
+           "  --seed N           the noise's seed, 0 to 4294967295: the same seed, the same run\n"
+           "  --ideal            the noise-free chip: counts follow the light exactly\n"
+           "\n"
            "While collecting, a progress line (samples, rate, elapsed time, last value) goes to\n"
            "standard error when it is a terminal. Ctrl-C or SIGTERM ends the collection with the\n"
            "file complete.\n"
+           "\n"
+           "Looking back at runs:\n"
+           "  --view FILE...     open logged runs (sample logs, record files) in the run viewer\n"
+           "  --plot FILE...     draw logged runs over each other into the picture named by\n"
+           "                     --output (.png or .svg) without a display, and exit\n"
+           "  --title TEXT       with --plot: the picture's title (default: the file names)\n"
            "\n"
            "Exit status: 0 on success; 1 when a script's read failed or the run was cancelled, or\n"
            "the board went away during a collection (the file is kept); 2 for bad arguments, a\n"

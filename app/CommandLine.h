@@ -40,6 +40,24 @@ struct CollectOptions {
     std::optional<int> resolutionBits;
 };
 
+// The simulated board's bench, set from the command line; each only with --simulate.
+struct BenchOptions {
+    std::optional<double> lightLux, distanceMm, glassPercent, temperatureC;
+    std::optional<std::string> source;  // a name of sim::Sources()
+    std::optional<std::uint32_t> seed;
+    bool ideal = false;
+    std::string firstGiven;  // the first of them on the command line, for the message
+};
+
+// Looking back at logged runs: --view opens the files in the run viewer, --plot draws them
+// into a PNG or SVG picture without a display.
+struct ViewOptions {
+    bool plot = false;
+    std::vector<std::string> files;
+    std::string output;  // the picture, with --plot
+    std::optional<std::string> title;
+};
+
 // The program's command line. Parsed before any Qt application object exists, so that
 // --help, --version and a mistyped option answer without a display.
 struct CommandLine {
@@ -55,6 +73,8 @@ struct CommandLine {
     // The sensor type to select, one of SensorNames(), upper case.
     std::optional<std::string> sensor;
     std::optional<CollectOptions> collect;
+    BenchOptions bench;
+    std::optional<ViewOptions> view;
     // Set when the arguments are wrong; the program prints it and exits with 2.
     std::string error;
 
@@ -72,6 +92,12 @@ const std::vector<int>& SensorResolutions(const std::string& sensor);
 
 // args: the arguments after the program name.
 CommandLine ParseCommandLine(const std::vector<std::string>& args);
+
+namespace sim {
+class SimBoard;
+}
+// Puts the bench the options describe on a simulated board.
+void ApplyBench(const BenchOptions& bench, sim::SimBoard& board);
 
 std::string HelpText();
 std::string VersionText();

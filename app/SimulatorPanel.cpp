@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QEvent>
@@ -125,6 +126,7 @@ void SimulatorPanel::Build() {
     vf->addRow(QStringLiteral("Depth"), spnDepth);
     vf->addRow(QStringLiteral("Now"), lblNow);
     root->addWidget(variation);
+    BuildPhysics(root);
 
     auto* board = new QGroupBox(QStringLiteral("Board"), this);
     auto* bg = new QGridLayout(board);
@@ -152,6 +154,40 @@ void SimulatorPanel::Build() {
     root->addStretch(1);
 }
 
+void SimulatorPanel::BuildPhysics(QVBoxLayout* root) {
+    auto* physics = new QGroupBox(QStringLiteral("Sensor physics"), this);
+    auto* pg = new QGridLayout(physics);
+    cboSource = new QComboBox(physics);
+    for (const sim::SourceInfo& s : sim::Sources())
+        cboSource->addItem(QString::fromLatin1(s.caption), int(s.source));
+    cboSource->setToolTip(
+        QStringLiteral("Each source has its own infrared and flicker (incandescent and halogen; fluorescent "
+                       "on a magnetic ballast); for the IR lamp the light is its infrared, which a lux "
+                       "meter does not see"));
+    cboMains = new QComboBox(physics);
+    cboMains->addItem(QStringLiteral("50 Hz"), 50);
+    cboMains->addItem(QStringLiteral("60 Hz"), 60);
+    cboMains->setToolTip(QStringLiteral("Mains frequency: artificial light ripples at twice it"));
+    spnGlass = Spin(physics, 100, 0, QStringLiteral(" %"));
+    spnGlass->setMinimum(1);
+    spnGlass->setToolTip(QStringLiteral("Transmission of a cover glass in front of the sensor; 100 %: no glass"));
+    spnGlass->setMinimumWidth(0);
+    spnTemperature = Spin(physics, 85, 0, QStringLiteral(" °C"));
+    spnTemperature->setMinimumWidth(0);
+    spnTemperature->setMinimum(-40);
+    chkIdeal = new QCheckBox(QStringLiteral("Ideal chip (no noise, dark counts or flicker)"), physics);
+    pg->addWidget(new QLabel(QStringLiteral("Source"), physics), 0, 0);
+    pg->addWidget(cboSource, 0, 1);
+    pg->addWidget(new QLabel(QStringLiteral("Mains"), physics), 0, 2);
+    pg->addWidget(cboMains, 0, 3);
+    pg->addWidget(new QLabel(QStringLiteral("Cover glass"), physics), 1, 0);
+    pg->addWidget(spnGlass, 1, 1);
+    pg->addWidget(new QLabel(QStringLiteral("Temperature"), physics), 1, 2);
+    pg->addWidget(spnTemperature, 1, 3);
+    pg->addWidget(chkIdeal, 2, 0, 1, 4);
+    root->addWidget(physics);
+}
+
 void SimulatorPanel::LoadScene() {
     const sim::LightScene& s = driver_.board().scene();
     loading_ = true;
@@ -166,6 +202,11 @@ void SimulatorPanel::LoadScene() {
     cboScene->setCurrentIndex(cboScene->findData(int(s.kind)));
     spnPeriod->setValue(s.periodS);
     spnDepth->setValue(s.depth * 100);
+    cboSource->setCurrentIndex(cboSource->findData(int(s.source)));
+    cboMains->setCurrentIndex(cboMains->findData(s.mainsHz));
+    spnGlass->setValue(s.glassPercent);
+    spnTemperature->setValue(s.temperatureC);
+    chkIdeal->setChecked(s.ideal);
     loading_ = false;
 }
 
@@ -179,6 +220,14 @@ void SimulatorPanel::ApplyScene() {
     s.kind = Kind(cboScene->currentData().toInt());
     s.periodS = spnPeriod->value();
     s.depth = spnDepth->value() / 100.0;
+    s.source = sim::Source(cboSource->currentData().toInt());
+    s.mainsHz = cboMains->currentData().toInt();
+    s.glassPercent = spnGlass->value();
+    s.temperatureC = spnTemperature->value();
+    s.ideal = chkIdeal->isChecked();
+    // Only the ideal chip takes the infrared as it is set; the real one gets it from the source.
+    spnIr->setEnabled(s.ideal);
+    sldIr->setEnabled(s.ideal);
     // Period and depth mean nothing to a steady light.
     const bool varies = s.kind != Kind::Steady;
     spnPeriod->setEnabled(varies && s.kind != Kind::Noise);
@@ -214,6 +263,11 @@ void SimulatorPanel::Wire() {
     connect(cboScene, &QComboBox::currentIndexChanged, this, [this] { ApplyScene(); });
     connect(spnPeriod, &QDoubleSpinBox::valueChanged, this, [this] { ApplyScene(); });
     connect(spnDepth, &QDoubleSpinBox::valueChanged, this, [this] { ApplyScene(); });
+    for (QComboBox* box : {cboSource, cboMains})
+        connect(box, &QComboBox::currentIndexChanged, this, [this] { ApplyScene(); });
+    for (QDoubleSpinBox* spin : {spnGlass, spnTemperature})
+        connect(spin, &QDoubleSpinBox::valueChanged, this, [this] { ApplyScene(); });
+    connect(chkIdeal, &QCheckBox::toggled, this, [this] { ApplyScene(); });
     connect(cboChip, &QComboBox::currentIndexChanged, this,
             [this] { driver_.board().Carry(sim::Chip(cboChip->currentData().toInt())); });
     connect(cmdUnplug, &QPushButton::clicked, this, [this] {
@@ -246,8 +300,12 @@ void SimulatorPanel::RefreshFromBoard() {
         cboChip->setCurrentIndex(chipIndex);
     }
 
-    const sim::LightScene::Sample now = board.scene().At(board.clock().Micros());
-    QString text = QStringLiteral("%1 lux, IR %2").arg(now.lux, 0, 'f', 0).arg(now.ir, 0, 'f', 0);
+    const sim::LightScene& scene = board.scene();
+    const sim::LightScene::Sample now = scene.At(board.clock().Micros());
+    // The real chip's infrared comes with the source.
+    const double ir = scene.ideal ? now.ir : now.lux * sim::InfoOf(scene.source).irPerLux;
+    const double lux = now.lux * (scene.ideal ? 1.0 : sim::InfoOf(scene.source).visible);
+    QString text = QStringLiteral("%1 lux, IR %2").arg(lux, 0, 'f', 0).arg(ir, 0, 'f', 0);
     if (now.distanceMm > 0) text += QStringLiteral(", object at %1 mm").arg(now.distanceMm, 0, 'f', 0);
     if (lblNow->text() != text) lblNow->setText(text);
 }

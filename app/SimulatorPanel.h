@@ -4,12 +4,14 @@
 #include <QWidget>
 #include <string>
 
+class QCheckBox;
 class QComboBox;
 class QDoubleSpinBox;
 class QLabel;
 class QPushButton;
 class QSlider;
 class QTimer;
+class QVBoxLayout;
 
 namespace lxm {
 
@@ -47,6 +49,13 @@ public:
     QDoubleSpinBox* spnPeriod = nullptr;
     QDoubleSpinBox* spnDepth = nullptr;
     QLabel* lblNow = nullptr;
+    // The chip's physics: the light's source, the mains, a cover glass, the temperature, and
+    // the noise-free chip (which alone takes "Infrared" from its own box).
+    QComboBox* cboSource = nullptr;
+    QComboBox* cboMains = nullptr;  // 50 or 60 Hz
+    QDoubleSpinBox* spnGlass = nullptr;
+    QDoubleSpinBox* spnTemperature = nullptr;
+    QCheckBox* chkIdeal = nullptr;
     QComboBox* cboChip = nullptr;  // the chip on the board
     // Cable
     QPushButton* cmdUnplug = nullptr;
@@ -61,6 +70,7 @@ public:
 
 private:
     void Build();
+    void BuildPhysics(QVBoxLayout* root);
     void Wire();
     void ApplyScene();
     void LoadScene();

@@ -18,6 +18,7 @@
 #include "core/Shape.h"
 #include "core/Yield.h"
 #include "device/BoardMenu.h"
+#include "viewer/ViewerMenu.h"
 #include "device/frmLXM410.h"
 #include "device/frmLXM600.h"
 #include "device/parts/RegisterPanel.h"
@@ -62,6 +63,7 @@ void frmStartup::BuildLayout() {
     mnuLXM600 = sensors->addAction(QStringLiteral("LXM600 Adr 88"));
     mnuLXM600->setToolTip(QStringLiteral("The multi-function ALS / IR and proximity sensor"));
     mnuAbout = menuBar->addAction(QStringLiteral("About"));
+    AddOpenRunMenu(*menuBar, *this, s_.messages, s_.files);
     root->setMenuBar(menuBar);
 
     auto* sel = new QGroupBox(this);

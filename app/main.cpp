@@ -26,6 +26,8 @@
 #include "transport/BoardPlace.h"
 #include "transport/libusb/BoardList.h"
 #include "transport/libusb/LibusbDriver.h"
+#include "viewer/LoadRuns.h"
+#include "viewer/RunViewer.h"
 
 namespace {
 
@@ -52,6 +54,7 @@ Board OpenBoard(const lxm::CommandLine& cl, lxm::Clock& clock, std::optional<std
     }
     b.simulated = std::make_unique<lxm::sim::SimBoard>(clock);
     if (sensor) b.simulated->CarryForType(*sensor);
+    lxm::ApplyBench(cl.bench, *b.simulated);
     // Nobody reads the packet log in the program, and a night's collection would fill memory
     // with it.
     b.simulated->controller().SetWireLogCapacity(0);
@@ -90,6 +93,34 @@ int ListBoards() {
     return boards.empty() ? 2 : 0;
 }
 
+QStringList Files(const std::vector<std::string>& files) {
+    QStringList out;
+    for (const std::string& f : files) out << QString::fromLocal8Bit(f.c_str());
+    return out;
+}
+
+// --plot: the picture is drawn offscreen, so no display is needed.
+int RunPlotCommand(int argc, char** argv, const lxm::ViewOptions& v) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QString problems;
+    const int rc = lxm::viewer::PlotToPicture(Files(v.files), QString::fromLocal8Bit(v.output.c_str()),
+                                              QString::fromLocal8Bit(v.title.value_or("").c_str()), problems);
+    if (!problems.isEmpty()) std::fprintf(stderr, "lxmeval: %s\n", problems.toLocal8Bit().constData());
+    return rc;
+}
+
+// --view: the run viewer alone, no board.
+int RunViewCommand(int argc, char** argv, const lxm::ViewOptions& v) {
+    QApplication app(argc, argv);
+    lxm::QtMessages messages;
+    lxm::QtFileDialogs files;
+    auto* viewer = new lxm::viewer::RunViewer(messages, files);
+    viewer->show();
+    viewer->OpenFiles(Files(v.files));
+    return app.exec();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -110,6 +141,7 @@ int main(int argc, char** argv) {
     if (cl.listBoards) return ListBoards();
     if (cl.script) return RunHeadless(argc, argv, cl);
     if (cl.collect) return RunCollect(argc, argv, cl);
+    if (cl.view) return cl.view->plot ? RunPlotCommand(argc, argv, *cl.view) : RunViewCommand(argc, argv, *cl.view);
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("lxmeval"));

@@ -28,6 +28,7 @@
 #include "device/parts/StatusStrip.h"
 #include "device/parts/StripChart.h"
 #include "setup/SetupMenu.h"
+#include "viewer/ViewerMenu.h"
 #include "transport/Session.h"
 #include "core/MenuBar.h"
 
@@ -54,6 +55,7 @@ void frmLXM410::BuildLayout() {
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
     mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));
     AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
+    AddOpenRunMenu(*menuBar, *this, s_.messages, s_.files);
     // The data registers 2 and 3 are read-only; the command register goes last, once the
     // chip is configured again.
     boardMenu = new BoardMenu(s_, *menuBar,

@@ -23,6 +23,7 @@
 #include "device/parts/StatusStrip.h"
 #include "device/parts/StripChart.h"
 #include "setup/SetupMenu.h"
+#include "viewer/ViewerMenu.h"
 #include "transport/Session.h"
 #include "core/MenuBar.h"
 
@@ -51,6 +52,7 @@ void frmLXM600::BuildLayout() {
     QMenu* tools = MenuNamed(*menuBar, QStringLiteral("Tools"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
     AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
+    AddOpenRunMenu(*menuBar, *this, s_.messages, s_.files);
     // The ID and the readings (0, 8, 9, 10) are read-only; the configuration goes last, once
     // thresholds and interrupt set-up are back.
     boardMenu = new BoardMenu(s_, *menuBar,

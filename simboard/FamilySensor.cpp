@@ -54,7 +54,8 @@ std::int32_t SignExtend(std::uint32_t raw, int bits) {
 
 }  // namespace
 
-FamilySensor::FamilySensor(Clock& clock, const LightScene& scene) : clock_(clock), scene_(scene) {
+FamilySensor::FamilySensor(Clock& clock, const LightScene& scene, Rng& rng)
+    : clock_(clock), scene_(scene), rng_(rng) {
     Reset();
 }
 
@@ -70,8 +71,9 @@ void FamilySensor::Reset() {
     conversions_ = 0;
 }
 
+// 100 ms at 16 bits: a whole number of ripple periods on 50 Hz and on 60 Hz mains alike.
 std::int64_t FamilySensor::ConversionMicros(int bits) {
-    return (std::int64_t(1) << bits) * 3 / 2;
+    return 100'000 >> (16 - bits);
 }
 
 int FamilySensor::ResolutionBits() const {
@@ -133,7 +135,38 @@ void FamilySensor::Advance() {
     convStart_ += done * length;
 }
 
-std::uint16_t FamilySensor::Measure(int op, std::int64_t at) const {
+// The photodiodes integrate the light over the whole conversion; the proximity LED is on for
+// it too.
+std::uint16_t FamilySensor::Measure(int op, std::int64_t at) {
+    if (scene_.ideal) return MeasureIdeal(op, at);
+    const std::uint8_t c2 = regs_[kCommand2];
+    const int bits = ResolutionBits();
+    const std::int64_t length = ConversionMicros(bits);
+    const Exposure light = Expose(scene_, at, length);
+    double units = 0;
+    double ambient = 0;  // the prox measurement's infrared sample, scheme 1
+    if (op == kAls) units = AlsUnits(light);
+    if (op == kIr) units = IrUnits(light);
+    if (op == kProx) {
+        units = LedUnits(scene_, kDriveMilliamps[(c2 >> 4) & 0x03] / 100.0, kProximityGain, light.irUnits);
+        if (SignedScheme(c2)) {
+            ambient = light.irUnits;
+            units += kCrosstalk - kAmbientOverweight * ambient + ambient * FlickerSwing(scene_, at, length);
+        } else {
+            units += light.irUnits;
+        }
+    }
+    const double range = kRangeLux[c2 & 0x03];
+    Conversion c = ChannelConversion(units, range, bits, length, scene_.temperatureC);
+    if (op != kProx || !SignedScheme(c2)) return std::uint16_t(Convert(c, rng_));
+    // Both samples carry the ambient's shot noise; only its mean cancels.
+    c.noiseOnlyCounts = 2 * ChannelConversion(ambient, range, bits, length, 0).signalCounts;
+    c.low = -(std::int64_t(1) << (bits - 1));
+    c.high = -c.low - 1;
+    return std::uint16_t(std::uint64_t(Convert(c, rng_)) & std::uint64_t(c.high * 2 + 1));
+}
+
+std::uint16_t FamilySensor::MeasureIdeal(int op, std::int64_t at) const {
     const LightScene::Sample light = scene_.At(at);
     const std::uint8_t c2 = regs_[kCommand2];
     const int bits = ResolutionBits();
@@ -151,12 +184,9 @@ std::uint16_t FamilySensor::Measure(int op, std::int64_t at) const {
         case kIr:
             return unsignedCounts(light.ir);
         case kProx: {
-            double reflected = 0;
-            if (light.distanceMm > 0) {
-                const double cm = light.distanceMm / 10.0;
-                const double drive = kDriveMilliamps[(c2 >> 4) & 0x03] / 100.0;
-                reflected = drive * scene_.reflectance * kProximityGain / (cm * cm);
-            }
+            const double drive = kDriveMilliamps[(c2 >> 4) & 0x03] / 100.0;
+            const double reflected =
+                ReflectedUnits(light.distanceMm, scene_.reflectance, drive, kProximityGain, true);
             if (!SignedScheme(c2)) return unsignedCounts(reflected + light.ir);
             const double units = reflected + kCrosstalk - kAmbientOverweight * light.ir;
             const std::int64_t half = std::int64_t(1) << (bits - 1);

@@ -29,6 +29,11 @@ std::uint64_t Mix(std::uint64_t x) {
 }  // namespace
 
 LightScene::Sample LightScene::At(std::int64_t micros) const {
+    const double factor = Factor(micros);
+    return {ambientLux * factor, infrared * factor, objectDistanceMm};
+}
+
+double LightScene::Factor(std::int64_t micros) const {
     double factor = 1.0;
     const double t = double(micros) / 1e6;
     switch (kind) {
@@ -50,8 +55,7 @@ LightScene::Sample LightScene::At(std::int64_t micros) const {
             break;
         }
     }
-    if (factor < 0) factor = 0;
-    return {ambientLux * factor, infrared * factor, objectDistanceMm};
+    return factor < 0 ? 0 : factor;
 }
 
 }  // namespace lxm::sim

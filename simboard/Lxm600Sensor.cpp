@@ -66,7 +66,8 @@ void CatchUp(bool& running, std::int64_t& next, std::int64_t period, std::int64_
 
 }  // namespace
 
-Lxm600Sensor::Lxm600Sensor(Clock& clock, const LightScene& scene) : clock_(clock), scene_(scene) {
+Lxm600Sensor::Lxm600Sensor(Clock& clock, const LightScene& scene, Rng& rng)
+    : clock_(clock), scene_(scene), rng_(rng) {
     Reset();
 }
 
@@ -142,12 +143,33 @@ void Lxm600Sensor::Advance() {
             [this](std::int64_t at) { CompleteProx(at); });
 }
 
-void Lxm600Sensor::CompleteAls(std::int64_t at) {
-    const LightScene::Sample light = scene_.At(at);
+int Lxm600Sensor::AlsCounts(std::int64_t at) {
     const std::uint8_t config = regs_[kConfig];
     const double fullScale = (config & kRange2000) ? 2000.0 : 125.0;
-    const double units = (config & kIrMode) ? light.ir : light.lux;
-    const int counts = Counts(units * (kAlsTop + 1) / fullScale, kAlsTop);
+    if (scene_.ideal) {
+        const LightScene::Sample light = scene_.At(at);
+        const double units = (config & kIrMode) ? light.ir : light.lux;
+        return Counts(units * (kAlsTop + 1) / fullScale, kAlsTop);
+    }
+    const Exposure light = Expose(scene_, at, kAlsConversionMicros);
+    const double units = (config & kIrMode) ? IrUnits(light) : AlsUnits(light);
+    return int(Convert(ChannelConversion(units, fullScale, 12, kAlsConversionMicros, scene_.temperatureC), rng_));
+}
+
+int Lxm600Sensor::ProxCounts(std::int64_t at) {
+    const double drive = (regs_[kConfig] & kDrive200) ? 2.0 : 1.0;
+    if (scene_.ideal) {
+        const LightScene::Sample light = scene_.At(at);
+        return Counts(ReflectedUnits(light.distanceMm, scene_.reflectance, drive, kProximityGain, true), kProxTop);
+    }
+    const double ambient = Expose(scene_, at, kProxMeasureMicros).irUnits;
+    const double counts = LedUnits(scene_, drive, kProximityGain, ambient) + kProxAmbientLeak * ambient;
+    const double seconds = kProxMeasureMicros / 1e6;
+    return int(Convert({counts, 0, kProxElectronsPerCount, seconds, scene_.temperatureC, 0, kProxTop}, rng_));
+}
+
+void Lxm600Sensor::CompleteAls(std::int64_t at) {
+    const int counts = AlsCounts(at);
     regs_[kAlsDataLow] = std::uint8_t(counts & 0xFF);
     regs_[kAlsDataHigh] = std::uint8_t(counts >> 8);
     ++alsConversions_;
@@ -160,14 +182,7 @@ void Lxm600Sensor::CompleteAls(std::int64_t at) {
 }
 
 void Lxm600Sensor::CompleteProx(std::int64_t at) {
-    const LightScene::Sample light = scene_.At(at);
-    double reflected = 0;
-    if (light.distanceMm > 0) {
-        const double cm = light.distanceMm / 10.0;
-        const double drive = (regs_[kConfig] & kDrive200) ? 2.0 : 1.0;
-        reflected = drive * scene_.reflectance * kProximityGain / (cm * cm);
-    }
-    const int counts = Counts(reflected, kProxTop);
+    const int counts = ProxCounts(at);
     regs_[kProxData] = std::uint8_t(counts);
     ++proxConversions_;
 

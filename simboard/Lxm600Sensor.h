@@ -33,8 +33,10 @@
 //   9, 10  ALS/IR reading, 12-bit: 9 = bits 7..0, 10 = bits 11..8 in the low nibble; read-only
 //   11..15 plain storage
 //
-// Counts: ALS (or IR) = floor(light × 4096 / full scale), 0..4095; proximity =
+// Counts of the ideal chip: ALS (or IR) = floor(light × 4096 / full scale), 0..4095; proximity =
 // floor(drive/100 mA × reflectance × kProximityGain / cm²), 0..255, 0 with nothing in front.
+// Otherwise the photodiode front end of Photodiode.h converts them, with its noise, dark
+// counts, the glass and the source's infrared; proximity sees a little of the ambient infrared.
 // The interrupt line (active low) is asserted while either flag (Or) or both flags (And) are set.
 // Reading has no side effects: a three-byte read from 8 gives proximity, ALS low and ALS
 // high of the latest conversions.
@@ -51,6 +53,7 @@ class Clock;
 namespace lxm::sim {
 
 struct LightScene;
+class Rng;
 
 class Lxm600Sensor final : public Sensor {
 public:
@@ -63,7 +66,12 @@ public:
     // Counts of an object of reflectance 1 at 1 cm with the LED at 100 mA.
     static constexpr double kProximityGain = 7200.0;
 
-    Lxm600Sensor(Clock& clock, const LightScene& scene);
+    // Proximity: charge per count, and how much of the ambient infrared the LED-off sample
+    // fails to cancel, in counts per IR unit.
+    static constexpr double kProxElectronsPerCount = 40;
+    static constexpr double kProxAmbientLeak = 0.001;
+
+    Lxm600Sensor(Clock& clock, const LightScene& scene, Rng& rng);
 
     std::uint8_t Read(std::uint8_t reg) override;
     void Write(std::uint8_t reg, std::uint8_t value) override;
@@ -87,8 +95,12 @@ private:
     void CompleteAls(std::int64_t at);
     void CompleteProx(std::int64_t at);
 
+    int AlsCounts(std::int64_t at);
+    int ProxCounts(std::int64_t at);
+
     Clock& clock_;
     const LightScene& scene_;
+    Rng& rng_;
     std::array<std::uint8_t, kRegisterCount> regs_{};
     Cycle als_, prox_;
     int alsOutside_ = 0;  // consecutive conversions outside the window, up to 16

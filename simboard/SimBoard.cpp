@@ -14,8 +14,8 @@ const char* ChipCaption(Chip chip) {
 
 SimBoard::SimBoard(Clock& clock, Chip chip)
     : clock_(clock),
-      family_(clock, scene_),
-      lxm600_(clock, scene_),
+      family_(clock, scene_, rng_),
+      lxm600_(clock, scene_, rng_),
       chip_(chip),
       controller_(clock, chip == Chip::Lxm600 ? static_cast<Sensor&>(lxm600_) : family_) {}
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Lxm600Sensor.h"
+#include "Photodiode.h"
 #include "Sensor.h"
 
 namespace lxm {
@@ -18,18 +19,26 @@ class Clock;
 
 namespace lxm::sim {
 
-// The light the simulated sensor sees. Steady by default; can vary with time so that a strip
-// chart has something to follow.
+// The light the simulated sensor sees and the bench around it. Steady by default; can vary
+// with time so that a strip chart has something to follow. The default bench is an office:
+// white LED light at 50 Hz, no cover glass, 25 °C, the chip's noise on.
 struct LightScene {
     enum class Kind { Steady, Sine, Steps, Noise };
     Kind kind = Kind::Steady;
-    double ambientLux = 300.0;     // visible light on the sensor
-    double infrared = 120.0;       // ambient infrared, in the same lux-like units
+    double ambientLux = 300.0;     // as a reference lux meter reads it (IR lamp: its IR units)
+    double infrared = 120.0;       // ideal chip only: ambient infrared, in the same lux-like units
     double objectDistanceMm = 60;  // reflecting object for proximity; <= 0 means none
     double reflectance = 0.5;      // 0..1
     double periodS = 4.0;          // sine period / step dwell
     double depth = 0.6;            // relative swing of sine, steps and noise (0..1)
     std::uint32_t seed = 1;
+    Source source = Source::Led;
+    int mainsHz = 50;            // 50 or 60; artificial light ripples at twice this
+    double glassPercent = 100;   // cover glass transmission; 100: no glass
+    double temperatureC = 25;
+    // The noise-free chip: counts follow the light exactly, from `ambientLux` and `infrared`,
+    // sampled at the end of each conversion.
+    bool ideal = false;
 
     struct Sample {
         double lux;
@@ -39,6 +48,8 @@ struct LightScene {
     // What the sensor sees at a time (microseconds of the board clock). Deterministic for a
     // given scene and time, noise included.
     Sample At(std::int64_t micros) const;
+    // The time variation alone: the light at a time over the light set.
+    double Factor(std::int64_t micros) const;
 };
 
 // The family sensor at 7-bit address 0x44: command registers 0 and 1, data 2 and 3,
@@ -52,7 +63,7 @@ public:
     // with the LED at 100 mA; falls with the square of the distance.
     static constexpr double kProximityGain = 28800.0;
 
-    FamilySensor(Clock& clock, const LightScene& scene);
+    FamilySensor(Clock& clock, const LightScene& scene, Rng& rng);
 
     std::uint8_t Read(std::uint8_t reg) override;
     void Write(std::uint8_t reg, std::uint8_t value) override;
@@ -68,10 +79,12 @@ public:
 private:
     void Advance();
     void CompleteConversion(std::int64_t at);
-    std::uint16_t Measure(int op, std::int64_t at) const;
+    std::uint16_t Measure(int op, std::int64_t at);
+    std::uint16_t MeasureIdeal(int op, std::int64_t at) const;
 
     Clock& clock_;
     const LightScene& scene_;
+    Rng& rng_;
     std::array<std::uint8_t, kRegisterCount> regs_{};
     std::int64_t convStart_ = 0;  // start of the running conversion
     bool converting_ = false;
@@ -177,6 +190,11 @@ class SimBoard {
 public:
     explicit SimBoard(Clock& clock, Chip chip = Chip::Family);
     LightScene& scene() { return scene_; }
+    // The same seed gives the same readings for the same sequence of transfers.
+    void Seed(std::uint32_t seed) {
+        scene_.seed = seed;
+        rng_.Seed(seed);
+    }
     // The chip on the board now.
     Sensor& sensor() { return controller_.sensor(); }
     Chip chip() const { return chip_; }
@@ -193,6 +211,7 @@ public:
 private:
     Clock& clock_;
     LightScene scene_;
+    Rng rng_{scene_.seed};
     FamilySensor family_;
     Lxm600Sensor lxm600_;
     Chip chip_;

@@ -25,6 +25,7 @@ struct HeadlessCollect : ::testing::Test {
     QString path = dir.filePath(QStringLiteral("run.csv"));
     std::string err;
 
+    HeadlessCollect() { board.scene().ideal = true; }  // exact counts
     int Run(std::vector<std::string> args, bool progress = false) {
         args.insert(args.end(), {"--output", path.toStdString()});
         const CommandLine cl = ParseCommandLine(args);

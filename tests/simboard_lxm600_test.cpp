@@ -59,6 +59,7 @@ protected:
 
     test::FakeClock clock;
     SimBoard board{clock, Chip::Lxm600};
+    Lxm600Test() { board.scene().ideal = true; }
 };
 
 TEST_F(Lxm600Test, PowerOnImageIdAndWhichRegistersTakeWrites) {

@@ -20,6 +20,7 @@ constexpr std::uint8_t kDrive100 = 0x30, kDrive50 = 0x20, kScheme1 = 0x80;
 
 class BoardTest : public ::testing::Test {
 protected:
+    BoardTest() { board.scene().ideal = true; }
     std::uint32_t Out(std::uint8_t ep, const Bytes& b) { return ctl().BulkOut(ep, b.data(), b.size()); }
     void Write(std::uint8_t reg, Bytes data, std::uint8_t addr = kWr) {
         data.insert(data.begin(), {0, addr, reg});

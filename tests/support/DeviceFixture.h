@@ -22,7 +22,11 @@ struct BoardFixture {
     sim::SimDriver driver{board};
     Session session{driver, messages, files, clock};
 
-    BoardFixture() { session.usb().openWaitYields = 50; }
+    BoardFixture() {
+        session.usb().openWaitYields = 50;
+        // The noise-free chip: these tests compare counts exactly.
+        board.scene().ideal = true;
+    }
 
     sim::WireLog& wire() { return board.controller().wireLog(); }
     std::uint8_t chip(int reg) { return board.sensor().Peek(std::uint8_t(reg)); }

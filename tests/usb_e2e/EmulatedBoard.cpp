@@ -70,6 +70,7 @@ EmulatedBoard::EmulatedBoard(UMockdevTestbed* testbed, int hubPort)
     syspath_ = "/sys" + devicePath_;
     address_ = hubPort == 1 ? 1 : hubPort * 10;
     board_ = std::make_unique<sim::SimBoard>(boardClock_);
+    board_->scene().ideal = true;  // exact counts
 }
 
 EmulatedBoard::~EmulatedBoard() {
@@ -96,6 +97,7 @@ void EmulatedBoard::Plug() {
     {
         std::lock_guard lock(mu_);
         board_ = std::make_unique<sim::SimBoard>(boardClock_);  // power-on state
+        board_->scene().ideal = true;
         nodes_[devnode_] = Node{};
     }
     // The node must answer before the "add" event makes libusb look at it.
