@@ -8,13 +8,12 @@
 
 namespace lxm {
 
-namespace {
-
-// Scale values are 32-bit; an absurd entry saturates rather than wrapping round.
 std::int32_t ToScale(double v) {
     if (std::isnan(v)) return 0;
     return std::int32_t(RoundEven(std::clamp(v, -2147483648.0, 2147483647.0)));
 }
+
+namespace {
 
 std::int32_t TenthOf(std::int64_t span) {
     return ToScale(double(span) / 10.0);

@@ -44,6 +44,10 @@ std::optional<AutoScaleResult> AutoRescale(std::span<const double> sampleValues,
 // may not fit 32 bits ("-2147483648" as the bottom): it saturates, as the scale values do.
 std::int32_t ScaleSpanOf(std::int32_t scaleMax, std::int32_t scaleMin);
 
+// A scale value from the number typed for it: 32-bit, rounded half to even; an absurd entry
+// saturates rather than wrapping round.
+std::int32_t ToScale(double v);
+
 // Puts a result into the plot state. The automatic case also re-captions both axes.
 void ApplyScale(const ScaleResult& scale, PlotState& state);
 void ApplyScale(const AutoScaleResult& scale, PlotState& state);

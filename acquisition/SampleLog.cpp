@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <cerrno>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -59,20 +60,36 @@ void PutPadded(char*& p, unsigned v, int width) {
     p += width;
 }
 
-QByteArray HeaderText(const SampleLogHeader& h, const QDateTime& started) {
+// The "# key: value" lines of the settings, all of them, or those that differ from before.
+QString SettingLines(const SampleLogHeader& h, const SampleLogHeader* before) {
     auto hex = [](std::uint8_t v) { return QString::asprintf("%02X", v); };
+    QString t;
+    auto line = [&](bool changed, const char* key, const QString& value) {
+        if (before && !changed) return;
+        t += QStringLiteral("# ") + QLatin1String(key) + QStringLiteral(": ") + value + QStringLiteral("\r\n");
+    };
+    if (!h.measurement.isEmpty() || before)
+        line(!before || before->measurement != h.measurement, "measurement", h.measurement);
+    line(!before || before->reg0 != h.reg0, "register 0", hex(h.reg0));
+    line(!before || before->reg1 != h.reg1, "register 1", hex(h.reg1));
+    line(!before || before->intervalMs != h.intervalMs, "interval",
+         QString::number(h.intervalMs) + QStringLiteral(" ms"));
+    line(!before || before->rangeLux != h.rangeLux, "range",
+         QString::number(h.rangeLux, 'f', QLocale::FloatingPointShortest) + QStringLiteral(" lux"));
+    if (h.resolutionBits > 0)
+        line(!before || before->resolutionBits != h.resolutionBits, "resolution",
+             QString::number(h.resolutionBits) + QStringLiteral(" bits"));
+    return t;
+}
+
+QByteArray HeaderText(const SampleLogHeader& h, const QDateTime& started) {
     QString t = QStringLiteral("# lxmeval sample log\r\n# sensor: ") + h.sensor + QStringLiteral("\r\n");
-    if (!h.measurement.isEmpty())
-        t += QStringLiteral("# measurement: ") + h.measurement + QStringLiteral("\r\n");
-    t += QStringLiteral("# register 0: ") + hex(h.reg0) + QStringLiteral("\r\n# register 1: ") + hex(h.reg1) +
-         QStringLiteral("\r\n# interval: ") + QString::number(h.intervalMs) +
-         QStringLiteral(" ms\r\n# range: ") +
-         QString::number(h.rangeLux, 'f', QLocale::FloatingPointShortest) + QStringLiteral(" lux\r\n");
+    t += SettingLines(h, nullptr);
     // With its offset from UTC, so that a log over a change of summer time stays readable.
     t += QStringLiteral("# started: ") +
          started.toOffsetFromUtc(started.offsetFromUtc()).toString(Qt::ISODateWithMs) +
          QStringLiteral("\r\n");
-    t += QStringLiteral("time,seconds,sample,raw,value,unit");
+    t += QStringLiteral("time,seconds,sample,raw,value,unit,status");
     if (h.dual) t += QStringLiteral(",ir,prox");
     return (t + QStringLiteral("\r\n")).toUtf8();
 }
@@ -91,6 +108,7 @@ bool SampleLog::Open(const QString& path, const SampleLogHeader& header) {
     path_ = path;
     lux_ = header.lux;
     dual_ = header.dual;
+    recorded_ = header;
     used_ = 0;
     rows_ = 0;
     cachedSecond_ = INT64_MIN;
@@ -196,13 +214,16 @@ void SampleLog::Append(const LoggedSample& s) {
     *p++ = ',';
     PutInt(p, std::int64_t(++rows_));
     *p++ = ',';
-    if (s.raw) PutInt(p, *s.raw);
+    const bool failed = s.status == SampleStatus::Failed;
+    if (s.raw && !failed) PutInt(p, *s.raw);
     *p++ = ',';
-    if (std::isfinite(s.value)) p = std::to_chars(p, p + 32, s.value == 0 ? 0.0 : s.value).ptr;
+    if (std::isfinite(s.value) && !failed) p = std::to_chars(p, p + 32, s.value == 0 ? 0.0 : s.value).ptr;
     if (lux_)
-        Put(p, ",lux", 4);
+        Put(p, ",lux,", 5);
     else
-        Put(p, ",counts", 7);
+        Put(p, ",counts,", 8);
+    const char* word = StatusWord(s.status);
+    Put(p, word, std::strlen(word));
     if (dual_) {
         *p++ = ',';
         if (s.ir) PutInt(p, *s.ir);
@@ -216,6 +237,19 @@ void SampleLog::Append(const LoggedSample& s) {
     // after the last write; so slow runs write every row and fast ones once a second.
     if ((now - lastFlushUs_) + (now - lastRowUs_) >= kFlushEveryUs) Flush();
     lastRowUs_ = now;
+}
+
+void SampleLog::NoteSettings(const SampleLogHeader& now) {
+    if (fd_ < 0) return;
+    const QByteArray lines = SettingLines(now, &recorded_).toUtf8();
+    recorded_ = now;
+    lux_ = now.lux;
+    if (lines.isEmpty()) return;
+    if (kBufferBytes - used_ < std::size_t(lines.size()) + kMaxRowBytes && !Flush()) return;
+    // A measurement's name is short; a longer text would not be a setting.
+    const std::size_t n = std::min<std::size_t>(std::size_t(lines.size()), kBufferBytes - kMaxRowBytes - used_);
+    std::memcpy(buffer_.get() + used_, lines.constData(), n);
+    used_ += n;
 }
 
 void SampleLog::FlushIfDue() {
@@ -250,6 +284,37 @@ void SampleLog::Fail(int err) {
     fd_ = -1;
     used_ = 0;
     if (onError_) onError_(path_, Reason(err));
+}
+
+QString LogCreationProblem(const QString& path) {
+    if (path.isEmpty()) return Reason(ENOENT);
+    const QFileInfo given(path);
+    const QFileInfo info(given.isSymLink() ? given.symLinkTarget() : path);
+    struct stat st {};
+    if (::stat(QFile::encodeName(info.filePath()).constData(), &st) == 0) {
+        if (S_ISDIR(st.st_mode)) return Reason(EISDIR);
+        if (!S_ISREG(st.st_mode)) return QString();  // a device or pipe is opened as it is
+    }
+    // The log is written beside its file first, so the folder is what must take a new file.
+    QByteArray temp = QFile::encodeName(info.absolutePath() + QStringLiteral("/.") + info.fileName()) +
+                      QByteArrayLiteral(".XXXXXX");
+    const int fd = ::mkstemp(temp.data());
+    if (fd < 0) return Reason(errno);
+    ::close(fd);
+    ::unlink(temp.constData());
+    return QString();
+}
+
+QString NextFreeLogPath(const QString& path) {
+    const QFileInfo info(path);
+    const QString suffix = info.suffix();
+    QString stem = path;
+    if (!suffix.isEmpty()) stem.chop(suffix.size() + 1);
+    for (int n = 2;; ++n) {
+        const QString candidate =
+            stem + QLatin1Char('-') + QString::number(n) + (suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
+        if (!QFileInfo::exists(candidate)) return candidate;
+    }
 }
 
 QString SampleLogErrorMessage(const QString& path, const QString& reason) {

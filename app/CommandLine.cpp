@@ -319,7 +319,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
                 cl.error = "option --interval needs a whole number of milliseconds from 0 to " +
                            std::to_string(kMaxCollectIntervalMs) + Quoted(v);
             else
-                collect.intervalMs = *n;
+                collect.intervalMs = *n, collect.intervalGiven = true;
             if (collectOnly.empty()) collectOnly = arg;
         } else if (arg == "--samples") {
             std::optional<std::string> v = value();
@@ -465,13 +465,17 @@ std::string HelpText() {
            "                     it up alike; it has no prox-ir.\n"
            "  --output FILE.csv  the log (required), replaced if it exists: lines starting with\n"
            "                     \"#\" (sensor, measurement, registers 0 and 1, interval, range,\n"
-           "                     start time), one line of column names, then one line per sample:\n"
-           "                     time,seconds,sample,raw,value,unit[,ir,prox]\n"
+           "                     resolution, start time), one line of column names, then one\n"
+           "                     line per sample:\n"
+           "                     time,seconds,sample,raw,value,unit,status[,ir,prox]\n"
            "                     local time (ISO 8601 with milliseconds), seconds since the start,\n"
-           "                     sample number from 1, raw count, value, \"lux\" or \"counts\", and\n"
-           "                     for prox-ir the infrared and proximity counts; a field is empty\n"
+           "                     sample number from 1, raw count, value, \"lux\" or \"counts\",\n"
+           "                     ok, failed (raw and value empty), saturated (top of the scale)\n"
+           "                     or early (read before its conversion could end), and for\n"
+           "                     prox-ir the infrared and proximity counts; a field is empty\n"
            "                     when its reading was not a number\n"
-           "  --interval MS      milliseconds between samples, 0 to 3600000 (default 8); for the\n"
+           "  --interval MS      milliseconds between samples, 0 to 3600000 (default: the\n"
+           "                     form's for the resolution, 118 at 16 bits, 8 at 12); for the\n"
            "                     one-conversion types the wait between trigger and read\n"
            "  --samples N        stop after N samples (1 to 1000000000000)\n"
            "  --duration SECONDS stop after this many seconds (\"90\", \"0.5\"; at most 31 days)\n"

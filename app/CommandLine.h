@@ -33,6 +33,8 @@ struct CollectOptions {
     const CollectType* type = nullptr;
     std::string output;
     int intervalMs = kDefaultCollectIntervalMs;
+    // Without --interval the form's own choice for the resolution stands (118 ms at 16 bits).
+    bool intervalGiven = false;
     // Neither: the collection runs until it is interrupted.
     std::optional<std::uint64_t> samples;
     std::optional<double> durationSeconds;

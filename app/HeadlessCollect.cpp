@@ -54,7 +54,7 @@ void Tick(QCheckBox* box, Click click) {
 
 // The family form: resolution, then the measurement (whose handler rewrites the range
 // controls), then the range and the interval.
-std::unique_ptr<DeviceFormBase> FamilyForm(Session& session, const CollectOptions& opt) {
+std::unique_ptr<frmLXM410> FamilyForm(Session& session, const CollectOptions& opt) {
     auto form = std::make_unique<frmLXM410>(session);
     form->Form_Load();
     if (opt.resolutionBits)
@@ -63,7 +63,8 @@ std::unique_ptr<DeviceFormBase> FamilyForm(Session& session, const CollectOption
     Select(form->OptMeasure, opt.type->optMeasure, [&](int i) { form->OptMeasure_Click(i); });
     if (opt.rangeLux)
         Choose(form->OptGain, form->RangeTable, *opt.rangeLux, [&](int i) { form->OptGain_Click(i); });
-    form->txtInterval->setText(QString::number(opt.intervalMs));
+    // Without --interval the resolution's own delay stands, as the form chose it.
+    if (opt.intervalGiven) form->txtInterval->setText(QString::number(opt.intervalMs));
     form->txtInterval_LostFocus();
     return form;
 }
@@ -86,8 +87,22 @@ std::unique_ptr<DeviceFormBase> MultiFunctionForm(Session& session, const Collec
         Tick(form->chkALSEnable, [&] { form->chkALSEnable_Click(); });
         Select(form->OptGraph, 1, [&](int i) { form->OptGraph_Click(i); });  // "ALS/IR"
     }
-    form->txtInterval->setText(QString::number(opt.intervalMs));
+    if (opt.intervalGiven) form->txtInterval->setText(QString::number(opt.intervalMs));
     return form;
+}
+
+// A one-shot read needs its conversion done: an interval shorter than that takes every reading
+// early. Said once; the rows say it each.
+void WarnOfEarlyReadings(const frmLXM410& form, const CollectOptions& opt, std::FILE* err) {
+    const std::int64_t conversionUs = ConversionMicros(form.AdcBits);
+    if (!opt.intervalGiven || opt.type->continuous || std::int64_t(opt.intervalMs) * 1000 >= conversionUs)
+        return;
+    Print(err, QStringLiteral("lxmeval: an interval of %1 ms is shorter than the %2 ms a %3-bit conversion "
+                              "takes; the readings are marked early. Leave --interval out for the "
+                              "resolution's own.\n")
+                   .arg(opt.intervalMs)
+                   .arg(double(conversionUs) / 1000.0, 0, 'f', 1)
+                   .arg(form.AdcBits));
 }
 
 // The form's own collection with every sample logged, ended by the samples or the duration
@@ -170,12 +185,22 @@ int RunCollectHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, s
                        bool progress) {
     const CollectOptions& opt = *cl.collect;
     const std::string sensor = cl.sensor.value_or(SensorNames().front());
+    // A log that cannot be created is a bad file, told before the board is touched.
+    const QString output = QString::fromLocal8Bit(opt.output.c_str());
+    const QString problem = LogCreationProblem(output);
+    if (!problem.isEmpty()) {
+        Print(err, QStringLiteral("lxmeval: cannot create the log \"%1\": %2. Choose a file in a folder you "
+                                  "may write to.\n")
+                       .arg(output, problem));
+        return kExitUnusable;
+    }
     StreamMessages messages(err);
     NoFileDialogs files;
     Session session(driver, messages, files, clock);
     if (!OpenBoardHeadless(session, sensor, err)) return kExitUnusable;
-    const std::unique_ptr<DeviceFormBase> form =
-        sensor == "LXM600" ? MultiFunctionForm(session, opt) : FamilyForm(session, opt);
+    if (sensor == "LXM600") return Collect(*MultiFunctionForm(session, opt), session, opt, err, progress);
+    const auto form = FamilyForm(session, opt);
+    WarnOfEarlyReadings(*form, opt, err);
     return Collect(*form, session, opt, err, progress);
 }
 

@@ -16,15 +16,17 @@ bool QtMessages::Ask(const QString& text, const QString& title) {
 
 std::optional<QString> QtFileDialogs::OpenFile(const QString& title, const QString& dir,
                                                const QString& filter) {
-    QString f = QFileDialog::getOpenFileName(nullptr, title, dir, filter);
+    QString f = QFileDialog::getOpenFileName(nullptr, title, start_.For(dir), filter);
     if (f.isEmpty()) return std::nullopt;
+    start_.Chosen(f);
     return f;
 }
 
 std::optional<QString> QtFileDialogs::SaveFile(const QString& title, const QString& dir,
                                                const QString& filter) {
-    QString f = QFileDialog::getSaveFileName(nullptr, title, dir, filter);
+    QString f = QFileDialog::getSaveFileName(nullptr, title, start_.For(dir), filter);
     if (f.isEmpty()) return std::nullopt;
+    start_.Chosen(f);
     return f;
 }
 

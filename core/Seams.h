@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <optional>
 
+#include "core/FileFolders.h"
+
 class QWidget;
 
 namespace lxm {
@@ -72,10 +74,14 @@ private:
     QWidget* parent_;
 };
 
+// Every dialog starts where the user last saved or opened a file, the documents folder at first.
 class QtFileDialogs final : public FileDialogs {
 public:
     std::optional<QString> OpenFile(const QString& title, const QString& dir, const QString& filter) override;
     std::optional<QString> SaveFile(const QString& title, const QString& dir, const QString& filter) override;
+
+private:
+    DialogStart start_;
 };
 
 // The application title shown on message boxes.

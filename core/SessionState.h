@@ -30,6 +30,9 @@ struct SessionState {
     bool DeviceInfoOK = false;
     bool DeviceOpen = false;
     bool SessionOpen = false;
+    // The board went away since it was last opened: plugged in again it is attached, but
+    // nothing reaches it until it is opened anew ("Board > Reconnect").
+    bool ReopenNeeded = false;
 
     // Continuous collection is running; the transfer layer and the detach handler stop it.
     bool Collecting = false;

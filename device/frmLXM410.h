@@ -32,6 +32,7 @@ namespace lxm {
 class Session;
 class PictureBox;
 class ColorLabel;
+class ReadingFlag;
 class RegisterPanel;
 class Shape;
 class frmScriptOps;
@@ -303,6 +304,10 @@ public:
     std::int32_t ProxCount = 0, ProxCountSigned = 0, ProxMinusIr = 0;
     std::uint8_t LastLow = 0, LastHigh = 0;  // data bytes of the last reply
     std::int32_t PassCount = 0;              // the count the last pass read, as it is logged
+    // When the chip last started converting anew (a write of register 0 or 1), for telling a
+    // continuous read that came before its first conversion could end.
+    std::int64_t ConversionStartUs = 0;
+    ReadingFlag* lblReadingFlag = nullptr;  // beside txtReading
 
     // collection state beyond the shared one
     bool InterruptHold = false;
@@ -331,6 +336,8 @@ private:
     bool SamplePass();
     void EndCollection();
     LoggedSample LoggedPass() const;
+    // What the count of the pass is worth, from the reply and the timing of the read.
+    SampleStatus CountStatus(std::int32_t value) const;
 
     frmScriptOps* script_ = nullptr;
     StripChart* chart_ = nullptr;

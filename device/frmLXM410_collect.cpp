@@ -24,12 +24,14 @@
 namespace lxm {
 
 void frmLXM410::WireCollection() {
-    PacedCollection::Controls c{txtInterval, txtTime1, lblLoop_Count, chart_->Picture1, kRegisterRows};
+    PacedCollection::Controls c{txtInterval, txtTime1, lblLoop_Count, chart_->Picture1, kRegisterRows,
+                                lblReadingFlag};
     loop_ = std::make_unique<PacedCollection>(s_, *this, plot, c);
     auto& h = loop_->hooks;
     h.start = [this] { StartCollection(); };
     h.singleShot = [this] { return MeasureSingleShot; };
     WireRefresh(*loop_, [this] {
+        ConversionStartUs = s_.clock.Micros();
         cmdScale_Click();
         // The first conversion after a register change may be a mixed one: read and dropped.
         ReadDataRegisters();
@@ -48,6 +50,7 @@ void frmLXM410::WireCollection() {
         *loop_, *frmDataRecord,
         [this](SampleLogHeader& header) {
             header.rangeLux = RangeTable[std::size_t(RangeIndex)];
+            header.resolutionBits = AdcBits;
             header.lux = ShowLux;
             header.dual = MeasureProxIrDual;
             for (const auto& [i, option] : OptMeasure)
@@ -70,6 +73,7 @@ std::optional<std::int64_t> CountIn(const QLineEdit* box) {
 LoggedSample frmLXM410::LoggedPass() const {
     LoggedSample row;
     row.value = LatestReading;
+    row.status = PassStatus;
     if (MeasureProxIrDual) {
         row.raw = CountIn(txtProx_IR.at(6));
         if (!row.raw) row.value = std::numeric_limits<double>::quiet_NaN();
@@ -81,6 +85,17 @@ LoggedSample frmLXM410::LoggedPass() const {
         row.raw = PassCount;
     }
     return row;
+}
+
+// A one-shot read is early when its delay is shorter than the conversion; a continuous one
+// when the conversion that began with the last register write cannot have ended yet. A signed
+// proximity count has no top of scale to be stuck at.
+SampleStatus frmLXM410::CountStatus(std::int32_t value) const {
+    const std::int64_t conversion = ConversionMicros(AdcBits);
+    const bool early = MeasureSingleShot ? Val(txtSampling_Delay->text()) * 1000 < double(conversion)
+                                         : s_.clock.Micros() - ConversionStartUs < conversion;
+    const std::int64_t count = SignedPlotCase() ? 0 : (std::int64_t(value) & TopCount(AdcBits));
+    return Classify(s_.ReadStatusByte == 2, count, AdcBits, early);
 }
 
 void frmLXM410::cmdCollectData_Click() {
@@ -124,6 +139,8 @@ void frmLXM410::StartCollection() {
     MakeLiveValue(lblLoop_Count);
     for (const auto& [i, label] : lblIR1) MakeLiveValue(label);
     Label6->show();
+    FrmMeasureDetails->SetUnit(ShowLux ? QStringLiteral("lux") : QStringLiteral("counts"));
+    ConversionStartUs = s_.clock.Micros();
 }
 
 bool frmLXM410::SamplePass() {
@@ -139,6 +156,7 @@ bool frmLXM410::SamplePass() {
         s_.TransferBusy = true;
         const std::int32_t value = ReadDataRegisters();
         PassCount = value;
+        PassStatus = CountStatus(value);
         counted = true;
         SampleValues[SampleCount] = value;
         if (Displayed) txtADCRaw->setText(Trim(value));
@@ -160,6 +178,9 @@ bool frmLXM410::SamplePass() {
         const QString difference = txtProx_IR.at(6)->text();
         bool numeric = false;
         const double value = difference.trimmed().toDouble(&numeric);
+        PassStatus = s_.ReadStatusByte != 2 ? SampleStatus::Failed
+                     : numeric              ? SampleStatus::Ok
+                                            : SampleStatus::Saturated;
         if (numeric) {
             SampleValues[SampleCount] = value;
             txtADCRaw->setText(difference);

@@ -21,6 +21,7 @@
 #include "device/BoardMenu.h"
 #include "device/FormFit.h"
 #include "device/frmLXM410.h"
+#include "device/parts/ReadingFlag.h"
 #include "device/parts/FormLayout.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RecordFrame.h"
@@ -304,6 +305,8 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     lblRange = new QLabel(QStringLiteral("Range Change"), frmCollect);
     rdg->addWidget(Label16, 0, 0);
     rdg->addWidget(txtReading, 0, 1);
+    lblReadingFlag = new ReadingFlag(frmCollect);
+    rdg->addWidget(lblReadingFlag, 0, 2);
     rdg->addWidget(Label36, 1, 0);
     rdg->addWidget(txtADCRaw, 1, 1);
     rdg->addWidget(Label6, 2, 0);
@@ -312,7 +315,7 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     auto* status = new QHBoxLayout;
     status->addWidget(lblLoop_Count);
     status->addWidget(Label18, 1);
-    rdg->addLayout(status, 3, 0, 1, 2);
+    rdg->addLayout(status, 3, 0, 1, 3);
     // Start's caption changes when a run starts; it gets the room of its longer text from the
     // outset, so that nothing moves under the pointer.
     auto* startStop = new QHBoxLayout;
@@ -321,9 +324,9 @@ void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     cmdCollectData->setText(QStringLiteral("Start"));
     startStop->addWidget(cmdCollectData);
     startStop->addWidget(cmdStopData, 1);
-    rdg->addLayout(startStop, 4, 0, 1, 2);
+    rdg->addLayout(startStop, 4, 0, 1, 3);
     rdg->addWidget(lblRange, 5, 0);
-    rdg->addWidget(ChkSampleInt, 5, 1);
+    rdg->addWidget(ChkSampleInt, 5, 1, 1, 2);
     col3->addWidget(frmCollect);
     col3->addWidget(frmDataRecord);
 

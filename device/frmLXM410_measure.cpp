@@ -218,6 +218,7 @@ void frmLXM410::cmdRead_ADC_Click() {
 
 void frmLXM410::cmdProx_IR_Click() {
     // 1.
+    if (s_.comm().RefuseUnopenedBoard()) return;
     IntervalDisplayMs = Val(txtSampling_Delay->text());
     LoopDelayMs = Val(txtPLoopDelay->text());
     const std::uint8_t base = s_.RegWriteMirror[0] & 0x1E;

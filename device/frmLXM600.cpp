@@ -50,7 +50,8 @@ constexpr const std::array<std::uint8_t, frmLXM600::kRegisterRows>& kImage = kLx
 frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session, parent) {
     BuildLayout();
     BuildParts();
-    PacedCollection::Controls c{txtInterval, txtTime1, lblLoop_Count, chart_->Picture1, kRegisterRows};
+    PacedCollection::Controls c{txtInterval, txtTime1, lblLoop_Count, chart_->Picture1, kRegisterRows,
+                                lblReadingFlag};
     loop_ = std::make_unique<PacedCollection>(s_, run_, plot_, c);
     auto& h = loop_->hooks;
     h.start = [this] { StartRun(); };
@@ -66,6 +67,7 @@ frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session
         [this](SampleLogHeader& header) {
             header.rangeLux = RangeTable[std::size_t(RangeIndex)];
             header.lux = AlsSample();
+            header.resolutionBits = TraceEnable1 == 255 ? kProxBits : AdcBits;
             // The proximity trace is read whatever the ALS/IR mode says.
             if (TraceEnable1 == 255)
                 header.measurement = OptGraph.at(0)->text();
@@ -77,6 +79,7 @@ frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session
             LoggedSample row;
             row.raw = TraceEnable1 == 255 ? ProxCount600 : AlsIrCount600;
             row.value = run_.LatestReading;
+            row.status = run_.PassStatus;
             return row;
         });
     WireHandlers();

@@ -22,6 +22,7 @@ class QTimer;
 namespace lxm {
 
 class BoardMenu;
+class ReadingFlag;
 class DeviceSelection;
 class InterruptSampler;
 class MaxMinFrame;
@@ -154,6 +155,7 @@ public:
     QGroupBox* frmCollect = nullptr;
     QLabel* Label16 = nullptr;
     QLineEdit* txtReading = nullptr;
+    ReadingFlag* lblReadingFlag = nullptr;  // beside txtReading
     QLabel* Label17 = nullptr;
     QLineEdit* txtReading2 = nullptr;
     QLineEdit* txtReading3 = nullptr;
@@ -189,6 +191,8 @@ public:
     // Which trace is drawn: OptGraph swaps them between 255 and 0.
     std::uint8_t TraceEnable1 = 255;
     std::uint8_t TraceEnable2 = 0;
+    // The proximity result is an 8-bit count.
+    static constexpr int kProxBits = 8;
 
 private:
     void BuildLayout();
@@ -213,6 +217,9 @@ private:
     CollectionState run_;
     std::unique_ptr<PacedCollection> loop_;
     int polls_ = 0;
+    // A read asked for while the bus was taken, waiting for it (one each at most).
+    bool readAdWaiting_ = false;
+    bool pollWaiting_ = false;
     std::uint8_t lastLow_ = 0, lastHigh_ = 0;
 };
 

@@ -7,6 +7,8 @@
 
 #include "acquisition/Conversion.h"
 #include "acquisition/PictureBox.h"
+#include "acquisition/Rescale.h"
+#include "core/BusFree.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
 #include "device/frmLXM600.h"
@@ -25,12 +27,28 @@ constexpr int kProxData = 8;  // register 8: proximity; 9 and 10: ALS/IR low and
 constexpr int kStopYields = 10000;
 }  // namespace
 
+// While another transfer holds the bus the read says it waits, and is made once that one has
+// ended; the caption goes with the read.
 void frmLXM600::cmdReadAd_Click() {
     if (!s_.UsbConnected) {
         s_.comm().NotConnected();
         return;
     }
-    const auto bytes = panel_->ReadRows(kProxData, 3, QStringLiteral("Rd_AD Waiting"));
+    if (s_.comm().RefuseUnopenedBoard()) return;
+    if (s_.TransferBusy) {
+        if (readAdWaiting_) return;
+        readAdWaiting_ = true;
+        lblUSBStatis->setText(QStringLiteral("Rd_AD Waiting"));
+        WhenBusFree(
+            s_, this,
+            [this] {
+                readAdWaiting_ = false;
+                cmdReadAd_Click();
+            },
+            [this] { return readAdWaiting_ = s_.UsbConnected; });
+        return;
+    }
+    const auto bytes = panel_->ReadRows(kProxData, 3);
     if (!bytes) return;
     ProxCount600 = (*bytes)[0];
     AlsIrCount600 = (*bytes)[1] + (*bytes)[2] * 256;
@@ -53,6 +71,7 @@ void frmLXM600::OptGraph_Click(int Index) {
     TraceEnable2 = Index == 0 ? 0 : 255;
     loop_->drawTrace1 = TraceEnable1 == 255;
     loop_->drawTrace2 = TraceEnable2 == 255;
+    loop_->SettingsChanged();
 }
 
 void frmLXM600::cmdCollectData_Click() {
@@ -69,6 +88,7 @@ void frmLXM600::StartRun() {
     cmdStopData->show();
     Command4->setEnabled(false);
     FrmMeasureDetails->Empty();
+    FrmMeasureDetails->SetUnit(AlsSample() ? QStringLiteral("lux") : QStringLiteral("counts"));
     Label6->show();
 }
 
@@ -82,6 +102,7 @@ bool frmLXM600::SamplePass() {
     cmdReadAd_Click();
     s_.TransferBusy = true;
     if (!s_.Collecting) return false;
+    const bool readOk = s_.ReadStatusByte == 3;
     double raw;
     if (TraceEnable1 == 255) {
         raw = ProxCount600;
@@ -94,6 +115,7 @@ bool frmLXM600::SamplePass() {
         lastLow_ = std::uint8_t(AlsIrCount600 & 0xFF);
         lastHigh_ = std::uint8_t(AlsIrCount600 >> 8);
     }
+    run_.PassStatus = Classify(readOk, std::int64_t(raw), TraceEnable1 == 255 ? kProxBits : AdcBits, false);
     if (run_.Displayed) txtADCRaw->setText(Trim(raw));
     run_.LatestReading = raw;
     if (AlsSample()) {
@@ -115,10 +137,10 @@ bool frmLXM600::SamplePass() {
 void frmLXM600::PlotRows() {
     const auto n = std::size_t(run_.SampleCount);
     plot_.TracePixels[kTraceNewest] =
-        PlotRow(run_.SampleValues[n], plot_.ScaleMin, plot_.ScaleMax, plot_.ScaleMax - plot_.ScaleMin, false);
-    const auto max2 = std::int32_t(RoundEven(Val(chart_->txtScale2->text()) + 1));
-    const auto min2 = std::int32_t(RoundEven(Val(chart_->txtScaleMin2->text())));
-    plot_.TracePixels2[kTraceNewest] = PlotRow(run_.SampleValues2[n], min2, max2, max2 - min2, false);
+        PlotRow(run_.SampleValues[n], plot_.ScaleMin, plot_.ScaleMax, ScaleSpanOf(plot_.ScaleMax, plot_.ScaleMin), false);
+    const std::int32_t max2 = ToScale(Val(chart_->txtScale2->text()) + 1);
+    const std::int32_t min2 = ToScale(Val(chart_->txtScaleMin2->text()));
+    plot_.TracePixels2[kTraceNewest] = PlotRow(run_.SampleValues2[n], min2, max2, ScaleSpanOf(max2, min2), false);
 }
 
 void frmLXM600::ShowReading() {

@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include "core/BusFree.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
 #include "device/frmLXM600.h"
@@ -92,14 +93,22 @@ void frmLXM600::chkPoll_Click() {
         TimerIPol->stop();
 }
 
-// A tick that finds the bus taken, or no board, lets it be: the timer never starts a transfer
-// inside another one, and a board that is gone has already said so.
+// A tick that finds the bus taken reads once the transfer in progress has ended, never inside
+// it; ticks meanwhile add no further reads. Without a board, or one not yet reopened, there is
+// nothing to read, and the board has already said so.
 void frmLXM600::TimerIPol_Timer() {
-    if (s_.TransferBusy || !s_.UsbConnected) return;
-    s_.TransferBusy = true;
-    s_.comm().ReadBlock(0, 2, 3);
-    s_.TransferBusy = false;
-    ++polls_;
+    if (pollWaiting_ || !s_.UsbConnected || s_.ReopenNeeded) return;
+    pollWaiting_ = true;
+    WhenBusFree(
+        s_, this,
+        [this] {
+            pollWaiting_ = false;
+            s_.TransferBusy = true;
+            s_.comm().ReadBlock(0, 2, 3);
+            s_.TransferBusy = false;
+            ++polls_;
+        },
+        [this] { return pollWaiting_ = s_.UsbConnected; });
 }
 
 void frmLXM600::cmdStartRec_Click() {

@@ -16,6 +16,7 @@
 #include "device/BoardMenu.h"
 #include "device/FormFit.h"
 #include "device/frmLXM600.h"
+#include "device/parts/ReadingFlag.h"
 #include "device/parts/FormLayout.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RecordFrame.h"
@@ -286,6 +287,9 @@ void frmLXM600::BuildCollection(QHBoxLayout* under) {
     timing->setSpacing(6);
     timing->addWidget(Label6);
     timing->addWidget(txtTime1);
+    // Under the live value: the readings row has no room to spare on a laptop screen.
+    lblReadingFlag = new ReadingFlag(frmCollect);
+    timing->addWidget(lblReadingFlag);
     timing->addSpacing(8);
     timing->addWidget(lblLoop_Count, 1);
     timing->addWidget(Label18, 2);

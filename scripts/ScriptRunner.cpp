@@ -79,6 +79,7 @@ RunEnd ScriptRunner::Run(std::vector<ScriptRow>& rows, const std::string& defaul
         s_.comm().NotConnected();
         return RunEnd::NotConnected;
     }
+    if (s_.comm().RefuseUnopenedBoard()) return RunEnd::NotConnected;
     if (s_.Collecting) {
         s_.messages.MsgBox(
             QStringLiteral("A collection is running on the device form. Press \"Stop\" there, "

@@ -271,7 +271,7 @@ LoadResult LoadScript(std::string_view bytes) {
         }
         result.rows.push_back(ParseLine(line, int(result.rows.size()) + 1));
         const ScriptRow& r = result.rows.back();
-        if (r.kind == RowKind::Blank) result.blankLine = true;
+        if (r.kind == RowKind::Blank) result.blankLine = true, ++result.blankLines;
         if (r.kind == RowKind::Error) ++result.errorRows;
     }
     if (result.rows.empty()) result.problem = LoadProblem::Empty;

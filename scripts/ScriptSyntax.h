@@ -77,6 +77,7 @@ struct LoadResult {
     std::vector<ScriptRow> rows;
     LoadProblem problem = LoadProblem::None;
     bool blankLine = false;  // at least one row is an empty line
+    int blankLines = 0;      // how many
     bool truncated = false;  // more rows than kMaxRows; the rest was not loaded
     int errorRows = 0;
     const ScriptRow* FirstError() const;

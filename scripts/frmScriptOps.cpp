@@ -161,7 +161,7 @@ void frmScriptOps::Form_Load() {
 void frmScriptOps::mnuScript_Read_Click() {
     if (Running()) return;
     std::optional<QString> name =
-        s_.files.OpenFile(QStringLiteral("Select Script File to Open"), QFileInfo(path_).absolutePath(),
+        s_.files.OpenFile(QStringLiteral("Select Script File to Open"), path_,
                           QStringLiteral("Velmarin Script Files (*.txt);;All Files (*)"));
     if (!name || name->isEmpty()) return;
     QString path = *name;
@@ -180,7 +180,6 @@ void frmScriptOps::cmdReload2_Click() {
     LoadFile(path_);
     cmdExecAll->show();
     cmdRunContinuous->show();
-    cmdAbort->show();
 }
 
 bool frmScriptOps::LoadFile(const QString& path) {
@@ -231,7 +230,8 @@ bool frmScriptOps::LoadFile(const QString& path) {
     setWindowTitle(QStringLiteral("[ ") + QFileInfo(path).fileName() +
                    QStringLiteral(" ]    Script IC Send / Receive"));
     txtScriptLine1->clear();
-    if (loaded.blankLine) s_.messages.MsgBox(QStringLiteral("Script File has a blank line"));
+    // One message per empty line, as the loader meets them.
+    for (int i = 0; i < loaded.blankLines; ++i) s_.messages.MsgBox(QStringLiteral("Script File has a blank line"));
     if (loaded.truncated)
         s_.messages.MsgBox(QStringLiteral("The script file %1 has more than %2 lines; only the first %2 were "
                                           "loaded. Split it into smaller scripts.")

@@ -69,6 +69,8 @@ void frmScriptOps::SetRunning(bool running) {
     mnuScript_Write->setEnabled(!running);
     cmdStartRec->setEnabled(!running);
     cmdAbort->setEnabled(running);
+    // "Reload" leaves Abort hidden; a run brings it back, for it is the way to end the run.
+    if (running) cmdAbort->show();
 }
 
 void frmScriptOps::RunScript(int loops) {
@@ -146,7 +148,7 @@ scripts::PauseAnswer frmScriptOps::KeyPause(const scripts::ScriptRow&, const QSt
 
 void frmScriptOps::cmdBrowse_Click() {
     std::optional<QString> name = s_.files.SaveFile(QStringLiteral("Select File For Update"),
-                                                    QFileInfo(txtFilePath->text()).absolutePath(),
+                                                    txtFilePath->text(),
                                                     QStringLiteral("Comma Delimited (*.CSV *.csv)"));
     if (!name || name->isEmpty()) return;
     txtFilePath->setText(WithDefaultSuffix(*name, QStringLiteral(".csv")));
@@ -201,7 +203,7 @@ void frmScriptOps::mnuScript_Write_Click() {
         return;
     }
     std::optional<QString> name =
-        s_.files.SaveFile(QStringLiteral("Select Script File to Save"), QFileInfo(path_).absolutePath(),
+        s_.files.SaveFile(QStringLiteral("Select Script File to Save"), path_,
                           QStringLiteral("Velmarin Script Files (*.txt);;All Files (*)"));
     if (!name || name->isEmpty()) return;
     const QString path = WithDefaultSuffix(*name, QStringLiteral(".txt"));

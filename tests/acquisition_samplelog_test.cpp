@@ -82,11 +82,11 @@ TEST_F(SampleLogTest, HeaderAndRowsExactly) {
               "# register 1: 03\r\n"
               "# interval: 100 ms\r\n"
               "# range: 1000 lux\r\n"
-              "time,seconds,sample,raw,value,unit\r\n"
-              "2009-11-15T14:30:00.000,0.000000,1,1234,18.8232421875,lux\r\n"
-              "2009-11-15T14:30:01.234,1.234567,2,0,0,lux\r\n"
-              "2009-11-15T14:31:00.234,60.234567,3,65535,1000,lux\r\n"
-              "2009-11-15T14:31:00.234,60.234568,4,,,lux\r\n");
+              "time,seconds,sample,raw,value,unit,status\r\n"
+              "2009-11-15T14:30:00.000,0.000000,1,1234,18.8232421875,lux,ok\r\n"
+              "2009-11-15T14:30:01.234,1.234567,2,0,0,lux,ok\r\n"
+              "2009-11-15T14:31:00.234,60.234567,3,65535,1000,lux,ok\r\n"
+              "2009-11-15T14:31:00.234,60.234568,4,,,lux,ok\r\n");
     EXPECT_TRUE(errors.empty());
 }
 
@@ -107,9 +107,9 @@ TEST_F(SampleLogTest, DualModeCarriesTheIrAndProximityParts) {
     const QList<QByteArray> lines = Content(path).split('\n');
     EXPECT_FALSE(Content(path).contains("# measurement")) << "no line for what was not given";
     ASSERT_GE(lines.size(), 3);
-    EXPECT_EQ(lines[lines.size() - 4], "time,seconds,sample,raw,value,unit,ir,prox\r");
-    EXPECT_EQ(lines[lines.size() - 3], "2009-11-15T14:30:00.000,0.000000,1,-12,-12,counts,40,28\r");
-    EXPECT_EQ(lines[lines.size() - 2], "2009-11-15T14:30:00.005,0.005000,2,,-12,counts,40,65535\r");
+    EXPECT_EQ(lines[lines.size() - 4], "time,seconds,sample,raw,value,unit,status,ir,prox\r");
+    EXPECT_EQ(lines[lines.size() - 3], "2009-11-15T14:30:00.000,0.000000,1,-12,-12,counts,ok,40,28\r");
+    EXPECT_EQ(lines[lines.size() - 2], "2009-11-15T14:30:00.005,0.005000,2,,-12,counts,ok,40,65535\r");
 }
 
 // Everything appended is on disk within a second of clock time, without a write per row,
@@ -136,7 +136,7 @@ TEST_F(SampleLogTest, ReachesTheDiskEverySecondNotEveryRow) {
     EXPECT_LE(sizesSeen.size(), 8) << "written about once a second, not per row";
     log.Close();
     EXPECT_EQ(DataRows(path), 5000);
-    EXPECT_TRUE(Content(path).endsWith("4999,4999,lux\r\n"));
+    EXPECT_TRUE(Content(path).endsWith("4999,4999,lux,ok\r\n"));
 
     // Slow samples are written one by one as they come.
     ASSERT_TRUE(log.Open(path, Als()));
@@ -176,7 +176,7 @@ TEST_F(SampleLogTest, ClosesOnceWhateverEndsIt) {
     EXPECT_EQ(log->Rows(), 2u);
     log.reset();
     EXPECT_EQ(DataRows(path), 2);
-    EXPECT_TRUE(Content(path).contains(",1,3,3,lux\r\n"));
+    EXPECT_TRUE(Content(path).contains(",1,3,3,lux,ok\r\n"));
     EXPECT_TRUE(errors.empty());
 }
 
@@ -265,7 +265,7 @@ TEST_F(SampleLogTest, ADiskThatFillsDuringTheRunKeepsWhatWasWritten) {
     const QByteArray kept = Content(path);
     EXPECT_EQ(kept.size(), 8192);
     EXPECT_TRUE(kept.startsWith("# lxmeval sample log\r\n"));
-    EXPECT_TRUE(kept.contains("\r\n2009-11-15T14:30:00.000,0.000000,1,0,0,lux\r\n"));
+    EXPECT_TRUE(kept.contains("\r\n2009-11-15T14:30:00.000,0.000000,1,0,0,lux,ok\r\n"));
 }
 
 }  // namespace

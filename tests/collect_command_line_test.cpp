@@ -123,7 +123,7 @@ TEST(CollectCommandLine, HelpTellsEverythingNeeded) {
     const std::string help = HelpText();
     for (const char* needed : {"--collect TYPE", "--output FILE.csv", "--interval MS", "--samples N",
                                "--duration SECONDS", "--range LUX", "--resolution BITS",
-                               "time,seconds,sample,raw,value,unit[,ir,prox]", "Ctrl-C", "SIGTERM"})
+                               "time,seconds,sample,raw,value,unit,status[,ir,prox]", "Ctrl-C", "SIGTERM"})
         EXPECT_NE(help.find(needed), std::string::npos) << needed;
     for (const CollectType& t : CollectTypes())
         EXPECT_NE(help.find(std::string("   ") + t.name + " "), std::string::npos) << t.name;

@@ -71,7 +71,7 @@ TEST_F(HeadlessCollect, RunsTheAskedSamplesThroughTheFormsOwnSetUp) {
     ASSERT_EQ(rows.size(), 40);
     EXPECT_TRUE(rows.back().startsWith("2009-11-15T14:30:")) << rows.back().toStdString();
     EXPECT_TRUE(rows.back().contains(",40,")) << rows.back().toStdString();
-    EXPECT_TRUE(rows.back().endsWith(",counts\r"));
+    EXPECT_TRUE(rows.back().contains(",counts,"));
     // The run wrote the resolution and the continuous infrared mode to the sensor.
     EXPECT_EQ(board.sensor().Read(1) & 0x0C, 1 << 2);
     EXPECT_NE(err.find("40 samples, "), std::string::npos) << err;
@@ -135,7 +135,7 @@ TEST_P(MultiFunctionTypes, SetsThePartUpAndLogsItsReading) {
 
     ASSERT_EQ(Rows().size(), 25);
     const QList<QByteArray> last = Last();
-    ASSERT_EQ(last.size(), 6) << Rows().back().toStdString();
+    ASSERT_EQ(last.size(), 7) << Rows().back().toStdString();
     EXPECT_EQ(last[2], "25");
     EXPECT_EQ(last[5], c.unit);
     // The default scene: 300 lux and 120 of infrared on a 2000 lux full scale of 4096 counts,
@@ -178,7 +178,7 @@ TEST_F(MultiFunctionCollect, ABoardThatGoesAwayEndsWithExitOneAndTheFileKeepsIts
     EXPECT_EQ(Run600({"--collect", "prox-cont", "--interval", "0"}), 1);
     const QList<QByteArray> rows = Rows();
     EXPECT_GT(rows.size(), 5);
-    EXPECT_TRUE(rows.back().endsWith(",counts\r")) << rows.back().toStdString();
+    EXPECT_TRUE(rows.back().contains(",counts,")) << rows.back().toStdString();
     EXPECT_NE(err.find("the board went away after " + std::to_string(rows.size()) + " samples"),
               std::string::npos)
         << err;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "device/frmLXM410.h"
+#include "device/frmLXM600.h"
 #include "support/DeviceFixture.h"
 
 namespace lxm::test {
@@ -80,6 +81,22 @@ struct FormFixture : ::testing::Test, BoardFixture {
     }
     int Collect(int passes) {
         return Collect([passes](int n) { return n < passes; });
+    }
+};
+
+// The same for the multi-function form, on a board carrying its chip; the wire log starts
+// empty after the form's load.
+struct Lxm600FormFixture : ::testing::Test, BoardFixture {
+    std::unique_ptr<frmLXM600> form;
+
+    Lxm600FormFixture() {
+        board.Carry(sim::Chip::Lxm600);
+        OpenSession();
+        session.SelectedType = "LXM600";
+        form = std::make_unique<frmLXM600>(session);
+        form->Form_Load();
+        form->show();
+        wire().clear();
     }
 };
 

@@ -83,7 +83,7 @@ TEST_F(LoggingTest, EveryPassIsOneRowWithItsTimeRawCountValueAndUnit) {
 
     // Read after Stop with nothing else done: the file is complete and closed.
     const Log log = ReadLog(path);
-    EXPECT_EQ(log.columns, "time,seconds,sample,raw,value,unit");
+    EXPECT_EQ(log.columns, "time,seconds,sample,raw,value,unit,status");
     EXPECT_TRUE(log.header.contains("# sensor: LXM410")) << log.header.join('\n').toStdString();
     EXPECT_TRUE(log.header.contains("# register 0: " + form->txtRegHex(0)->text().toUpper()));
     EXPECT_TRUE(log.header.contains("# register 1: " + form->txtRegHex(1)->text().toUpper()));
@@ -94,7 +94,7 @@ TEST_F(LoggingTest, EveryPassIsOneRowWithItsTimeRawCountValueAndUnit) {
     double lastSeconds = -1;
     for (std::size_t i = 0; i < log.rows.size(); ++i) {
         const QStringList& r = log.rows[i];
-        ASSERT_EQ(r.size(), 6) << i;
+        ASSERT_EQ(r.size(), 7) << i;
         EXPECT_EQ(r[2].toULongLong(), i + 1);
         EXPECT_EQ(r[3], passes[i].raw) << i;
         EXPECT_DOUBLE_EQ(r[4].toDouble(), passes[i].reading) << i;
@@ -122,7 +122,7 @@ TEST_F(LoggingTest, TheDualModeLogsItsInfraredAndProximityPartsAndLeavesASaturat
         if (n == 2) scene().objectDistanceMm = 5;  // saturates from the third pass on
     });
     const Log log = ReadLog(path);
-    EXPECT_EQ(log.columns, "time,seconds,sample,raw,value,unit,ir,prox");
+    EXPECT_EQ(log.columns, "time,seconds,sample,raw,value,unit,status,ir,prox");
     ASSERT_EQ(log.rows.size(), 4u);
     auto field = [](const QString& box) {
         bool numeric = false;
@@ -130,10 +130,10 @@ TEST_F(LoggingTest, TheDualModeLogsItsInfraredAndProximityPartsAndLeavesASaturat
         return numeric ? box : QString();
     };
     for (std::size_t i = 0; i < 4; ++i) {
-        ASSERT_EQ(log.rows[i].size(), 8);
+        ASSERT_EQ(log.rows[i].size(), 9);
         EXPECT_EQ(log.rows[i][5], "counts");
-        EXPECT_EQ(log.rows[i][6], field(passes[i].ir)) << i;
-        EXPECT_EQ(log.rows[i][7], field(passes[i].prox)) << i;
+        EXPECT_EQ(log.rows[i][7], field(passes[i].ir)) << i;
+        EXPECT_EQ(log.rows[i][8], field(passes[i].prox)) << i;
     }
     EXPECT_EQ(log.rows[0][3], "205");
     EXPECT_EQ(log.rows[0][4], "205");
@@ -317,17 +317,8 @@ TEST_F(LoggingTest, SavePictureWritesTheChartAsAPngOrSaysWhyNot) {
 }
 
 // The multi-function form logs through the same parts.
-struct MultiFunctionLogging : ::testing::Test, BoardFixture {
-    std::unique_ptr<frmLXM600> form;
+struct MultiFunctionLogging : Lxm600FormFixture {
     QTemporaryDir dir;
-    MultiFunctionLogging() {
-        board.Carry(sim::Chip::Lxm600);
-        OpenSession();
-        session.SelectedType = "LXM600";
-        form = std::make_unique<frmLXM600>(session);
-        form->Form_Load();
-        form->show();
-    }
 };
 
 TEST_F(MultiFunctionLogging, OneRowPerPassWithTheProximityCount) {

@@ -57,7 +57,7 @@ TEST_F(RecordTest, AfterACollectionTheReadingsGoToTheFile) {
     EXPECT_EQ(lines[1], " 0," + NumberText(form->SampleValues[11]).toUtf8() + "\r");
     EXPECT_EQ(lines[20], " 19," + NumberText(form->SampleValues[30]).toUtf8() + "\r");
     EXPECT_EQ(lines[21], "END\r");
-    EXPECT_EQ(form->Label18->text(), " 21 Measurement set(s) written: 11/15/2009 2:30:00 PM");
+    EXPECT_EQ(form->Label18->toolTip(), " 21 Measurement set(s) written: 11/15/2009 2:30:00 PM");
 }
 
 TEST_F(RecordTest, TwentyReadingsMakeNineLinesAndAppendAddsBlocks) {
@@ -65,7 +65,7 @@ TEST_F(RecordTest, TwentyReadingsMakeNineLinesAndAppendAddsBlocks) {
     Readings(20);
     form->cmdStartRec_Click();
     EXPECT_EQ(File(), Block20());
-    EXPECT_EQ(form->Label18->text(), " 10 Measurement set(s) written: 11/15/2009 2:30:00 PM");
+    EXPECT_EQ(form->Label18->toolTip(), " 10 Measurement set(s) written: 11/15/2009 2:30:00 PM");
     EXPECT_TRUE(form->cmdCollectData->isEnabled());
 
     form->chkAppend->setChecked(true);

@@ -22,10 +22,10 @@ well_formed() {
 case="als for a number of samples"
 run 0 --collect als-cont --output "$work/als.csv" --samples 50 --interval 0 --simulate
 [ "$(rows "$work/als.csv")" = 50 ] || fail "$(rows "$work/als.csv") rows, expected 50"
-well_formed "$work/als.csv" "time,seconds,sample,raw,value,unit"
+well_formed "$work/als.csv" "time,seconds,sample,raw,value,unit,status"
 has "$work/als.csv" "# sensor: LXM410"
 has "$work/als.csv" "# interval: 0 ms"
-grep -q ",lux$cr\$" "$work/als.csv" || fail "no lux rows"
+grep -q ",lux,ok$cr\$" "$work/als.csv" || fail "no lux rows"
 [ ! -s "$work/out" ] || fail "stdout should be empty"
 grep -q 'samples, ' "$work/err" && fail "a progress line on a stderr that is no terminal"
 
@@ -33,7 +33,7 @@ case="the dual mode with range and resolution on another sensor"
 run 0 --collect prox-ir --output "$work/dual.csv" --samples 12 --sensor LXM430 --range 4000 \
     --resolution 12 --interval 5 --simulate
 [ "$(rows "$work/dual.csv")" = 12 ] || fail "$(rows "$work/dual.csv") rows, expected 12"
-well_formed "$work/dual.csv" "time,seconds,sample,raw,value,unit,ir,prox"
+well_formed "$work/dual.csv" "time,seconds,sample,raw,value,unit,status,ir,prox"
 has "$work/dual.csv" "# sensor: LXM430"
 has "$work/dual.csv" "# range: 4000 lux"
 has "$work/dual.csv" "# interval: 5 ms"
@@ -42,7 +42,7 @@ case="a duration"
 run 0 --collect ir-cont --output "$work/ir.csv" --duration 0.5 --interval 20 --simulate
 n=$(rows "$work/ir.csv")
 [ "$n" -ge 5 ] && [ "$n" -le 40 ] || fail "$n rows in half a second at 20 ms"
-grep -q ",counts$cr\$" "$work/ir.csv" || fail "no counts rows"
+grep -q ",counts,ok$cr\$" "$work/ir.csv" || fail "no counts rows"
 
 case="SIGTERM ends the run with the file complete"
 env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM "$bin" --collect als-cont --output "$work/term.csv" \
@@ -54,23 +54,23 @@ kill -TERM $pid
 wait $pid
 rc=$?
 [ "$rc" = 0 ] || fail "exit status $rc after SIGTERM, expected 0"
-well_formed "$work/term.csv" "time,seconds,sample,raw,value,unit"
+well_formed "$work/term.csv" "time,seconds,sample,raw,value,unit,status"
 [ "$(rows "$work/term.csv")" -ge 3 ] || fail "rows were lost"
 has "$work/err" "stopped by signal"
 
 case="the multi-function sensor, proximity"
 run 0 --collect prox-cont --output "$work/m600.csv" --sensor LXM600 --samples 20 --interval 0 --simulate
 [ "$(rows "$work/m600.csv")" = 20 ] || fail "$(rows "$work/m600.csv") rows, expected 20"
-well_formed "$work/m600.csv" "time,seconds,sample,raw,value,unit"
+well_formed "$work/m600.csv" "time,seconds,sample,raw,value,unit,status"
 has "$work/m600.csv" "# sensor: LXM600"
 has "$work/m600.csv" "# measurement: Proximity"
-grep -q ",counts$cr\$" "$work/m600.csv" || fail "no counts rows"
+grep -q ",counts,ok$cr\$" "$work/m600.csv" || fail "no counts rows"
 
 case="the multi-function sensor, ALS in lux"
 run 0 --collect als --output "$work/m600als.csv" --sensor LXM600 --samples 6 --interval 30 --simulate
 [ "$(rows "$work/m600als.csv")" = 6 ] || fail "$(rows "$work/m600als.csv") rows, expected 6"
 has "$work/m600als.csv" "# measurement: ALS"
-grep -q ",lux$cr\$" "$work/m600als.csv" || fail "no lux rows"
+grep -q ",lux,ok$cr\$" "$work/m600als.csv" || fail "no lux rows"
 
 # refused SAYS ARGS...: exit 2, one message that says SAYS, and no file.
 refused() {
@@ -94,8 +94,23 @@ case="bad arguments"
 run 2 --collect als-cont --output "$work/x.csv" --samples 5 --range 500 --simulate
 run 2 --collect als-cont --samples 5 --simulate
 
-case="a log that cannot be written"
-run 2 --collect als-cont --output "$work/no/such/dir.csv" --samples 5 --simulate
-has "$work/err" "$work/no/such/dir.csv"
+case="a log that cannot be created: told in one line with the reason, before any sample"
+for bad in "$work/no/such/dir.csv:No such file" "$work:Is a directory"; do
+    run 2 --collect als-cont --output "${bad%%:*}" --samples 5 --simulate
+    [ "$(grep -c '^lxmeval:' "$work/err")" = 1 ] || fail "not one message"
+    has "$work/err" "\"${bad%%:*}\": ${bad#*:}"
+done
+
+case="a one-shot reading waits as long as its resolution asks"
+run 0 --collect als --range 4000 --resolution 16 --samples 4 --output "$work/once.csv" --simulate
+has "$work/once.csv" "# interval: 118 ms"
+has "$work/once.csv" "# resolution: 16 bits"
+[ "$(grep -c ",lux,ok$cr\$" "$work/once.csv")" = 4 ] || fail "not 4 ok rows"
+
+case="a shorter interval is said once and its readings are marked early"
+run 0 --collect als --resolution 16 --interval 8 --samples 4 --output "$work/early.csv" --simulate
+[ "$(grep -c ",lux,early$cr\$" "$work/early.csv")" = 4 ] || fail "not 4 early rows"
+[ "$(grep -c '^lxmeval:' "$work/err")" = 1 ] || fail "not one message"
+has "$work/err" "shorter than the 98.3 ms a 16-bit conversion takes"
 
 exit $failed

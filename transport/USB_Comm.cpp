@@ -88,6 +88,15 @@ void Comm::NotConnected() {
     s_.Collecting = false;
 }
 
+bool Comm::RefuseUnopenedBoard() {
+    if (!s_.UsbConnected || !s_.ReopenNeeded) return false;
+    if (s_.NotConnectedMessageDue())
+        s_.messages.MsgBox(QStringLiteral(
+            "The board was plugged in again but is not open yet. Choose \"Board > Reconnect\" to open "
+            "it and write the registers back, then try again."));
+    return true;
+}
+
 // What a register read and a register write have in common before their packets: nothing
 // without a board, only a mark while another transfer holds the bus (a timer tick or a second
 // click arriving in a yield must never interleave on the wire), and the board opened around the

@@ -51,6 +51,10 @@ public:
     // Not-connected indication: the red "Fail" label, "Test Comm" cleared, the message, and
     // the collection stopped.
     void NotConnected();
+    // A board plugged in again after an unplug is attached but not open: a collection, a
+    // single read or a script on it would only read zeros. Says once per action what to do;
+    // true when the board is in that state and the caller must do nothing.
+    bool RefuseUnopenedBoard();
 
     std::uint32_t XferPipe = 0;
     std::uint32_t XferSize = 0;

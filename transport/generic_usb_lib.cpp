@@ -100,6 +100,7 @@ void UsbLib::OnDeviceDetach(DeviceHandle /*device*/, void* userData) {
     s_.UsbConnected = false;
     s_.UsbDetached = true;
     s_.DeviceOpen = false;
+    s_.ReopenNeeded = true;
     s_.Collecting = false;
     AttachLamp(kLightRed);
     TransferLamp(kBlack);
@@ -131,6 +132,7 @@ void UsbLib::OpenDevice() {
         InfoLamp(kLightGreen);
         DoEvents();
         s_.DeviceOpen = true;
+        s_.ReopenNeeded = false;
         problemShown_ = false;
         DoEvents();
     } else {

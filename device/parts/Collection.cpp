@@ -11,6 +11,7 @@
 #include "core/ServedWait.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
+#include "device/parts/ReadingFlag.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
 #include "transport/generic_usb_lib.h"
@@ -49,7 +50,10 @@ PacedCollection::PacedCollection(Session& session, CollectionState& state, PlotS
     typedIntervalMs_ = WaitMsOf(c_.txtInterval->text());
     // An interval typed during a run takes effect at the next pass.
     intervalWatch_ = QObject::connect(c_.txtInterval, &QLineEdit::textChanged, c_.txtInterval,
-                                      [this](const QString& text) { typedIntervalMs_ = WaitMsOf(text); });
+                                      [this](const QString& text) {
+                                          typedIntervalMs_ = WaitMsOf(text);
+                                          settingsChanged_ = true;
+                                      });
 }
 
 PacedCollection::~PacedCollection() {
@@ -66,6 +70,7 @@ void PacedCollection::Run() {
         s_.comm().NotConnected();
         return;
     }
+    if (s_.comm().RefuseUnopenedBoard()) return;
     ++depth_;
     do {
         restartPending_ = false;
@@ -116,7 +121,23 @@ void PacedCollection::OpenLog() {
     if (path.isEmpty()) return;
     SampleLogHeader header = hooks.logHeader();
     header.intervalMs = st_.IntervalMs;
+    loggedReg0_ = s_.RegWriteMirror[0];
+    loggedReg1_ = s_.RegWriteMirror[1];
+    settingsChanged_ = false;
     log_.Open(path, header);
+}
+
+// Range, resolution and measurement live in registers 0 and 1: comparing two bytes a pass
+// finds every change, however it was made, for the cost of nothing.
+void PacedCollection::NoteSettings() {
+    if (!settingsChanged_ && s_.RegWriteMirror[0] == loggedReg0_ && s_.RegWriteMirror[1] == loggedReg1_)
+        return;
+    settingsChanged_ = false;
+    loggedReg0_ = s_.RegWriteMirror[0];
+    loggedReg1_ = s_.RegWriteMirror[1];
+    SampleLogHeader header = hooks.logHeader();
+    header.intervalMs = st_.IntervalMs;
+    log_.NoteSettings(header);
 }
 
 // The margins are those of a millisecond timer; the deadline is kept in microseconds and the
@@ -173,8 +194,12 @@ void PacedCollection::Pass() {
     if (s_.TransferDeferred) RefreshRegisters();
     // A board pulled during the refresh has ended the run; its message has been given.
     if (s_.Collecting) {
+        st_.PassStatus = SampleStatus::Ok;
         if (!hooks.sample()) return;
-        if (log_.IsOpen()) log_.Append(hooks.logSample());
+        if (log_.IsOpen()) {
+            NoteSettings();
+            log_.Append(hooks.logSample());
+        }
     }
 
     // A run stopped during this pass draws nothing more: "Clear Graph" may already have
@@ -189,7 +214,10 @@ void PacedCollection::Pass() {
         if (st_.SampleCount > 10 && st_.Displayed) DrawStep();
     }
 
-    if (st_.Displayed) hooks.showReading();
+    if (st_.Displayed) {
+        hooks.showReading();
+        if (c_.flag) c_.flag->Show(st_.PassStatus);
+    }
     if (!(st_.PeakSample >= st_.LatestReading)) st_.PeakSample = st_.LatestReading;
 
     st_.PassStartUs = s_.clock.Micros();

@@ -10,6 +10,7 @@
 #include "acquisition/PlotState.h"
 #include "acquisition/RunningStats.h"
 #include "acquisition/SampleLog.h"
+#include "acquisition/SampleStatus.h"
 
 class QLabel;
 class QLineEdit;
@@ -18,6 +19,7 @@ class QWidget;
 namespace lxm {
 
 class PictureBox;
+class ReadingFlag;
 class Session;
 
 // What a continuous collection keeps: the sample buffers, the live extremes and the pacing
@@ -38,6 +40,8 @@ struct CollectionState {
     int MaxMinCounter = 0;
     MaxMinPanel maxMinPanel;  // CountMax, CountMin and MaxMinCounter mirror it
     RunningStats stats;       // of the readings since Start or "Clear"
+    // What the reading of the pass under way is worth; the form's sample sets it.
+    SampleStatus PassStatus = SampleStatus::Ok;
     // Pacing, in clock microseconds: the deadline of the next pass, the end of the previous
     // pass (for the measured loop time), and for the pass under way the deadline it was
     // paced against and the moment the pacing let it go.
@@ -67,6 +71,7 @@ public:
         QLabel* lblLoop_Count;
         PictureBox* graph;
         int panelRows;  // register rows the form can show; deferred reads beyond go bare
+        ReadingFlag* flag = nullptr;  // the mark beside the live value
     };
     struct Hooks {
         std::function<void()> start;         // the form's own start steps, before the run begins
@@ -99,6 +104,9 @@ public:
     // from inside a run (a re-scale restarts collection from one of its yields) it asks the
     // running loop to start over once it has ended, rather than nesting a second loop.
     void Run();
+    // A setting the log records changed without a register write (the trace a form collects):
+    // the log says so before the next row.
+    void SettingsChanged() { settingsChanged_ = true; }
     // The log of the run under way (closed between runs).
     const SampleLog& log() const { return log_; }
 
@@ -110,6 +118,7 @@ private:
     void DrawStep();
     void End();
     void OpenLog();
+    void NoteSettings();
 
     Session& s_;
     CollectionState& st_;
@@ -121,6 +130,10 @@ private:
     QMetaObject::Connection intervalWatch_;
     int depth_ = 0;
     bool restartPending_ = false;
+    // The settings the log last recorded changed: registers 0 and 1 as last seen, and the
+    // interval box typed since.
+    std::uint8_t loggedReg0_ = 0, loggedReg1_ = 0;
+    bool settingsChanged_ = false;
     SampleLog log_;
 };
 

@@ -109,7 +109,8 @@ void DeviceFormBase::WireLog(PacedCollection& loop, RecordFrame& frame,
                              std::function<LoggedSample()> sample) {
     logged_ = &loop;
     logFrame_ = &frame;
-    loop.hooks.logPath = [&frame] { return frame.LogPath(); };
+    loop.hooks.logPath = [&frame] { return frame.RunLogPath(); };
+    frame.WatchLog([&loop]() -> const SampleLog& { return loop.log(); });
     loop.hooks.logHeader = [this, describe = std::move(describe)] {
         SampleLogHeader h;
         h.sensor = QString::fromStdString(s_.SelectedType);

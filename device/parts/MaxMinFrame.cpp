@@ -1,15 +1,17 @@
 #include "device/parts/MaxMinFrame.h"
 
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QStringList>
 #include <QPushButton>
 
 #include "core/VbText.h"
 
 namespace lxm {
 
-MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(QStringLiteral("Max / Min"), parent) {
+MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(parent) {
     auto* mg = new QGridLayout(this);
     static const char* kMaxCaps[3] = {"Max", "Min", "Now"};
     for (int r = 0; r < 3; ++r) {
@@ -27,18 +29,42 @@ MaxMinFrame::MaxMinFrame(QWidget* parent) : QGroupBox(QStringLiteral("Max / Min"
     // than it is wide.
     static const char* kStatCaps[3] = {"N", "Mean", "SD"};
     for (int r = 0; r < 3; ++r) {
-        mg->addWidget(new QLabel(QString::fromLatin1(kStatCaps[r]), this), r, 3);
+        statCaps[std::size_t(r)] = new QLabel(QString::fromLatin1(kStatCaps[r]), this);
+        mg->addWidget(statCaps[std::size_t(r)], r, 3);
         txtStats[r] = MakeBox(this, QString(), 62);
         txtStats[r]->setReadOnly(true);
         mg->addWidget(txtStats[r], r, 4);
     }
+    SetUnit(QStringLiteral("counts"));
+    // Red, and empty while nothing is flagged: a mark that appears only when it means something.
+    // It takes the room the caption beside it leaves and never asks for more, so a count that
+    // grows cannot widen the form; the whole text is its tool tip.
+    lblFlagged = new QLabel(this);
+    lblFlagged->setStyleSheet(QStringLiteral("color: #c00000;"));
+    lblFlagged->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     txtStats[0]->setToolTip(QStringLiteral("Readings since Start or \"Clear\""));
     txtStats[1]->setToolTip(QStringLiteral("Mean of the readings since Start or \"Clear\""));
     txtStats[2]->setToolTip(QStringLiteral("Standard deviation of the readings since Start or \"Clear\""));
     Label37 = new QLabel(QStringLiteral("Max Min Count"), this);
     cmdClearHist = new QPushButton(QStringLiteral("Clear"), this);
-    mg->addWidget(Label37, 3, 0, 1, 3);
+    auto* countRow = new QHBoxLayout;
+    countRow->addWidget(Label37);
+    countRow->addWidget(lblFlagged, 1);
+    mg->addLayout(countRow, 3, 0, 1, 3);
     mg->addWidget(cmdClearHist, 3, 3, 1, 2);
+}
+
+// The units in the title, which is shorter than the panel whichever unit it names, so a
+// change of unit at Start moves nothing; the panel has no column to spare on a laptop screen.
+void MaxMinFrame::SetUnit(const QString& unit) {
+    setTitle(QStringLiteral("Max / Min: counts    Mean, SD: ") + unit);
+}
+
+QString FlaggedText(const RunningStats& stats) {
+    QStringList parts;
+    if (stats.Saturated() > 0) parts << QString::number(stats.Saturated()) + QStringLiteral(" sat.");
+    if (stats.Failed() > 0) parts << QString::number(stats.Failed()) + QStringLiteral(" failed");
+    return parts.join(QLatin1Char(' '));
 }
 
 std::array<QString, 3> StatsTexts(const RunningStats& stats) {
@@ -53,6 +79,11 @@ void MaxMinFrame::ShowStats(const RunningStats& stats) {
     const auto texts = StatsTexts(stats);
     for (int i = 0; i < 3; ++i)
         if (txtStats.at(i)->text() != texts[std::size_t(i)]) txtStats.at(i)->setText(texts[std::size_t(i)]);
+    const QString flagged = FlaggedText(stats);
+    if (lblFlagged->toolTip() != flagged) {
+        lblFlagged->setToolTip(flagged);
+        lblFlagged->setText(flagged);
+    }
 }
 
 void MaxMinFrame::Update(CollectionState& st, const QString& rawText, std::uint8_t low, std::uint8_t high) {
@@ -69,7 +100,7 @@ void MaxMinFrame::Show(CollectionState& st) {
     st.CountMax = st.maxMinPanel.countMax();
     st.CountMin = st.maxMinPanel.countMin();
     st.MaxMinCounter = st.maxMinPanel.counter();
-    st.stats.Add(st.LatestReading);
+    st.stats.Add(st.LatestReading, st.PassStatus);
     if (!st.Displayed) return;
     const auto& texts = st.maxMinPanel.texts();
     for (int i = 0; i < kPanelTexts; ++i)
@@ -88,6 +119,8 @@ void MaxMinFrame::Clear(CollectionState& st) {
 void MaxMinFrame::Empty() {
     for (int i = 0; i < kPanelTexts; ++i) txtADMax.at(i)->clear();
     for (int i = 0; i < 3; ++i) txtStats.at(i)->clear();
+    lblFlagged->clear();
+    lblFlagged->setToolTip(QString());
 }
 
 }  // namespace lxm

@@ -19,6 +19,8 @@ namespace lxm {
 // The running statistics as the panel shows them: count, mean and standard deviation, six
 // significant digits; no mean before the first reading and no deviation before the second.
 std::array<QString, 3> StatsTexts(const RunningStats& stats);
+// The readings the statistics flag: saturated ones (in the mean) and failed ones (left out).
+QString FlaggedText(const RunningStats& stats);
 
 class MaxMinFrame : public QGroupBox {
 public:
@@ -30,6 +32,11 @@ public:
     // Count, mean and standard deviation of the readings since Start or "Clear".
     CtlArray<QLineEdit> txtStats;
     QLabel* Label37 = nullptr;
+    std::array<QLabel*, 3> statCaps{};  // "N", "Mean", "SD"
+    // The count of flagged readings since Start or "Clear", beside the pass count.
+    QLabel* lblFlagged = nullptr;
+    // "lux" or "counts", as the run's readings are.
+    void SetUnit(const QString& unit);
     QPushButton* cmdClearHist = nullptr;
 
     // One pass: the raw count text of the pass and the data bytes it came from; the reading of

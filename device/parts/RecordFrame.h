@@ -13,9 +13,11 @@ class QGridLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+class QTimer;
 
 namespace lxm {
 
+class SampleLog;
 class Session;
 
 // What a recording frame says and offers in its file dialog.
@@ -50,9 +52,16 @@ public:
     // "Log every sample": each sample of a collection goes to its own CSV file as it is taken,
     // apart from the block "Write to Disk" writes after the run. Checking it asks for the file.
     void chkLogAll_Click();
-    void SetLogFile(const QString& path);
+    // The file the user chose (explicitly: the first run may replace it, as the save dialog
+    // asked) or that the form offers (chosen false: an existing file is never replaced).
+    void SetLogFile(const QString& path, bool chosen = true);
     // The file to log the next collection to; empty when logging is off.
     QString LogPath() const;
+    // The file of the run that starts now: the chosen one for the first run after choosing
+    // it, then a new one beside it per run, so no run replaces an earlier one.
+    QString RunLogPath();
+    // While a run logs, the check box names its file and the rows written, from this log.
+    void WatchLog(std::function<const SampleLog&()> log);
 
     QCheckBox* chkLogAll = nullptr;
     // For a narrow column: "Log every sample" on a row of its own under the others.
@@ -63,6 +72,12 @@ private:
     QGridLayout* grid_ = nullptr;
     RecordCaptions captions_;
     QString logPath_;
+    bool logChosen_ = false;
+    bool logFresh_ = false;  // no run has used logPath_ yet
+    void ShowLogState();
+    std::function<const SampleLog&()> watchedLog_;
+    QTimer* logTimer_ = nullptr;
+    QString runLogPath_;
 };
 
 // What a device form records: its readings and the texts of its header.
@@ -74,6 +89,9 @@ struct MeasurementSource {
     QPushButton* collectButton = nullptr;  // kept from starting a run while the file is written
     QLabel* result = nullptr;              // the result line
 };
+
+// Text in a label, shortened to the room it has and whole in its tool tip.
+void ShowWithin(QLabel& label, const QString& text);
 
 // "Write to Disk" of a device form: one block of the readings taken, or a message when there
 // are too few. A file that cannot be written is reported with its path and the system's

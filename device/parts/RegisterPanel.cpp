@@ -202,6 +202,7 @@ void RegisterPanel::AddressEntered() {
 
 std::optional<std::vector<std::uint8_t>> RegisterPanel::ReadRows(int first, int count,
                                                                  const QString& busyText) {
+    if (s_.comm().RefuseUnopenedBoard()) return std::nullopt;
     if (s_.TransferBusy) {
         if (!busyText.isEmpty()) ShowBusy(busyText);
         s_.TransferDeferred = true;
@@ -214,7 +215,9 @@ std::optional<std::vector<std::uint8_t>> RegisterPanel::ReadRows(int first, int 
         s_.usb().OpenDevice();
         DoEvents();
     }
-    const std::vector<std::uint8_t>& reply = s_.comm().ReadBlock(std::uint8_t(first), count, count + 1);
+    // A three- or four-byte read asks for five bytes, as the board's other reads of that size do.
+    const int replyLen = count >= 3 ? 5 : count + 1;
+    const std::vector<std::uint8_t>& reply = s_.comm().ReadBlock(std::uint8_t(first), count, replyLen);
     std::vector<std::uint8_t> bytes(std::size_t(count), 0);
     for (int k = 0; k < count; ++k)
         if (std::size_t(k + 1) < reply.size()) bytes[k] = reply[k + 1];

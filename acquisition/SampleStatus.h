@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+
+namespace lxm {
+
+// What a reading is worth. Only an ok reading is a plain number; the others are kept, marked,
+// because a user who sees 1999.5 lux or 0 lux without a mark takes it for the light.
+enum class SampleStatus : std::uint8_t {
+    Ok,
+    Failed,     // the read itself failed: its bytes are not a reading
+    Saturated,  // the count is at the top of the resolution's scale: the light may be higher
+    Early,      // read before its conversion could end: an earlier result, or none
+};
+
+// The word of the log's status column, and of the marks beside the live value.
+const char* StatusWord(SampleStatus status);
+
+// The largest count a resolution gives (4095 at 12 bits).
+constexpr std::int64_t TopCount(int bits) {
+    return bits <= 0 ? 0 : bits >= 62 ? INT64_MAX : (std::int64_t(1) << bits) - 1;
+}
+
+// How long the family chip takes to convert at a resolution: 2^bits periods of 1.5 us,
+// about 100 ms at 16 bits and 6 ms at 12.
+constexpr std::int64_t ConversionMicros(int bits) {
+    return bits <= 0 ? 0 : (std::int64_t(1) << (bits > 30 ? 30 : bits)) * 3 / 2;
+}
+
+// The status of one read: a failed read is failed whatever its bytes say; then a count read
+// before the conversion could end is early; then a count at the top of the scale (the
+// unsigned count, before any sign is taken) is saturated.
+constexpr SampleStatus Classify(bool readOk, std::int64_t unsignedCount, int bits, bool early) {
+    if (!readOk) return SampleStatus::Failed;
+    if (early) return SampleStatus::Early;
+    if (unsignedCount >= TopCount(bits)) return SampleStatus::Saturated;
+    return SampleStatus::Ok;
+}
+
+}  // namespace lxm
