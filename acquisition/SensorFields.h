@@ -45,21 +45,19 @@ struct BitField {
 
 // What a resolution of the family sensor decides. Deliberate values: 4 bits has a full scale
 // of 16 (not 15) and a half scale of 16; the 16-bit count mask is all ones, which as a signed
-// number is -1. intervalMs is the collection interval the resolution suggests; conversionUs how
-// long the chip takes for one conversion.
+// number is -1. intervalMs is the collection interval the resolution suggests.
 struct Resolution {
     int bits;
     const char* caption;
     std::int32_t halfScale, countMax, fullScale;
     std::int32_t unsignedMax, signedMax, signedMin;
     double intervalMs;
-    std::int64_t conversionUs;
 };
 inline constexpr std::array<Resolution, 4> kFamilyResolutions{{
-    {16, "16 Bits", 32768, -1, 65535, 65535, 32768, -100, 118, 98'304},
-    {12, "12 Bits", 2048, 4095, 4095, 4095, 2048, -100, 8, 6'144},
-    {8, "8 Bits", 128, 255, 255, 255, 128, -10, 0, 384},
-    {4, "4 Bits", 16, 15, 16, 15, 8, -2, 0, 24},
+    {16, "16 Bits", 32768, -1, 65535, 65535, 32768, -100, 118},
+    {12, "12 Bits", 2048, 4095, 4095, 4095, 2048, -100, 8},
+    {8, "8 Bits", 128, 255, 255, 255, 128, -10, 0},
+    {4, "4 Bits", 16, 15, 16, 15, 8, -2, 0},
 }};
 inline constexpr std::array<std::int32_t, 4> kFamilyRangesLux{1000, 4000, 16000, 64000};
 
@@ -78,6 +76,9 @@ constexpr std::uint8_t FamilyDriveBits(int index) {
 // The measurement choices of the family sensor, in the order of the form's option array, and
 // the operation each writes into bits 7..5 of register 0 (the dual mode converts proximity).
 inline constexpr std::array<std::uint8_t, 8> kFamilyOperations{0, 1, 2, 3, 3, 5, 6, 7};
+inline constexpr std::array<const char*, 8> kFamilyMeasureCaptions{
+    "Power Down", "ALS Once", "IR Once", "Prox. Once", "Prox-IR External Calculated",
+    "ALS Cont.",  "IR Cont",  "Prox. Cont"};
 constexpr std::uint8_t FamilyCommand(std::uint8_t reg0, int measureIndex) {
     return std::uint8_t((reg0 & 0x1E) | (kFamilyOperations[std::size_t(measureIndex)] << 5));
 }
@@ -105,11 +106,6 @@ std::optional<int> IndexOf(const Table& table, const V& value) {
     for (std::size_t i = 0; i < std::size(table); ++i)
         if (table[i] == value) return int(i);
     return std::nullopt;
-}
-
-// The largest count a conversion at this resolution can give: a reading there is saturated.
-constexpr std::int32_t SaturationCount(int bits) {
-    return bits >= 16 ? 65535 : (std::int32_t(1) << bits) - 1;
 }
 
 // Pacing of a collection pass against its deadline, in clock microseconds: a pass is let go once

@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "app/CollectControl.h"
+#include "app/CoreCollect.h"
 #include "app/HeadlessScript.h"
 #include "core/Seams.h"
 #include "device/frmLXM410.h"
@@ -194,6 +195,7 @@ int RunCollectHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, s
                        .arg(output, problem));
         return kExitUnusable;
     }
+    if (CollectsOnCore(cl)) return RunCollectOnCore(cl, driver, clock, err, progress);
     StreamMessages messages(err);
     NoFileDialogs files;
     Session session(driver, messages, files, clock);

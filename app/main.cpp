@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "app/CommandLine.h"
+#include "app/CoreCollect.h"
 #include "app/HeadlessCollect.h"
 #include "app/HeadlessScript.h"
 
@@ -77,8 +78,15 @@ int RunHeadless(int argc, char** argv, const lxm::CommandLine& cl) {
 // The device form runs its collection unseen: the offscreen platform gives it its widgets
 // without a display.
 int RunCollect(int argc, char** argv, const lxm::CommandLine& cl) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
+    // The measuring core needs no window object at all; a form that still collects unseen gets
+    // the offscreen platform.
+    std::unique_ptr<QCoreApplication> app;
+    if (lxm::CollectsOnCore(cl)) {
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    } else {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        app = std::make_unique<QApplication>(argc, argv);
+    }
     lxm::SteadyClock clock;
     Board board = OpenBoard(cl, clock, cl.sensor.value_or("LXM410"));
     return lxm::RunCollectHeadless(cl, *board.driver, clock, stderr, ::isatty(STDERR_FILENO) == 1);

@@ -60,13 +60,6 @@ QString Choices(const Table& table) {
 
 }  // namespace
 
-const char* Reading::Status() const {
-    if (flags & kFailed) return "failed";
-    if (flags & kSaturated) return "saturated";
-    if (flags & kEarly) return "early";
-    return "ok";
-}
-
 Board::Board(UsbDriver& driver, Clock& clock, std::optional<Where> where)
     : driver_(driver), clock_(clock), link_(driver) {
     Register(where);
@@ -258,8 +251,7 @@ bool Board::luxMeasure() const {
 }
 
 int Board::DefaultIntervalMs() const {
-    // An interval of 0 at the fast resolutions would read the same conversion again and again.
-    return IsFamily() ? std::max(1, int(kFamilyResolutions[std::size_t(resolutionIndex_)].intervalMs)) : 25;
+    return IsFamily() ? int(kFamilyResolutions[std::size_t(resolutionIndex_)].intervalMs) : 50;
 }
 
 void Board::SetRange(int lux) {
@@ -344,7 +336,7 @@ void Board::SetThresholds(std::int32_t low, std::int32_t high) {
         return;
     }
     const int bits = resolutionBits();
-    const std::int32_t max = SaturationCount(bits);
+    const std::int32_t max = std::int32_t(TopCount(bits));
     if (low < 0 || high > max || low > high)
         BadValue(QStringLiteral("Limits at %1 bits are 0 to %2, lower first").arg(bits).arg(max));
     const auto lo = EncodeFamilyThreshold(ThresholdEntry{double(low), low, true}, bits);
@@ -355,34 +347,35 @@ void Board::SetThresholds(std::int32_t low, std::int32_t high) {
 Reading Board::Convert(const Reply& reply, std::int64_t startedUs) {
     Reading r;
     r.lux = luxMeasure();
-    if (!reply.ok) {
-        r.flags = kFailed;
-        r.value = std::numeric_limits<double>::quiet_NaN();
-        return r;
-    }
-    std::int32_t fullScale;
-    std::int64_t conversionUs;
+    std::int64_t count = 0;  // unsigned, before any sign is taken
+    std::int32_t fullScale = kLxm600FullScale;
+    int bits = 12;
+    std::int64_t conversionUs = kLxm600ConversionUs;
     if (IsFamily()) {
         const Resolution& res = kFamilyResolutions[std::size_t(resolutionIndex_)];
-        const SignedReading s = InterpretData(reply.bytes[1], reply.bytes[2], Choice(measure_).prox, 0, res.bits,
-                                              res.countMax);
-        r.raw = s.value;
+        r.raw = InterpretData(reply.bytes[1], reply.bytes[2], Choice(measure_).prox, 0, res.bits, res.countMax).value;
+        count = std::int64_t(r.raw) & TopCount(res.bits);
         fullScale = res.fullScale;
-        conversionUs = res.conversionUs;
-        if (r.raw >= SaturationCount(res.bits)) r.flags |= kSaturated;
+        bits = res.bits;
+        conversionUs = ConversionMicros(bits);
     } else if (Choice(measure_).prox) {
         r.raw = reply.bytes[1];
+        count = r.raw;
         fullScale = 255;
-        conversionUs = kLxm600ConversionUs;
-        if (r.raw >= 255) r.flags |= kSaturated;
+        bits = 8;
     } else {
         r.raw = reply.bytes[1] | (reply.bytes[2] << 8);
-        fullScale = kLxm600FullScale;
-        conversionUs = kLxm600ConversionUs;
-        if (r.raw >= kLxm600FullScale) r.flags |= kSaturated;
+        count = r.raw;
     }
-    if (startedUs - conversionStartUs_ < conversionUs) r.flags |= kEarly;
-    r.value = r.lux ? ConvertToLux(r.raw, rangeLux(), 500000, fullScale) : double(r.raw);
+    r.status = Classify(reply.ok, count, bits, startedUs - conversionStartUs_ < conversionUs);
+    if (r.status == SampleStatus::Failed) {
+        r.raw = 0;
+        r.value = std::numeric_limits<double>::quiet_NaN();
+    } else {
+        r.value = r.lux ? ConvertToLux(r.raw, rangeLux(), 500000, fullScale) : double(r.raw);
+    }
+    static constexpr unsigned kFlags[] = {0, kFailed, kSaturated, kEarly};
+    r.flags = kFlags[std::size_t(r.status)];
     return r;
 }
 
@@ -394,7 +387,7 @@ Reading Board::TakeReading() {
     if (IsFamily() && !continuous()) {
         // One conversion per reading, waited for as long as the resolution takes.
         WriteImage({0});
-        clock_.SleepMicros(kFamilyResolutions[std::size_t(resolutionIndex_)].conversionUs);
+        clock_.SleepMicros(oneShotDelayMs_ ? std::int64_t(*oneShotDelayMs_ * 1000) : ConversionMicros(resolutionBits()));
     }
     const std::int64_t started = clock_.Micros();
     const Reply reply = IsFamily() ? ReadLocked(kFamilyData, 2, false)
@@ -403,7 +396,8 @@ Reading Board::TakeReading() {
     return Convert(reply, started);
 }
 
-void Board::Collect(std::int64_t n, int intervalMs, const std::function<bool(const Sample&)>& sink) {
+void Board::Collect(std::int64_t n, int intervalMs, const std::function<bool(const Sample&)>& sink,
+                    const std::function<bool()>& keepWaiting) {
     if (intervalMs < 0 || intervalMs > 3'600'000)
         BadValue(QStringLiteral("Interval %1 ms is outside 0 to 3600000").arg(intervalMs));
     const std::int64_t startUs = clock_.Micros();
@@ -411,8 +405,13 @@ void Board::Collect(std::int64_t n, int intervalMs, const std::function<bool(con
     const bool paced = continuous();
     for (std::int64_t i = 0; n <= 0 || i < n; ++i) {
         if (paced)
-            if (const auto until = PaceSleepUntil(clock_.Micros(), deadlineUs))
-                clock_.SleepMicros(*until - clock_.Micros());
+            if (const auto until = PaceSleepUntil(clock_.Micros(), deadlineUs)) {
+                constexpr std::int64_t kSliceUs = 100'000;
+                for (std::int64_t left; (left = *until - clock_.Micros()) > 0;) {
+                    clock_.SleepMicros(std::min(left, kSliceUs));
+                    if (keepWaiting && left > kSliceUs && !keepWaiting()) return;
+                }
+            }
         Sample s;
         s.index = i + 1;
         s.reading = TakeReading();

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "acquisition/SampleStatus.h"
 #include "core/Seams.h"
 #include "transport/BoardPlace.h"
 #include "transport/PacketLink.h"
@@ -36,15 +37,17 @@ using Where = BoardPlace;
 
 // What a reading is worth. A failed, saturated or not yet converted reading is never an
 // ordinary number: its status says so.
+// Its status as a flag bit, for a column of flags.
 enum ReadingFlag : unsigned { kFailed = 1u, kSaturated = 2u, kEarly = 4u };
 
 struct Reading {
     std::int32_t raw = 0;  // the count (signed in the proximity scheme 1); 0 when failed
     double value = 0;      // lux for an ALS measurement, else the count; NaN when failed
-    unsigned flags = 0;
+    SampleStatus status = SampleStatus::Ok;
+    unsigned flags = 0;  // the status as a ReadingFlag, 0 for ok
     bool lux = false;
     // "ok", "failed", "saturated" or "early", as the per-sample log writes it.
-    const char* Status() const;
+    const char* Status() const { return StatusWord(status); }
 };
 
 struct Sample {
@@ -103,12 +106,21 @@ public:
     Reading TakeReading();
     // n readings paced interval milliseconds apart as the collection loop paces them (n <= 0:
     // until sink says stop). sink gets every sample and returns false to stop.
-    void Collect(std::int64_t n, int intervalMs, const std::function<bool(const Sample&)>& sink);
+    // keepWaiting, when given, is asked every 100 ms of a long wait; the collection ends once it
+    // says no.
+    void Collect(std::int64_t n, int intervalMs, const std::function<bool(const Sample&)>& sink,
+                 const std::function<bool()>& keepWaiting = {});
 
     // Takes the board again after it went away (the driver offers it anew) and writes its
     // operating registers back. Throws Error(NoBoard) when it is not back.
     void Reconnect();
     bool gone() const { return gone_; }
+
+    // How long a one-shot reading waits between its trigger and its read (ms); without it, as long
+    // as the conversion takes. A shorter wait gives early readings.
+    void SetOneShotDelayMs(std::optional<double> ms) { oneShotDelayMs_ = ms; }
+    // The family measurement option of the selected measurement (0 to 7).
+    int measureIndex() const { return measureIndex_; }
 
     // Transfers fail at once from now on with this per-transfer time-out (ms).
     void SetTimeoutMs(std::uint32_t ms) { timeoutMs_ = ms; }
@@ -146,6 +158,7 @@ private:
     int resolutionIndex_ = 1;
     // When the running conversion began: a reading before its end is early.
     std::int64_t conversionStartUs_ = 0;
+    std::optional<double> oneShotDelayMs_;
 };
 
 }  // namespace lxm::measure

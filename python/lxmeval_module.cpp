@@ -8,7 +8,9 @@
 #include <memory>
 #include <optional>
 
+#include "acquisition/SampleLog.h"
 #include "measure/Board.h"
+#include "measure/Logging.h"
 #include "measure/ScriptRun.h"
 #include "measure/SimulatedBoard.h"
 #include "transport/libusb/BoardList.h"
@@ -150,16 +152,25 @@ struct Row {
 };
 #pragma pack(pop)
 
-py::array Collect(PyBoard& self, std::int64_t n, std::optional<int> intervalMs) {
+py::array Collect(PyBoard& self, std::int64_t n, std::optional<int> intervalMs, std::optional<std::string> logPath) {
     if (n < 1) throw Error(Error::Kind::BadValue, QStringLiteral("n must be at least 1"));
     Board& b = self.b();
+    const int interval = intervalMs.value_or(b.DefaultIntervalMs());
+    // The same file as the program's per-sample log, when asked for.
+    QString logProblem;
+    SampleLog log(TheClock(), [&](const QString& path, const QString& reason) {
+        if (logProblem.isEmpty()) logProblem = SampleLogErrorMessage(path, reason);
+    });
+    if (logPath && !log.Open(QString::fromStdString(*logPath), measure::LogHeader(b, interval)))
+        throw Error(Error::Kind::BadValue, logProblem);
     std::vector<Row> rows;
     rows.reserve(std::size_t(n));
     bool interrupted = false;
     {
         py::gil_scoped_release release;
-        b.Collect(n, intervalMs.value_or(b.DefaultIntervalMs()), [&](const measure::Sample& s) {
+        b.Collect(n, interval, [&](const measure::Sample& s) {
             rows.push_back(Row{s.seconds, s.reading.raw, s.reading.value, std::uint8_t(s.reading.flags)});
+            if (log.IsOpen()) log.Append(measure::LogRow(s));
             // Ctrl-C ends a long collection with what it has taken.
             if (rows.size() % 256 == 0) {
                 py::gil_scoped_acquire acquire;
@@ -171,7 +182,9 @@ py::array Collect(PyBoard& self, std::int64_t n, std::optional<int> intervalMs) 
             return true;
         });
     }
+    log.Close();
     if (interrupted) throw py::error_already_set();
+    if (!logProblem.isEmpty()) throw Error(Error::Kind::BadValue, logProblem);
     py::array_t<Row> out(py::ssize_t(rows.size()));
     std::copy(rows.begin(), rows.end(), out.mutable_data());
     return out;
@@ -292,9 +305,11 @@ PYBIND11_MODULE(lxmeval, m) {
                  }
                  return ReadingDict(r);
              })
-        .def("collect", &Collect, py::arg("n") = 1000, py::arg("interval_ms") = py::none(),
+        .def("collect", &Collect, py::arg("n") = 1000, py::arg("interval_ms") = py::none(), py::kw_only(),
+             py::arg("log") = py::none(),
              "n readings paced interval_ms apart (default: what the resolution suggests), as a numpy array "
-             "with the fields time (s since the start), count, value and flags")
+             "with the fields time (s since the start), count, value and flags; log: also the per-sample "
+             "CSV log of the program to this file")
         .def("run_script",
              [](PyBoard& self, const std::string& path, int loops, bool abortOnFail) {
                  measure::ScriptOutcome o;

@@ -30,6 +30,24 @@ def test_collect_gives_the_logs_numbers_and_follows_the_light():
         assert np.all(sat["flags"][1:] & lxmeval.SATURATED)
 
 
+def test_the_log_holds_the_same_numbers(tmp_path):
+    path = tmp_path / "run.csv"
+    with open_sim() as b:
+        b.configure(measure="ir-cont")
+        a = b.collect(n=20, interval_ms=0, log=str(path))
+    lines = path.read_bytes().decode().split("\r\n")
+    assert "# sensor: LXM410" in lines and "# measurement: IR Cont" in lines
+    head = [l for l in lines if l and not l.startswith("#")]
+    columns = head[0].split(",")
+    rows = [dict(zip(columns, l.split(","))) for l in head[1:]]
+    assert [int(r["raw"]) for r in rows] == list(a["count"])
+    status = {0: "ok", lxmeval.EARLY: "early", lxmeval.SATURATED: "saturated"}
+    assert [r["status"] for r in rows] == [status[f] for f in a["flags"]]
+    with pytest.raises(ValueError, match="no/such"):
+        with open_sim() as b:
+            b.collect(n=1, log=str(tmp_path / "no/such/run.csv"))
+
+
 def test_registers_and_readings():
     with open_sim() as b:
         b.write(1, 0x04)
@@ -71,8 +89,8 @@ def test_boards_collect_side_by_side_in_threads():
     boards = [open_sim(latency_us=200) for _ in range(3)]
     results = [None] * len(boards)
     for i, b in enumerate(boards):
-        b.sim.light = 100 * (i + 1)
-        b.configure(range=1000, resolution=8, measure="als-cont")
+        b.sim.light = 100 * 3 ** i  # apart enough that a crossed reply could not pass
+        b.configure(range=4000, resolution=12, measure="als-cont")
 
     def run(i):
         results[i] = boards[i].collect(n=300, interval_ms=0)
@@ -85,7 +103,7 @@ def test_boards_collect_side_by_side_in_threads():
     for i, a in enumerate(results):
         assert len(a) == 300
         good = a[a["flags"] == 0]
-        assert np.all(np.abs(good["value"] - 100 * (i + 1)) < 15), i
+        assert np.all(np.abs(good["value"] - 100 * 3 ** i) < 40 * 3 ** i), i
     for b in boards:
         b.close()
 

@@ -1,0 +1,136 @@
+#include "app/CoreCollect.h"
+
+#include <cmath>
+
+#include "acquisition/SampleLog.h"
+#include "app/CollectControl.h"
+#include "app/HeadlessScript.h"
+#include "measure/Board.h"
+#include "measure/Logging.h"
+
+namespace lxm {
+
+namespace {
+constexpr int kExitDone = 0;
+constexpr int kExitBoardGone = 1;
+constexpr int kExitUnusable = 2;
+constexpr std::int64_t kProgressEveryUs = 250'000;
+
+// The collection types by the family form's measurement option they stand for.
+const char* CoreMeasure(int optMeasure) {
+    static constexpr const char* kNames[8] = {nullptr, "als", "ir", "prox", nullptr, "als-cont", "ir-cont", "prox-cont"};
+    return optMeasure >= 0 && optMeasure < 8 ? kNames[optMeasure] : nullptr;
+}
+}  // namespace
+
+bool CollectsOnCore(const CommandLine& cl) {
+    return cl.collect && cl.collect->type && cl.sensor.value_or("LXM410") != "LXM600" && !cl.collect->type->dual &&
+           CoreMeasure(cl.collect->type->optMeasure);
+}
+
+int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std::FILE* err, bool progress) {
+    const CollectOptions& opt = *cl.collect;
+    const std::string sensor = cl.sensor.value_or(SensorNames().front());
+    const QString output = QString::fromLocal8Bit(opt.output.c_str());
+    std::unique_ptr<measure::Board> board;
+    int interval = 0;
+    try {
+        board = std::make_unique<measure::Board>(driver, clock);
+        board->SelectSensor(sensor);
+        // The resolution first: the measurement and the range go on top of it, as the form
+        // sets them.
+        if (opt.resolutionBits) board->SetResolution(*opt.resolutionBits);
+        board->SetMeasure(CoreMeasure(opt.type->optMeasure));
+        if (opt.rangeLux) board->SetRange(*opt.rangeLux);
+        interval = opt.intervalGiven ? opt.intervalMs : board->DefaultIntervalMs();
+        // A one-shot reading waits the interval between its trigger and its read.
+        if (!board->continuous()) board->SetOneShotDelayMs(double(interval));
+    } catch (const measure::Error& e) {
+        if (e.kind() == measure::Error::Kind::NoBoard)
+            Print(err, QStringLiteral("lxmeval: Evaluation Board is not connected, or another application is "
+                                      "using it. Connect the board (or use --simulate) and run again.\n"));
+        else
+            Print(err, QStringLiteral("lxmeval: %1\n").arg(QString::fromStdString(e.what())));
+        return kExitUnusable;
+    }
+    const std::int64_t conversionUs = ConversionMicros(board->resolutionBits());
+    if (opt.intervalGiven && !board->continuous() && std::int64_t(interval) * 1000 < conversionUs)
+        Print(err, QStringLiteral("lxmeval: an interval of %1 ms is shorter than the %2 ms a %3-bit conversion "
+                                  "takes; the readings are marked early. Leave --interval out for the "
+                                  "resolution's own.\n")
+                       .arg(interval)
+                       .arg(double(conversionUs) / 1000.0, 0, 'f', 1)
+                       .arg(board->resolutionBits()));
+
+    bool logLost = false;
+    SampleLog log(clock, [&](const QString& path, const QString& reason) {
+        logLost = true;
+        Print(err, QStringLiteral("lxmeval: ") + SampleLogErrorMessage(path, reason) + QLatin1Char('\n'));
+    });
+    const SampleLogHeader header = measure::LogHeader(*board, interval);
+    if (!log.Open(output, header)) return kExitUnusable;
+
+    StopOnSignal stopper;
+    std::uint64_t samples = 0;
+    double latest = 0;
+    const std::int64_t startUs = clock.Micros();
+    std::int64_t lastProgressUs = startUs - kProgressEveryUs;
+    const std::int64_t durationUs =
+        opt.durationSeconds ? std::int64_t(std::llround(*opt.durationSeconds * 1e6)) : INT64_MAX;
+    auto showProgress = [&](bool force) {
+        if (!progress) return;
+        const std::int64_t now = clock.Micros();
+        if (!force && now - lastProgressUs < kProgressEveryUs) return;
+        lastProgressUs = now;
+        std::fprintf(err, "\r%s\033[K", ProgressLine(samples, now - startUs, latest, header.lux).c_str());
+        std::fflush(err);
+    };
+    auto goOn = [&] {
+        showProgress(false);
+        log.FlushIfDue();
+        return !logLost && !stopper.Requested() && clock.Micros() - startUs < durationUs &&
+               !(opt.samples && samples >= *opt.samples);
+    };
+    bool boardGone = false;
+    try {
+        board->Collect(
+            0, interval,
+            [&](const measure::Sample& s) {
+                log.Append(measure::LogRow(s));
+                // A failed reading keeps the last value on show, as the form's live box does.
+                if (s.reading.status != SampleStatus::Failed) latest = s.reading.value;
+                ++samples;
+                return goOn();
+            },
+            goOn);
+    } catch (const measure::Error& e) {
+        boardGone = e.kind() == measure::Error::Kind::BoardGone;
+        if (!boardGone) Print(err, QStringLiteral("lxmeval: %1\n").arg(QString::fromStdString(e.what())));
+    }
+    showProgress(true);
+    if (progress) std::fputc('\n', err);
+    const std::uint64_t rows = log.Rows();
+    log.Close();
+    if (logLost) {
+        Print(err,
+              QStringLiteral("lxmeval: the collection stopped after %1 samples because the log could not "
+                             "be written.\n")
+                  .arg(samples));
+        return kExitUnusable;
+    }
+    if (boardGone) {
+        Print(err, QStringLiteral("lxmeval: Device has been disconnected, reconnect and re-initialize all "
+                                  "registers\nlxmeval: the board went away after %1 samples; %2 keeps them.\n")
+                       .arg(rows)
+                       .arg(output));
+        return kExitBoardGone;
+    }
+    if (stopper.Requested())
+        Print(err, QStringLiteral("lxmeval: stopped by signal %1 after %2 samples; %3 is complete.\n")
+                       .arg(stopper.Signal())
+                       .arg(rows)
+                       .arg(output));
+    return kExitDone;
+}
+
+}  // namespace lxm
