@@ -11,10 +11,7 @@
 namespace lxm {
 
 namespace {
-constexpr int kExitDone = 0;
-constexpr int kExitBoardGone = 1;
 constexpr int kExitUnusable = 2;
-constexpr std::int64_t kProgressEveryUs = 250'000;
 
 // The collection types by the family form's measurement option they stand for.
 const char* CoreMeasure(int optMeasure) {
@@ -63,6 +60,7 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
                        .arg(board->resolutionBits()));
 
     bool logLost = false;
+    double latest = 0;
     SampleLog log(clock, [&](const QString& path, const QString& reason) {
         logLost = true;
         Print(err, QStringLiteral("lxmeval: ") + SampleLogErrorMessage(path, reason) + QLatin1Char('\n'));
@@ -70,26 +68,11 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
     const SampleLogHeader header = measure::LogHeader(*board, interval);
     if (!log.Open(output, header)) return kExitUnusable;
 
-    StopOnSignal stopper;
-    std::uint64_t samples = 0;
-    double latest = 0;
-    const std::int64_t startUs = clock.Micros();
-    std::int64_t lastProgressUs = startUs - kProgressEveryUs;
-    const std::int64_t durationUs =
-        opt.durationSeconds ? std::int64_t(std::llround(*opt.durationSeconds * 1e6)) : INT64_MAX;
-    auto showProgress = [&](bool force) {
-        if (!progress) return;
-        const std::int64_t now = clock.Micros();
-        if (!force && now - lastProgressUs < kProgressEveryUs) return;
-        lastProgressUs = now;
-        std::fprintf(err, "\r%s\033[K", ProgressLine(samples, now - startUs, latest, header.lux).c_str());
-        std::fflush(err);
-    };
+    CollectWatch watcher(clock, opt, err, progress);
     auto goOn = [&] {
-        showProgress(false);
+        watcher.Tick();
         log.FlushIfDue();
-        return !logLost && !stopper.Requested() && clock.Micros() - startUs < durationUs &&
-               !(opt.samples && samples >= *opt.samples);
+        return !logLost && !watcher.Due();
     };
     bool boardGone = false;
     try {
@@ -99,7 +82,7 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
                 log.Append(measure::LogRow(s));
                 // A failed reading keeps the last value on show, as the form's live box does.
                 if (s.reading.status != SampleStatus::Failed) latest = s.reading.value;
-                ++samples;
+                watcher.Sample(latest);
                 return goOn();
             },
             goOn);
@@ -107,30 +90,12 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
         boardGone = e.kind() == measure::Error::Kind::BoardGone;
         if (!boardGone) Print(err, QStringLiteral("lxmeval: %1\n").arg(QString::fromStdString(e.what())));
     }
-    showProgress(true);
-    if (progress) std::fputc('\n', err);
     const std::uint64_t rows = log.Rows();
     log.Close();
-    if (logLost) {
-        Print(err,
-              QStringLiteral("lxmeval: the collection stopped after %1 samples because the log could not "
-                             "be written.\n")
-                  .arg(samples));
-        return kExitUnusable;
-    }
-    if (boardGone) {
+    if (boardGone)
         Print(err, QStringLiteral("lxmeval: Device has been disconnected, reconnect and re-initialize all "
-                                  "registers\nlxmeval: the board went away after %1 samples; %2 keeps them.\n")
-                       .arg(rows)
-                       .arg(output));
-        return kExitBoardGone;
-    }
-    if (stopper.Requested())
-        Print(err, QStringLiteral("lxmeval: stopped by signal %1 after %2 samples; %3 is complete.\n")
-                       .arg(stopper.Signal())
-                       .arg(rows)
-                       .arg(output));
-    return kExitDone;
+                                  "registers\n"));
+    return watcher.End(rows, logLost, boardGone, output);
 }
 
 }  // namespace lxm
