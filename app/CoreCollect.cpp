@@ -44,8 +44,7 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
         if (!board->continuous()) board->SetOneShotDelayMs(double(interval));
     } catch (const measure::Error& e) {
         if (e.kind() == measure::Error::Kind::NoBoard)
-            Print(err, QStringLiteral("lxmeval: Evaluation Board is not connected, or another application is "
-                                      "using it. Connect the board (or use --simulate) and run again.\n"));
+            Print(err, NotConnectedText());
         else
             Print(err, QStringLiteral("lxmeval: %1\n").arg(QString::fromStdString(e.what())));
         return kExitUnusable;

@@ -63,7 +63,8 @@ QString Choices(const Table& table) {
 Board::Board(UsbDriver& driver, Clock& clock, std::optional<Where> where)
     : driver_(driver), clock_(clock), link_(driver) {
     Register(where);
-    SelectSensor("LXM410");
+    // Nothing is written until a sensor is selected: a script run takes the chip as it is.
+    ResetImage("LXM410");
 }
 
 void Board::Register(std::optional<Where> where) {
@@ -116,20 +117,25 @@ void Board::SelectSensor(std::string_view type) {
         BadValue(QStringLiteral("Unknown sensor \"%1\": use LXM410, LXM430, LXM450, LXM470 or LXM600")
                      .arg(QString::fromUtf8(type.data(), int(type.size()))));
     std::lock_guard lock(mutex_);
+    ResetImage(type);
+    if (IsFamily())
+        WriteImage({1, 0});
+    else
+        WriteImage({1, 2});
+}
+
+void Board::ResetImage(std::string_view type) {
     sensor_ = std::string(type);
     image_.fill(0);
     measure_ = "power-down";
     measureIndex_ = 0;
+    rangeIndex_ = 0;
     if (IsFamily()) {
-        rangeIndex_ = 0;
         resolutionIndex_ = 1;  // 12 bits, as the family form starts
         kFamilyResolution.Apply(image_.data(), resolutionIndex_);
-        WriteImage({1, 0});
     } else {
         std::copy(kLxm600Image.begin(), kLxm600Image.end(), image_.begin());
-        rangeIndex_ = 0;
         kLxm600Range.Apply(image_.data(), 0, true);
-        WriteImage({1, 2});
     }
 }
 
@@ -216,7 +222,7 @@ void Board::WriteBlock(int reg, const std::vector<int>& values) {
     WriteLocked(std::uint8_t(reg), bytes);
 }
 
-std::vector<std::uint8_t> Board::Exchange(const std::vector<std::uint8_t>& packet, int replyLen) {
+std::vector<std::uint8_t> Board::Exchange(const std::vector<std::uint8_t>& packet, int replyLen, bool* ok) {
     if (packet.empty() || packet.size() > 64 || replyLen < 0 || replyLen > 64)
         BadValue(QStringLiteral("A packet is 1 to 64 bytes"));
     std::lock_guard lock(mutex_);
@@ -225,10 +231,12 @@ std::vector<std::uint8_t> Board::Exchange(const std::vector<std::uint8_t>& packe
     std::uint32_t done = 0;
     const auto o = link_.Out(device_, 2, out.data(), std::uint32_t(out.size()), &done, timeoutMs_);
     if (o.status == kUsbNoDevice) gone_ = true;
+    if (ok) *ok = o.ok;
     std::vector<std::uint8_t> reply(std::size_t(replyLen), 0);
     if (replyLen > 0) {
         const auto in = link_.In(device_, 2 + 128, reply.data(), std::uint32_t(reply.size()), &done, timeoutMs_);
         if (in.made && in.status == kUsbNoDevice) gone_ = true;
+        if (ok) *ok = *ok && in.ok;
     }
     if (gone_) Fail(kUsbNoDevice, packet.size() > 2 ? packet[2] : 0);
     return reply;

@@ -68,7 +68,8 @@ public:
     Where where() const { return where_; }
     const std::string& sensor() const { return sensor_; }
     // The sensor on the board: "LXM410", "LXM430", "LXM450", "LXM470" or "LXM600". Writes the
-    // power-on image of the operating registers so that the fields below start from known bits.
+    // power-on image of the operating registers so that the fields below start from known bits;
+    // until then the board writes nothing.
     void SelectSensor(std::string_view type);
 
     std::uint8_t Read(int reg);
@@ -79,9 +80,9 @@ public:
 
     // A raw packet of a script row on the command pipe and, when replyLen > 0, its reply
     // (status byte first; zeros when none came). Only a board that went away is an error here.
-    std::vector<std::uint8_t> Exchange(const std::vector<std::uint8_t>& packet, int replyLen);
-    // A pause of a script, on the board's clock.
-    void Pause(std::uint32_t ms) { clock_.Sleep(ms); }
+    // ok, when given, is cleared when a transfer failed.
+    std::vector<std::uint8_t> Exchange(const std::vector<std::uint8_t>& packet, int replyLen, bool* ok = nullptr);
+    Clock& clock() { return clock_; }
 
     // Operating fields. Each writes the register it lives in (family: register 1 and then 0).
     void SetRange(int lux);
@@ -131,6 +132,7 @@ private:
         bool ok = false;
     };
     void Register(std::optional<Where> where);
+    void ResetImage(std::string_view type);
     Reply ReadLocked(std::uint8_t reg, int count, bool raise);
     void WriteLocked(std::uint8_t reg, const std::vector<std::uint8_t>& bytes);
     void WriteImage(std::initializer_list<int> regs);
