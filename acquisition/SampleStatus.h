@@ -27,6 +27,10 @@ constexpr std::int64_t ConversionMicros(int bits) {
     return bits <= 0 ? 0 : (std::int64_t(1) << (bits > 30 ? 30 : bits)) * 3 / 2;
 }
 
+// A read takes two bulk transfers of at least one USB frame each: a one-shot read that waits
+// this much less than the conversion still finds it done.
+constexpr std::int64_t kReadMicros = 2000;
+
 // The status of one read: a failed read is failed whatever its bytes say; then a count read
 // before the conversion could end is early; then a count at the top of the scale (the
 // unsigned count, before any sign is taken) is saturated.

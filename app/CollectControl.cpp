@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "acquisition/SampleStatus.h"
 #include "app/HeadlessScript.h"
 
 namespace lxm {
@@ -66,6 +67,19 @@ constexpr int kExitDone = 0;
 constexpr int kExitBoardGone = 1;
 constexpr int kExitUnusable = 2;
 }  // namespace
+
+void WarnOfEarlyReadings(int adcBits, const CollectOptions& opt, std::FILE* err) {
+    const std::int64_t conversionUs = ConversionMicros(adcBits);
+    if (!opt.intervalGiven || opt.type->continuous ||
+        std::int64_t(opt.intervalMs) * 1000 + kReadMicros >= conversionUs)
+        return;
+    Print(err, QStringLiteral("lxmeval: an interval of %1 ms is shorter than the %2 ms a %3-bit conversion "
+                              "takes; the readings are marked early. Leave --interval out for the "
+                              "resolution's own.\n")
+                   .arg(opt.intervalMs)
+                   .arg(double(conversionUs) / 1000.0, 0, 'f', 1)
+                   .arg(adcBits));
+}
 
 CollectWatch::CollectWatch(Clock& clock, const CollectOptions& opt, std::FILE* err, bool progress)
     : clock_(clock),

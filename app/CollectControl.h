@@ -60,6 +60,10 @@ private:
     std::int64_t startUs_, lastShownUs_, durationUs_;
 };
 
+// A one-shot read needs its conversion done: an interval shorter than that (the read's own
+// transfers counted) takes every reading early. Said once on err; the rows say it each.
+void WarnOfEarlyReadings(int adcBits, const CollectOptions& opt, std::FILE* err);
+
 // "1234 samples, 487.2/s, 0:02:03 elapsed, last 18.82 lux": the rate over the whole run,
 // the elapsed time in hours, minutes and seconds, the last value as the collection shows it.
 std::string ProgressLine(std::uint64_t samples, std::int64_t elapsedUs, double lastValue, bool lux);

@@ -49,14 +49,7 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
             Print(err, QStringLiteral("lxmeval: %1\n").arg(QString::fromStdString(e.what())));
         return kExitUnusable;
     }
-    const std::int64_t conversionUs = ConversionMicros(board->resolutionBits());
-    if (opt.intervalGiven && !board->continuous() && std::int64_t(interval) * 1000 < conversionUs)
-        Print(err, QStringLiteral("lxmeval: an interval of %1 ms is shorter than the %2 ms a %3-bit conversion "
-                                  "takes; the readings are marked early. Leave --interval out for the "
-                                  "resolution's own.\n")
-                       .arg(interval)
-                       .arg(double(conversionUs) / 1000.0, 0, 'f', 1)
-                       .arg(board->resolutionBits()));
+    WarnOfEarlyReadings(board->resolutionBits(), opt, err);
 
     bool logLost = false;
     double latest = 0;

@@ -89,20 +89,6 @@ std::unique_ptr<DeviceFormBase> MultiFunctionForm(Session& session, const Collec
     return form;
 }
 
-// A one-shot read needs its conversion done: an interval shorter than that takes every reading
-// early. Said once; the rows say it each.
-void WarnOfEarlyReadings(const frmLXM410& form, const CollectOptions& opt, std::FILE* err) {
-    const std::int64_t conversionUs = ConversionMicros(form.AdcBits);
-    if (!opt.intervalGiven || opt.type->continuous || std::int64_t(opt.intervalMs) * 1000 >= conversionUs)
-        return;
-    Print(err, QStringLiteral("lxmeval: an interval of %1 ms is shorter than the %2 ms a %3-bit conversion "
-                              "takes; the readings are marked early. Leave --interval out for the "
-                              "resolution's own.\n")
-                   .arg(opt.intervalMs)
-                   .arg(double(conversionUs) / 1000.0, 0, 'f', 1)
-                   .arg(form.AdcBits));
-}
-
 // The form's own collection with every sample logged, ended by the samples or the duration
 // asked for, a signal, a log that stopped or a board that went away.
 int Collect(DeviceFormBase& form, Session& session, const CollectOptions& opt, std::FILE* err,
@@ -162,7 +148,7 @@ int RunCollectHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, s
     if (!OpenBoardHeadless(session, sensor, err)) return kExitUnusable;
     if (sensor == "LXM600") return Collect(*MultiFunctionForm(session, opt), session, opt, err, progress);
     const auto form = FamilyForm(session, opt);
-    WarnOfEarlyReadings(*form, opt, err);
+    WarnOfEarlyReadings(form->AdcBits, opt, err);
     return Collect(*form, session, opt, err, progress);
 }
 

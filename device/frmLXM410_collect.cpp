@@ -87,13 +87,11 @@ LoggedSample frmLXM410::LoggedPass() const {
     return row;
 }
 
-// A one-shot read is early when its delay is shorter than the conversion; a continuous one
-// when the conversion that began with the last register write cannot have ended yet. A signed
-// proximity count has no top of scale to be stuck at.
+// A read is early when the conversion that began with the last write of the registers (a
+// one-shot's trigger, or a change of settings) cannot have ended by the time the read came
+// back. A signed proximity count has no top of scale to be stuck at.
 SampleStatus frmLXM410::CountStatus(std::int32_t value) const {
-    const std::int64_t conversion = ConversionMicros(AdcBits);
-    const bool early = MeasureSingleShot ? Val(txtSampling_Delay->text()) * 1000 < double(conversion)
-                                         : s_.clock.Micros() - ConversionStartUs < conversion;
+    const bool early = s_.clock.Micros() - ConversionStartUs < ConversionMicros(AdcBits);
     const std::int64_t count = SignedPlotCase() ? 0 : (std::int64_t(value) & TopCount(AdcBits));
     return Classify(s_.ReadStatusByte == 2, count, AdcBits, early);
 }
@@ -149,6 +147,7 @@ bool frmLXM410::SamplePass() {
         if (MeasureSingleShot) {
             s_.TransferBusy = false;
             cmdWrtReg_Click(0);
+            ConversionStartUs = s_.clock.Micros();
             if (!ServedPauseMs(s_, s_.clock, Val(txtSampling_Delay->text()),
                                [this] { return s_.Collecting; }))
                 return false;

@@ -22,7 +22,9 @@
 namespace lxm {
 
 namespace {
-constexpr int kProxData = 8;  // register 8: proximity; 9 and 10: ALS/IR low and high
+constexpr int kProxData = 8;
+// The chip gives an ALS or IR result every 25 ms while its part is enabled.
+constexpr std::int64_t kAlsConversionUs = 25'000;  // register 8: proximity; 9 and 10: ALS/IR low and high
 // A stop waits this many yields for a transfer under way to end before it lets go of the bus.
 constexpr int kStopYields = 10000;
 }  // namespace
@@ -115,7 +117,9 @@ bool frmLXM600::SamplePass() {
         lastLow_ = std::uint8_t(AlsIrCount600 & 0xFF);
         lastHigh_ = std::uint8_t(AlsIrCount600 >> 8);
     }
-    run_.PassStatus = Classify(readOk, std::int64_t(raw), TraceEnable1 == 255 ? kProxBits : AdcBits, false);
+    // An ALS/IR result needs one conversion after its settings (register 1) were written.
+    const bool early = TraceEnable2 == 255 && s_.clock.Micros() - s_.comm().LastWriteUs(1) < kAlsConversionUs;
+    run_.PassStatus = Classify(readOk, std::int64_t(raw), TraceEnable1 == 255 ? kProxBits : AdcBits, early);
     if (run_.Displayed) txtADCRaw->setText(Trim(raw));
     run_.LatestReading = raw;
     if (AlsSample()) {

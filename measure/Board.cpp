@@ -352,7 +352,7 @@ void Board::SetThresholds(std::int32_t low, std::int32_t high) {
     WriteLocked(kFamilyThresholds, {lo.low, lo.high, hi.low, hi.high});
 }
 
-Reading Board::Convert(const Reply& reply, std::int64_t startedUs) {
+Reading Board::Convert(const Reply& reply, std::int64_t readUs) {
     Reading r;
     r.lux = luxMeasure();
     std::int64_t count = 0;  // unsigned, before any sign is taken
@@ -375,7 +375,7 @@ Reading Board::Convert(const Reply& reply, std::int64_t startedUs) {
         r.raw = reply.bytes[1] | (reply.bytes[2] << 8);
         count = r.raw;
     }
-    r.status = Classify(reply.ok, count, bits, startedUs - conversionStartUs_ < conversionUs);
+    r.status = Classify(reply.ok, count, bits, readUs - conversionStartUs_ < conversionUs);
     if (r.status == SampleStatus::Failed) {
         r.raw = 0;
         r.value = std::numeric_limits<double>::quiet_NaN();
@@ -397,11 +397,12 @@ Reading Board::TakeReading() {
         WriteImage({0});
         clock_.SleepMicros(oneShotDelayMs_ ? std::int64_t(*oneShotDelayMs_ * 1000) : ConversionMicros(resolutionBits()));
     }
-    const std::int64_t started = clock_.Micros();
     const Reply reply = IsFamily() ? ReadLocked(kFamilyData, 2, false)
                         : Choice(measure_).prox ? ReadLocked(kLxm600Prox, 1, false)
                                                 : ReadLocked(kLxm600AlsIr, 2, false);
-    return Convert(reply, started);
+    // Early as the forms take it: by the time since the conversion began, the read's own
+    // transfers included.
+    return Convert(reply, clock_.Micros());
 }
 
 void Board::Collect(std::int64_t n, int intervalMs, const std::function<bool(const Sample&)>& sink,

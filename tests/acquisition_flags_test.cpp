@@ -1,5 +1,5 @@
-// Flagged readings and where files go: what a count is worth, the log's status column and its
-// "#" lines for settings changed during a run, and the folder a file dialog starts in.
+// Flagged readings and where files go: the log's status column and its "#" lines for settings
+// changed during a run, and the folder a file dialog starts in.
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
@@ -14,15 +14,6 @@
 
 namespace lxm {
 namespace {
-
-TEST(SampleStatus, ClassifiesByReplyTimingAndTopOfScale) {
-    EXPECT_EQ(Classify(true, 4094, 12, false), SampleStatus::Ok);
-    EXPECT_EQ(Classify(true, 4095, 12, false), SampleStatus::Saturated);
-    EXPECT_EQ(Classify(true, 4095, 16, false), SampleStatus::Ok);
-    EXPECT_EQ(Classify(true, 15, 4, false), SampleStatus::Saturated);
-    EXPECT_EQ(Classify(false, 4095, 12, true), SampleStatus::Failed);
-    EXPECT_EQ(Classify(true, 4095, 12, true), SampleStatus::Early);
-}
 
 TEST(SampleLogFlags, StatusColumnAndSettingsChangedDuringTheRun) {
     test::FakeClock clock;

@@ -164,6 +164,7 @@ void Comm::WriteRegister(int r) {
     XferSize = std::uint32_t(XferBuf.size());
     s_.RegWriteMirror[r] = std::uint8_t(HexValue(entry));
     TransferOut();
+    lastWriteUs_[std::size_t(r)] = s_.clock.Micros();
     s_.TransferBusy = false;
     DoEvents();
     FlipActivity(f ? f->ShpIndwr(r) : nullptr);

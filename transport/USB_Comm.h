@@ -55,6 +55,9 @@ public:
     // single read or a script on it would only read zeros. Says once per action what to do;
     // true when the board is in that state and the caller must do nothing.
     bool RefuseUnopenedBoard();
+    // When register r was last written through its row (clock microseconds; 0 never): a chip
+    // starts converting anew with a write of its settings.
+    std::int64_t LastWriteUs(int r) const { return lastWriteUs_[std::size_t(r)]; }
 
     std::uint32_t XferPipe = 0;
     std::uint32_t XferSize = 0;
@@ -66,6 +69,7 @@ public:
     std::uint32_t timeoutMs = 1000;
 
 private:
+    std::array<std::int64_t, kMaxRegisters> lastWriteUs_{};
     bool Begin(int r, std::array<bool, kMaxRegisters>& pending);
     void Report(bool in, bool ok);
     void FlipActivity(Shape* shape);

@@ -48,8 +48,12 @@ RecordFrame::RecordFrame(Session& session, RecordCaptions captions, QWidget* par
     grid_ = g;
     SetLogFile(QString());
     // Turning the log on asks for its file; the last one is offered again.
+    // Turned off, it no longer names the last run's file.
     connect(chkLogAll, &QCheckBox::clicked, this, [this](bool on) {
-        if (on) chkLogAll_Click();
+        if (on)
+            chkLogAll_Click();
+        else
+            chkLogAll->setText(QStringLiteral("Log every sample"));
     });
 }
 
