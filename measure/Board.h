@@ -138,7 +138,7 @@ private:
     void WriteImage(std::initializer_list<int> regs);
     void CheckRegister(int reg, int count) const;
     [[noreturn]] void Fail(std::uint32_t status, std::uint8_t reg) const;
-    Reading Convert(const Reply& reply, std::int64_t startedUs);
+    Reading Convert(const Reply& reply, std::int64_t readUs);
     bool IsFamily() const { return sensor_ != "LXM600"; }
 
     UsbDriver& driver_;

@@ -148,7 +148,8 @@ TEST(MeasureCore, SeveralBoardsCollectAtOnce) {
     for (int i = 0; i < kBoards; ++i) {
         ASSERT_EQ(got[std::size_t(i)].size(), std::size_t(kSamples));
         for (const Sample& s : got[std::size_t(i)]) {
-            if (s.reading.flags & kEarly) continue;
+            // The first conversion's reads: early, or (as the forms count it) ending just after it.
+            if (s.reading.flags & kEarly || s.seconds < 0.02) continue;
             ASSERT_EQ(s.reading.flags, 0u);
             ASSERT_NEAR(s.reading.value, kLux[i], kLux[i] * 0.4) << "board " << i << " sample " << s.index;
         }

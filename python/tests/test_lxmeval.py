@@ -102,7 +102,7 @@ def test_boards_collect_side_by_side_in_threads():
         t.join()
     for i, a in enumerate(results):
         assert len(a) == 300
-        good = a[a["flags"] == 0]
+        good = a[(a["flags"] == 0) & (a["time"] > 0.02)]  # after the first conversion
         assert np.all(np.abs(good["value"] - 100 * 3 ** i) < 40 * 3 ** i), i
     for b in boards:
         b.close()
