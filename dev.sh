@@ -7,7 +7,7 @@ cd "$(dirname "$0")"
 
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev libqcustomplot-dev libqcustomplot2.1-qt6 libusb-1.0-0-dev libgtest-dev libgmock-dev
           libbenchmark-dev libumockdev-dev umockdev libglib2.0-dev ccache clang libclang-rt-dev
-          dpkg-dev file lintian)
+          dpkg-dev file lintian pybind11-dev python3-dev python3-numpy python3-pytest)
 
 install_packages() {
     local missing=()
@@ -56,7 +56,7 @@ test)
     # Line tables (-g1) are enough for the reports and cost far less than full debug information.
     # The package test checks the package of the plain program, built first in build.
     configure_plain
-    cmake --build build --target lxmeval lxm_package_docs
+    cmake --build build --target lxmeval lxm_package_docs lxm_python
     fuzz_runs=()
     if command -v clang++ >/dev/null; then
         configure build-fuzz -DLXM_FUZZ=ON -DCMAKE_CXX_COMPILER=clang++
@@ -83,7 +83,7 @@ bench)
 package)
     install_packages
     configure_plain
-    cmake --build build --target lxmeval lxm_package_docs
+    cmake --build build --target lxmeval lxm_package_docs lxm_python
     (cd build && cpack -G DEB)
     deb=$(ls -t build/lxmeval_*.deb | head -1)
     lintian "$deb" || true

@@ -4,6 +4,11 @@
 #include <cstdint>
 #include <string>
 
+#include <QString>
+
+#include "app/CommandLine.h"
+#include "core/Seams.h"
+
 // Pieces of a collection without a window that stand apart from the sensor: ending it on a
 // signal, and the progress line.
 namespace lxm {
@@ -26,6 +31,38 @@ private:
     struct sigaction oldInt_ {};
     struct sigaction oldTerm_ {};
 };
+
+// The end of a collection without a window as the options say it (samples, duration), or a
+// signal; the progress line on a terminal; and the report of how it ended, with its exit status.
+// The device form's collection and the core's share it.
+class CollectWatch {
+public:
+    CollectWatch(Clock& clock, const CollectOptions& opt, std::FILE* err, bool progress);
+
+    // One more sample, whose value the progress line shows.
+    void Sample(double latest);
+    // Between samples: the progress line, once a quarter of a second.
+    void Tick();
+    bool Due() const;
+    // Finishes the progress line and tells on err how the run ended: the exit status.
+    int End(std::uint64_t rows, bool logLost, bool boardGone, const QString& output);
+
+private:
+    void Show(bool force);
+
+    Clock& clock_;
+    const CollectOptions& opt_;
+    std::FILE* err_;
+    bool progress_;
+    StopOnSignal stopper_;
+    std::uint64_t samples_ = 0;
+    double latest_ = 0;
+    std::int64_t startUs_, lastShownUs_, durationUs_;
+};
+
+// A one-shot read needs its conversion done: an interval shorter than that (the read's own
+// transfers counted) takes every reading early. Said once on err; the rows say it each.
+void WarnOfEarlyReadings(int adcBits, const CollectOptions& opt, std::FILE* err);
 
 // "1234 samples, 487.2/s, 0:02:03 elapsed, last 18.82 lux": the rate over the whole run,
 // the elapsed time in hours, minutes and seconds, the last value as the collection shows it.

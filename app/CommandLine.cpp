@@ -251,6 +251,16 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
 
         if (arg == "--simulate") {
             flag(cl.simulate);
+        } else if (arg == "--boards") {
+            flag(cl.listBoards);
+        } else if (arg == "--board") {
+            // Which of several attached boards to take, as --boards lists them.
+            const std::optional<std::string> v = value();
+            if (!v || !ParseBoardPlace(*v))
+                cl.error = "option --board needs BUS:PORT as --boards lists them, such as 1:7" +
+                           (v ? ", not '" + *v + "'" : std::string());
+            else
+                cl.board = ParseBoardPlace(*v);
         } else if (arg == "/d") {
             cl.keepGpioLoaded = true;
         } else if (arg == "--help" || arg == "-h") {
@@ -421,6 +431,7 @@ std::string HelpText() {
         types += name + help + "\n";
     }
     return "Usage: lxmeval [options] [/d]\n"
+           "       lxmeval --boards\n"
            "       lxmeval --script FILE [--loops N] [--abort-on-fail] [--simulate] [--sensor NAME]\n"
            "       lxmeval --collect TYPE --output FILE.csv [--sensor NAME] [--interval MS]\n"
            "               [--samples N | --duration SECONDS] [--range LUX]\n"
@@ -438,6 +449,9 @@ std::string HelpText() {
            "                     row on standard output, then \"N passed, M failed\"\n"
            "  --loops N          run the script N times (1 to 100000; default 1)\n"
            "  --abort-on-fail    stop the script at the first read that does not match\n"
+           "  --boards           list the attached evaluation boards (BUS:PORT and whether you\n"
+           "                     may open them) and exit\n"
+           "  --board BUS:PORT   take the board at this place when several are attached\n"
            "  /d                 keep the GPIO panel loaded after type selection\n"
            "  -h, --help         show this help and exit\n"
            "  --version          show the version and exit\n"

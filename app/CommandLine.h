@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "transport/BoardPlace.h"
+
 namespace lxm {
 
 // A measurement type of --collect: its name on the command line, the "Operation" choice it
@@ -62,6 +64,8 @@ struct ViewOptions {
 // --help, --version and a mistyped option answer without a display.
 struct CommandLine {
     bool simulate = false;
+    bool listBoards = false;           // --boards
+    std::optional<BoardPlace> board;  // --board BUS:PORT
     bool keepGpioLoaded = false;  // "/d"
     bool help = false;
     bool version = false;

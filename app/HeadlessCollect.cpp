@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "app/CollectControl.h"
+#include "app/CoreCollect.h"
 #include "app/HeadlessScript.h"
 #include "core/Seams.h"
 #include "device/frmLXM410.h"
@@ -24,13 +25,10 @@ namespace lxm {
 
 namespace {
 
-constexpr int kExitDone = 0;
-constexpr int kExitBoardGone = 1;
 constexpr int kExitUnusable = 2;
 // Often enough for Ctrl-C and --duration to act at once during a long interval, and for the
 // progress line to look alive; rare enough to cost nothing beside the transfers.
 constexpr int kWatchMs = 100;
-constexpr std::int64_t kProgressEveryUs = 250'000;
 
 // An option of an array as the user clicks it.
 template <class Click>
@@ -91,21 +89,6 @@ std::unique_ptr<DeviceFormBase> MultiFunctionForm(Session& session, const Collec
     return form;
 }
 
-// A one-shot read needs its conversion done: an interval shorter than that takes every reading
-// early. Said once; the rows say it each.
-void WarnOfEarlyReadings(const frmLXM410& form, const CollectOptions& opt, std::FILE* err) {
-    const std::int64_t conversionUs = ConversionMicros(form.AdcBits);
-    if (!opt.intervalGiven || opt.type->continuous ||
-        std::int64_t(opt.intervalMs) * 1000 + kReadMicros >= conversionUs)
-        return;
-    Print(err, QStringLiteral("lxmeval: an interval of %1 ms is shorter than the %2 ms a %3-bit conversion "
-                              "takes; the readings are marked early. Leave --interval out for the "
-                              "resolution's own.\n")
-                   .arg(opt.intervalMs)
-                   .arg(double(conversionUs) / 1000.0, 0, 'f', 1)
-                   .arg(form.AdcBits));
-}
-
 // The form's own collection with every sample logged, ended by the samples or the duration
 // asked for, a signal, a log that stopped or a board that went away.
 int Collect(DeviceFormBase& form, Session& session, const CollectOptions& opt, std::FILE* err,
@@ -116,68 +99,31 @@ int Collect(DeviceFormBase& form, Session& session, const CollectOptions& opt, s
     form.dataRecord().SetLogFile(output);
     form.dataRecord().chkLogAll->setChecked(true);
 
-    StopOnSignal stopper;
-    std::uint64_t samples = 0;
+    CollectWatch watcher(clock, opt, err, progress);
     bool logLost = false;
-    const std::int64_t startUs = clock.Micros();
-    std::int64_t lastProgressUs = startUs - kProgressEveryUs;
-    const std::int64_t durationUs =
-        opt.durationSeconds ? std::int64_t(std::llround(*opt.durationSeconds * 1e6)) : INT64_MAX;
-    auto showProgress = [&](bool force) {
-        if (!progress) return;
-        const std::int64_t now = clock.Micros();
-        if (!force && now - lastProgressUs < kProgressEveryUs) return;
-        lastProgressUs = now;
-        std::fprintf(err, "\r%s\033[K",
-                     ProgressLine(samples, now - startUs, run.LatestReading, opt.type->lux).c_str());
-        std::fflush(err);
-    };
     auto due = [&] {
         if (!form.sampleLog().IsOpen()) logLost = true;
-        return logLost || stopper.Requested() || clock.Micros() - startUs >= durationUs ||
-               (opt.samples && samples >= *opt.samples);
+        return logLost || watcher.Due();
     };
     run.onPass = [&] {
-        ++samples;
-        showProgress(false);
+        watcher.Sample(run.LatestReading);
         if (due()) form.cmdStopData_Click();
     };
     // Signals and the duration are also watched between passes, which a long interval spaces.
     QTimer watch;
     watch.setInterval(kWatchMs);
     QObject::connect(&watch, &QTimer::timeout, [&] {
-        showProgress(false);
+        watcher.Tick();
         if (session.Collecting && due()) form.cmdStopData_Click();
     });
     watch.start();
     form.cmdCollectData_Click();
     watch.stop();
     run.onPass = nullptr;
-    showProgress(true);
-    if (progress) std::fputc('\n', err);
-
     const bool boardGone = !session.UsbConnected;
     const std::uint64_t rows = form.sampleLog().Rows();
     session.usb().ShutdownUsb();
-    if (logLost) {
-        Print(err,
-              QStringLiteral("lxmeval: the collection stopped after %1 samples because the log could not "
-                             "be written.\n")
-                  .arg(samples));
-        return kExitUnusable;
-    }
-    if (boardGone) {
-        Print(err, QStringLiteral("lxmeval: the board went away after %1 samples; %2 keeps them.\n")
-                       .arg(rows)
-                       .arg(output));
-        return kExitBoardGone;
-    }
-    if (stopper.Requested())
-        Print(err, QStringLiteral("lxmeval: stopped by signal %1 after %2 samples; %3 is complete.\n")
-                       .arg(stopper.Signal())
-                       .arg(rows)
-                       .arg(output));
-    return kExitDone;
+    return watcher.End(rows, logLost, boardGone, output);
 }
 
 }  // namespace
@@ -195,13 +141,14 @@ int RunCollectHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, s
                        .arg(output, problem));
         return kExitUnusable;
     }
+    if (CollectsOnCore(cl)) return RunCollectOnCore(cl, driver, clock, err, progress);
     StreamMessages messages(err);
     NoFileDialogs files;
     Session session(driver, messages, files, clock);
     if (!OpenBoardHeadless(session, sensor, err)) return kExitUnusable;
     if (sensor == "LXM600") return Collect(*MultiFunctionForm(session, opt), session, opt, err, progress);
     const auto form = FamilyForm(session, opt);
-    WarnOfEarlyReadings(*form, opt, err);
+    WarnOfEarlyReadings(form->AdcBits, opt, err);
     return Collect(*form, session, opt, err, progress);
 }
 

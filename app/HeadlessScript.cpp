@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "core/Seams.h"
+#include "measure/ScriptRun.h"
 #include "scripts/ScriptRunner.h"
 #include "transport/Session.h"
 #include "transport/UsbDriver.h"
@@ -126,13 +127,16 @@ void Print(std::FILE* f, const QString& text) {
     std::fflush(f);
 }
 
+QString NotConnectedText() {
+    return QStringLiteral("lxmeval: Evaluation Board is not connected, or another application is using it. "
+                          "Connect the board (or use --simulate) and run again.\n");
+}
+
 bool OpenBoardHeadless(Session& session, const std::string& type, std::FILE* err) {
     session.usb().InitDriver();
     session.usb().OpenDevice();
     if (!session.UsbConnected || !session.DeviceOpen) {
-        Print(err,
-              QStringLiteral("lxmeval: Evaluation Board is not connected, or another application is using "
-                             "it. Connect the board (or use --simulate) and run again.\n"));
+        Print(err, NotConnectedText());
         session.usb().ShutdownUsb();
         return false;
     }
@@ -177,18 +181,23 @@ int RunScriptHeadless(const CommandLine& cl, UsbDriver& driver, Clock& clock, Te
         return kExitUnusable;
     }
 
-    StreamMessages messages(err);
-    NoFileDialogs files;
-    Session session(driver, messages, files, clock);
-    if (!OpenBoardHeadless(session, cl.sensor.value_or("LXM410"), err)) return kExitUnusable;
-
+    // The measuring core: no session and no window object.
+    std::unique_ptr<measure::Board> board;
+    try {
+        board = std::make_unique<measure::Board>(driver, clock);
+    } catch (const measure::Error&) {
+        Print(err, NotConnectedText());
+        return kExitUnusable;
+    }
+    measure::BoardScriptPort port(*board, [err](const QString& text) {
+        Print(err, QStringLiteral("lxmeval: ") + text + QLatin1Char('\n'));
+    });
     HeadlessObserver observer(terminal, out, err, cl.loops, rows.front().line);
-    scripts::ScriptRunner runner(session, observer);
+    scripts::ScriptRunner runner(port, observer);
     const scripts::RunEnd end = runner.Run(rows, defaultAddress, cl.loops, cl.abortOnFail);
     const scripts::RunCounts& c = runner.Counts();
     std::fprintf(out, "%d passed, %d failed\n", c.pass, c.fail);
     std::fflush(out);
-    session.usb().ShutdownUsb();
 
     switch (end) {
         case scripts::RunEnd::Done:

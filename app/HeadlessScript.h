@@ -53,13 +53,16 @@ class Session;
 // appear at once even when the stream is a pipe.
 void Print(std::FILE* f, const QString& text);
 
+// The line for a board that cannot be opened, with what to do.
+QString NotConnectedText();
+
 // Opens the board for a run without a window, as a type selection of `type` does (the session
 // holds it open, the sensor at 0x88/0x89). False, with the reason on `err` and the driver shut
 // down, when no board can be opened.
 bool OpenBoardHeadless(Session& session, const std::string& type, std::FILE* err);
 
-// Runs the script of the command line without any window: opens the board as a type selection
-// does, prints one line per row and the summary to `out`, progress and errors to `err`, and
+// Runs the script of the command line without any window, on the measuring core (the chip is
+// taken as it is: nothing is written before the script's own rows), prints one line per row and the summary to `out`, progress and errors to `err`, and
 // returns the exit status (0 all compared reads passed, 1 a read failed or the run was
 // cancelled, 2 the file cannot be loaded or run, or no board). Needs a Qt core application
 // for the driver's notifications, and no display.

@@ -227,7 +227,7 @@ void frmStartup::SelectType(const std::string& type) {
 
 BoardSteps frmStartup::Steps() {
     return BoardSteps{[this] { Command3_Click(); }, [this] { Command1_Click(); },
-                      [this] { Command2_Click(); }};
+                      [this] { Command2_Click(); }, listBoards, chooseBoard};
 }
 
 template <class Form>

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/ActiveForm.h"
+#include "device/BoardMenu.h"
 
 class QComboBox;
 class QLabel;
@@ -59,6 +60,9 @@ public:
     std::function<void(const std::string&)> onTypeSelected;
     // Brings back the simulated board's window; empty on a real board.
     std::function<void()> showSimulatedBoard;
+    // The Board menu's choice among several attached boards (set by the program for a real USB).
+    decltype(BoardSteps::listBoards) listBoards;
+    decltype(BoardSteps::chooseBoard) chooseBoard;
     // Where ExitProgram ends the program; the application quits by default.
     std::function<void()> onExit;
 

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "app/CommandLine.h"
+#include "app/CoreCollect.h"
 #include "app/HeadlessCollect.h"
 #include "app/HeadlessScript.h"
 
@@ -23,6 +24,8 @@
 #include "simboard/SimBoard.h"
 #include "simboard/SimDriver.h"
 #include "transport/Session.h"
+#include "transport/BoardPlace.h"
+#include "transport/libusb/BoardList.h"
 #include "transport/libusb/LibusbDriver.h"
 #include "viewer/LoadRuns.h"
 #include "viewer/RunViewer.h"
@@ -32,6 +35,8 @@ namespace {
 // The board the program talks to: the built-in simulated one, a full-speed USB frame per
 // transfer as a real board has, or a real one through libusb.
 struct Board {
+    std::unique_ptr<lxm::UsbDriver> all;   // a real USB: the driver that sees every board
+    lxm::OneBoardDriver* only = nullptr;  // owned by driver: the one board taken of them
     std::unique_ptr<lxm::sim::SimBoard> simulated;
     lxm::sim::SimDriver* simDriver = nullptr;  // owned by driver
     std::unique_ptr<lxm::UsbDriver> driver;
@@ -42,7 +47,10 @@ struct Board {
 Board OpenBoard(const lxm::CommandLine& cl, lxm::Clock& clock, std::optional<std::string> sensor) {
     Board b;
     if (!cl.simulate) {
-        b.driver = std::make_unique<lxm::usb::LibusbDriver>();
+        b.all = std::make_unique<lxm::usb::LibusbDriver>();
+        auto only = std::make_unique<lxm::OneBoardDriver>(*b.all, cl.board);
+        b.only = only.get();
+        b.driver = std::move(only);
         return b;
     }
     b.simulated = std::make_unique<lxm::sim::SimBoard>(clock);
@@ -70,11 +78,27 @@ int RunHeadless(int argc, char** argv, const lxm::CommandLine& cl) {
 // The device form runs its collection unseen: the offscreen platform gives it its widgets
 // without a display.
 int RunCollect(int argc, char** argv, const lxm::CommandLine& cl) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
+    // The measuring core needs no window object at all; a form that still collects unseen gets
+    // the offscreen platform.
+    std::unique_ptr<QCoreApplication> app;
+    if (lxm::CollectsOnCore(cl)) {
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    } else {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        app = std::make_unique<QApplication>(argc, argv);
+    }
     lxm::SteadyClock clock;
     Board board = OpenBoard(cl, clock, cl.sensor.value_or("LXM410"));
     return lxm::RunCollectHeadless(cl, *board.driver, clock, stderr, ::isatty(STDERR_FILENO) == 1);
+}
+
+// --boards: one line per attached board on standard output.
+int ListBoards() {
+    const auto boards = lxm::usb::ListBoards();
+    for (const auto& b : boards)
+        std::printf("%d:%d\t%s\n", b.bus, b.port, b.openable ? "ready" : ("cannot open: " + b.problem).c_str());
+    if (boards.empty()) std::fputs("lxmeval: no evaluation board is attached: plug one in\n", stderr);
+    return boards.empty() ? 2 : 0;
 }
 
 QStringList Files(const std::vector<std::string>& files) {
@@ -122,6 +146,7 @@ int main(int argc, char** argv) {
         std::fputs(lxm::VersionText().c_str(), stdout);
         return 0;
     }
+    if (cl.listBoards) return ListBoards();
     if (cl.script) return RunHeadless(argc, argv, cl);
     if (cl.collect) return RunCollect(argc, argv, cl);
     if (cl.view) return cl.view->plot ? RunPlotCommand(argc, argv, *cl.view) : RunViewCommand(argc, argv, *cl.view);
@@ -154,6 +179,15 @@ int main(int argc, char** argv) {
             panel->CarryForType(type);
         };
     if (simPanel) startup.showSimulatedBoard = [panel = simPanel.get()] { panel->Reopen(); };
+    if (board.only) {
+        startup.listBoards = [] {
+            std::vector<std::pair<lxm::BoardPlace, QString>> list;
+            for (const auto& b : lxm::usb::ListBoards())
+                list.emplace_back(lxm::BoardPlace{b.bus, b.port}, QString::fromStdString(b.problem));
+            return list;
+        };
+        startup.chooseBoard = [only = board.only](const lxm::BoardPlace& place) { only->Take(place); };
+    }
     startup.show();
     if (simPanel) {
         // A first guess beside the start-up window; the panel corrects it once the window

@@ -30,6 +30,32 @@ BoardMenu::BoardMenu(Session& session, QMenuBar& bar, BoardRegisters registers)
     connect(mnuOpenUsb, &QAction::triggered, this, [this] { mnuOpenUsb_Click(); });
     connect(mnuCloseUsb, &QAction::triggered, this, [this] { mnuCloseUsb_Click(); });
     connect(mnuReconnect, &QAction::triggered, this, [this] { mnuReconnect_Click(); });
+    mnuChooseBoard = mnuBoard->addMenu(QStringLiteral("Choose Board"));
+    mnuChooseBoard->setToolTipsVisible(true);
+    connect(mnuChooseBoard, &QMenu::aboutToShow, this, [this] { ListBoards(); });
+}
+
+// Filled each time it opens: boards come and go.
+void BoardMenu::ListBoards() {
+    mnuChooseBoard->clear();
+    const auto boards = steps_.listBoards ? steps_.listBoards() : decltype(steps_.listBoards()){};
+    if (boards.empty()) mnuChooseBoard->addAction(QStringLiteral("No board attached"))->setEnabled(false);
+    const UsbDeviceInfo* now = s_.UsbConnected ? s_.usb().deviceInfoPtr : nullptr;
+    for (const auto& [where, problem] : boards) {
+        const BoardPlace place = where;
+        QAction* a = mnuChooseBoard->addAction(QStringLiteral("Bus %1, port %2").arg(place.bus).arg(place.port));
+        a->setCheckable(true);
+        a->setChecked(now && IsAt(*now, place));
+        a->setEnabled(problem.isEmpty() && steps_.chooseBoard != nullptr);
+        if (!problem.isEmpty()) a->setToolTip(problem);
+        connect(a, &QAction::triggered, this, [this, place] { mnuChooseBoard_Click(place); });
+    }
+}
+
+void BoardMenu::mnuChooseBoard_Click(const BoardPlace& place) {
+    if (!steps_.chooseBoard) return;
+    steps_.chooseBoard(place);
+    mnuReconnect_Click();
 }
 
 void BoardMenu::InitDriver() {

@@ -4,6 +4,8 @@
 #include <functional>
 #include <vector>
 
+#include "transport/BoardPlace.h"
+
 class QAction;
 class QMenu;
 class QMenuBar;
@@ -20,6 +22,10 @@ struct BoardSteps {
     std::function<void()> initTable;  // "Init Table"
     std::function<void()> openUsb;    // "Open USB"
     std::function<void()> closeUsb;   // "Close USB"
+    // The attached boards (their places, and why one cannot be opened: empty when it can) and
+    // the choice of one; without them the menu offers no choice.
+    std::function<std::vector<std::pair<BoardPlace, QString>>()> listBoards = {};
+    std::function<void(const BoardPlace&)> chooseBoard = {};
 };
 
 // What a device form tells the menu about itself: the form (its lamps show the steps), the
@@ -45,18 +51,22 @@ public:
     void mnuOpenUsb_Click();
     void mnuCloseUsb_Click();
     void mnuReconnect_Click();
+    // "Choose Board": takes the board at place and reconnects to it.
+    void mnuChooseBoard_Click(const BoardPlace& place);
 
     QMenu* mnuBoard = nullptr;
     QAction* mnuInitTable = nullptr;
     QAction* mnuOpenUsb = nullptr;
     QAction* mnuCloseUsb = nullptr;
     QAction* mnuReconnect = nullptr;
+    QMenu* mnuChooseBoard = nullptr;
 
 private:
     void Run(const std::function<void()>& step, void (BoardMenu::*fallback)());
     void InitDriver();
     void OpenDevice();
     void CloseDevice();
+    void ListBoards();
 
     Session& s_;
     BoardRegisters registers_;

@@ -263,7 +263,7 @@ public:
 
     // ======== state owned by the form while it is open ========
     // conversion state
-    std::array<std::int32_t, 4> RangeTable{1000, 4000, 16000, 64000};
+    std::array<std::int32_t, 4> RangeTable = kFamilyRangesLux;
     int RangeIndex = 0;
     int GainIndex = 0;
     int RangeKLux = 1;

@@ -15,17 +15,16 @@
 
 namespace lxm {
 
-using Kind = BitField::Kind;
-const BitField frmLXM410::kOperation{0, 0xE0, Kind::Index};
-const BitField frmLXM410::kExtTime{0, 0x10, Kind::Member, 1};
-const BitField frmLXM410::kMeasMode{0, 0x08, Kind::Member, 1};
-const BitField frmLXM410::kIntFlag{0, 0x04, Kind::Check};
-const BitField frmLXM410::kINTP{0, 0x03, Kind::Index};
-const BitField frmLXM410::kIRMode{1, 0x80, Kind::Member, 1};
-const BitField frmLXM410::kMFreq{1, 0x40, Kind::Member, 3};
-const BitField frmLXM410::kPSrc{1, 0x30, Kind::Index};  // the highest code is the strongest drive
-const BitField frmLXM410::kITime{1, 0x0C, Kind::Index};
-const BitField frmLXM410::kGain{1, 0x03, Kind::Index};
+const BitField frmLXM410::kOperation = kFamilyOperation;
+const BitField frmLXM410::kExtTime = kFamilyExtTime;
+const BitField frmLXM410::kMeasMode = kFamilyMeasMode;
+const BitField frmLXM410::kIntFlag = kFamilyIntFlag;
+const BitField frmLXM410::kINTP = kFamilyPersistence;
+const BitField frmLXM410::kIRMode = kFamilyScheme;
+const BitField frmLXM410::kMFreq = kFamilyModulation;
+const BitField frmLXM410::kPSrc = kFamilyDrive;
+const BitField frmLXM410::kITime = kFamilyResolution;
+const BitField frmLXM410::kGain = kFamilyRange;
 
 std::vector<RegisterName> frmLXM410::RegisterNames() {
     // A register no control sets: a byte as a whole.
@@ -45,30 +44,9 @@ std::vector<RegisterName> frmLXM410::RegisterNames() {
             Plain("Not used by the form", "")};
 }
 
-namespace {
-
-struct Resolution {
-    int bits;
-    const char* caption;
-    std::int32_t halfScale, countMax, fullScale;
-    std::int32_t unsignedMax, signedMax, signedMin;
-    double intervalMs;
-};
-
-// Deliberate values: 4 bits has a full scale of 16 (not 15) and a half scale of 16; the
-// 16-bit count mask is all ones, which as a signed number is -1.
-constexpr Resolution kResolutions[4] = {
-    {16, "16 Bits", 32768, -1, 65535, 65535, 32768, -100, 118},
-    {12, "12 Bits", 2048, 4095, 4095, 4095, 2048, -100, 8},
-    {8, "8 Bits", 128, 255, 255, 255, 128, -10, 0},
-    {4, "4 Bits", 16, 15, 16, 15, 8, -2, 0},
-};
-
-}  // namespace
-
 void frmLXM410::OptGain_Click(int Index) {
     static constexpr int kKLux[4] = {1, 4, 16, 64};
-    SetField(s_.RegWriteMirror, kGain, kGain.Value(Index, false));
+    kFamilyRange.Apply(s_.RegWriteMirror.data(), Index);
     RangeKLux = kKLux[Index];
     GainIndex = Index;
     RangeIndex = Index;
@@ -91,8 +69,8 @@ void frmLXM410::OptGain_Click(int Index) {
 
 void frmLXM410::OptITime_Click(int Index) {
     SampleDelayMs = 100;
-    const Resolution& r = kResolutions[Index];
-    SetField(s_.RegWriteMirror, kITime, kITime.Value(Index, false));
+    const Resolution& r = kFamilyResolutions[std::size_t(Index)];
+    kFamilyResolution.Apply(s_.RegWriteMirror.data(), Index);
     AdcBits = r.bits;
     lblIlimitsformat.at(1)->setText(QString::fromLatin1(r.caption));
     AdcHalfScale = r.halfScale;
@@ -221,7 +199,7 @@ void frmLXM410::OptExtTime_Click(int Index) {
 }
 
 void frmLXM410::optINTP_Click(int Index) {
-    SetField(s_.RegWriteMirror, kINTP, kINTP.Value(Index, false));
+    kFamilyPersistence.Apply(s_.RegWriteMirror.data(), Index);
     DriveIndex = Index;
     DoEvents();
     ShowRegister(0);
@@ -230,8 +208,7 @@ void frmLXM410::optINTP_Click(int Index) {
 }
 
 void frmLXM410::OptPSrc_Click(int Index) {
-    // 100 mA is the highest code, 12.5 mA the lowest.
-    SetField(s_.RegWriteMirror, kPSrc, kPSrc.Value(3 - Index, false));
+    SetField(s_.RegWriteMirror[1], kFamilyDriveMask, FamilyDriveBits(Index));
     DriveIndex = Index;
     DoEvents();
     ShowRegister(1);
@@ -240,7 +217,7 @@ void frmLXM410::OptPSrc_Click(int Index) {
 }
 
 void frmLXM410::OptMFreq_Click(int Index) {
-    SetField(s_.RegWriteMirror, kMFreq, kMFreq.Value(Index, Index == kMFreq.member));
+    kFamilyModulation.Apply(s_.RegWriteMirror.data(), Index, Index == kFamilyModulation.member);
     DoEvents();
     ShowRegister(1);
     cmdWrtReg_Click(1);

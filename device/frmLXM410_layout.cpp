@@ -259,16 +259,10 @@ void frmLXM410::BuildConfigColumn(QVBoxLayout* col2) {
 
 void frmLXM410::BuildMeasureColumn(QVBoxLayout* col3) {
     frmMeasure = Group(this, QStringLiteral("Operation"));
-    MakeOptionArray(frmMeasure, OptMeasure,
-                    {{0, "Power Down"},
-                     {1, "ALS Once"},
-                     {2, "IR Once"},
-                     {3, "Prox. Once"},
-                     {4, "Prox-IR External Calculated"},
-                     {5, "ALS Cont."},
-                     {6, "IR Cont"},
-                     {7, "Prox. Cont"}},
-                    1);
+    OptionItems measures;
+    for (std::size_t i = 0; i < kFamilyMeasureCaptions.size(); ++i)
+        measures.emplace_back(int(i), QString::fromLatin1(kFamilyMeasureCaptions[i]));
+    MakeOptionArray(frmMeasure, OptMeasure, measures, 1);
     for (auto& [i, b] : OptMeasure) b->installEventFilter(this);
     // Two to a row, the long one on a row of its own: a laptop screen has no height to spare.
     auto* mg = static_cast<QGridLayout*>(frmMeasure->layout());

@@ -52,7 +52,7 @@ void frmLXM410::Form_Load() {
     // 2. Family defaults.
     s_.CmdPipe = 2;
     s_.Collecting = false;
-    RangeTable = {1000, 4000, 16000, 64000};
+    RangeTable = kFamilyRangesLux;
     RangeKLux = 1;
     RangeIndex = 0;
     plot.AxisCaption = QStringLiteral("AD Cnt");

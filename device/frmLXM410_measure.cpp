@@ -25,7 +25,6 @@ namespace lxm {
 namespace {
 
 struct MeasureType {
-    std::uint8_t operation;  // register 0 bits 7..5
     const char* frameCaption;
     const char* readingCaption;  // nullptr: Label16 keeps its caption
     const char* axis;            // nullptr: both unit words stay
@@ -34,14 +33,14 @@ struct MeasureType {
 
 // "Read ALS Once " keeps its trailing blank: it is the caption the users know.
 constexpr MeasureType kMeasureTypes[8] = {
-    {0, "No Measurement:Power Down", nullptr, nullptr, nullptr},
-    {1, "Read ALS Once ", "Lux Reading", "Lux", "AD Cnt"},
-    {2, "Read IR Once", "ADC Reading", "IR Cnt", "IR Cnt"},
-    {3, "Read Prox. Once", "ADC Reading", "Prox-IR Cnt", "Prox-IR Cnt"},
-    {3, "Read Prox-IR Dual Mode", "Prox-IR", "Prox-IR", "Prox-IR"},
-    {5, "ALS Continuous", "Lux Reading", "Lux", "AD Cnt"},
-    {6, "IR Continuous", "ADC Reading", "IR Cnt", "IR Cnt"},
-    {7, "Prox Continuous", "ADC Reading", "Prox-IR Cnt", "Prox-IR Cnt"},
+    {"No Measurement:Power Down", nullptr, nullptr, nullptr},
+    {"Read ALS Once ", "Lux Reading", "Lux", "AD Cnt"},
+    {"Read IR Once", "ADC Reading", "IR Cnt", "IR Cnt"},
+    {"Read Prox. Once", "ADC Reading", "Prox-IR Cnt", "Prox-IR Cnt"},
+    {"Read Prox-IR Dual Mode", "Prox-IR", "Prox-IR", "Prox-IR"},
+    {"ALS Continuous", "Lux Reading", "Lux", "AD Cnt"},
+    {"IR Continuous", "ADC Reading", "IR Cnt", "IR Cnt"},
+    {"Prox Continuous", "ADC Reading", "Prox-IR Cnt", "Prox-IR Cnt"},
 };
 
 constexpr std::uint8_t kDataLow = 2;
@@ -85,7 +84,7 @@ void frmLXM410::OptMeasure_Click(int Index) {
     DoEvents();
 
     // 3. Command byte: the operation in bits 7..5, bits 4..1 from the image, bit 0 decided below.
-    std::uint8_t command = std::uint8_t((s_.RegWriteMirror[0] & 0x1E) | (type.operation << 5));
+    std::uint8_t command = FamilyCommand(s_.RegWriteMirror[0], Index);
     MeasureProx = Index == 3 || Index == 7;
     MeasureProxIrDual = Index == 4;
     ShowLux = Index == 1 || Index == 5;

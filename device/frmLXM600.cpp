@@ -33,18 +33,17 @@
 
 namespace lxm {
 
-using Kind = BitField::Kind;
-const BitField frmLXM600::kMMode{1, 0x01, Kind::Member, 1};
-const BitField frmLXM600::kALSRange{1, 0x02, Kind::Member, 0};
-const BitField frmLXM600::kALSEnable{1, 0x04, Kind::Check};
-const BitField frmLXM600::kProxDr{1, 0x08, Kind::Member, 1};
-const BitField frmLXM600::kIRSleep{1, 0x70, Kind::Index};
-const BitField frmLXM600::kPEnable{1, 0x80, Kind::Check};
-const BitField frmLXM600::kEPIN{2, 0x01, Kind::Member, 1};
-const BitField frmLXM600::kINTPALS{2, 0x06, Kind::Index};
-const BitField frmLXM600::kINTP{2, 0x60, Kind::Index};
-const BitField frmLXM600::kALSFlag{2, 0x08, Kind::Check};
-const BitField frmLXM600::kProxFlag{2, 0x80, Kind::Check};
+const BitField frmLXM600::kMMode = kLxm600IrMode;
+const BitField frmLXM600::kALSRange = kLxm600Range;
+const BitField frmLXM600::kALSEnable = kLxm600AlsEnable;
+const BitField frmLXM600::kProxDr = kLxm600Drive;
+const BitField frmLXM600::kIRSleep = kLxm600Sleep;
+const BitField frmLXM600::kPEnable = kLxm600ProxEnable;
+const BitField frmLXM600::kEPIN = kLxm600PinFunction;
+const BitField frmLXM600::kINTPALS = kLxm600AlsPersistence;
+const BitField frmLXM600::kINTP = kLxm600ProxPersistence;
+const BitField frmLXM600::kALSFlag = kLxm600AlsFlag;
+const BitField frmLXM600::kProxFlag = kLxm600ProxFlag;
 
 std::vector<RegisterName> frmLXM600::RegisterNames() {
     std::vector<RegisterName> names{
@@ -68,8 +67,7 @@ std::vector<RegisterName> frmLXM600::RegisterNames() {
 }
 
 namespace {
-constexpr std::array<std::uint8_t, frmLXM600::kRegisterRows> kImage{
-    0xA0, 0x00, 0x00, 0x00, 0xFF, 0x00, 0xF0, 0xFF, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00};
+constexpr const std::array<std::uint8_t, frmLXM600::kRegisterRows>& kImage = kLxm600Image;
 }  // namespace
 
 frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session, parent) {
@@ -191,7 +189,7 @@ void frmLXM600::Form_Load() {
     // 2.
     s_.CmdPipe = 2;
     s_.Collecting = false;
-    RangeTable = {2000, 125};
+    RangeTable = kLxm600RangesLux;
     RangeIndex = 0;
     plot_.AxisCaption = QStringLiteral("AD Cnt");
     plot_.AxisCaption2 = QStringLiteral("AD Cnt");
@@ -331,7 +329,7 @@ void frmLXM600::ApplyField(const BitField& field, int index, bool selected) {
 }
 
 void frmLXM600::ApplyOption(const BitField& field, const CtlArray<QRadioButton>& arr, int index) {
-    const bool selected = field.kind == Kind::Member && arr.at(field.member)->isChecked();
+    const bool selected = field.kind == BitField::Kind::Member && arr.at(field.member)->isChecked();
     ApplyField(field, index, selected);
 }
 

@@ -179,7 +179,7 @@ public:
     RecordFrame* frmDataRecord = nullptr;  // "Save Measurements to File"
 
     // ======== state ========
-    std::array<std::int32_t, 2> RangeTable{2000, 125};
+    std::array<std::int32_t, 2> RangeTable = kLxm600RangesLux;
     int RangeIndex = 0;
     int AdcBits = 12;
     std::int32_t FullScaleCounts = 4095;

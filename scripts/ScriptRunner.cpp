@@ -2,21 +2,13 @@
 
 #include <algorithm>
 
+#include "core/Seams.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
-#include "transport/Session.h"
-#include "transport/USB_Comm.h"
-#include "transport/generic_usb_lib.h"
 
 namespace lxm::scripts {
 
 namespace {
-QString BusyText() {
-    return QStringLiteral(
-        "Another register transfer is under way, so the script did not go on. Run it again "
-        "when that transfer has finished.");
-}
-
 // Delays are slept in slices this long, so that Abort and the window are served throughout.
 constexpr std::int64_t kDelaySliceUs = 10'000;
 }  // namespace
@@ -38,7 +30,9 @@ QString IllegalAddressText(int line, const std::string& value) {
                "address is the next one); correct it and run again.");
 }
 
-ScriptRunner::ScriptRunner(Session& session, RunObserver& observer) : s_(session), obs_(observer) {}
+ScriptRunner::ScriptRunner(ScriptPort& port, RunObserver& observer) : port_(port), obs_(observer) {}
+
+ScriptRunner::~ScriptRunner() = default;
 
 QString ScriptRunner::Refusal(const std::vector<ScriptRow>& rows, const std::string& defaultAddress) {
     std::string current = defaultAddress;
@@ -72,30 +66,12 @@ RunEnd ScriptRunner::Run(std::vector<ScriptRow>& rows, const std::string& defaul
     lastLine_ = 0;
     const QString refusal = Refusal(rows, defaultAddress);
     if (!refusal.isEmpty()) {
-        s_.messages.MsgBox(refusal);
+        port_.Tell(refusal);
         return RunEnd::Refused;
     }
-    if (!s_.UsbConnected) {
-        s_.comm().NotConnected();
-        return RunEnd::NotConnected;
-    }
-    if (s_.comm().RefuseUnopenedBoard()) return RunEnd::NotConnected;
-    if (s_.Collecting) {
-        s_.messages.MsgBox(
-            QStringLiteral("A collection is running on the device form. Press \"Stop\" there, "
-                           "then run the script again."));
-        return RunEnd::Refused;
-    }
-    if (s_.TransferBusy) {
-        s_.TransferDeferred = true;
-        s_.messages.MsgBox(BusyText());
-        return RunEnd::Refused;
-    }
+    if (const auto start = port_.StartRun(); start != ScriptPort::Start::Ready)
+        return start == ScriptPort::Start::NoBoard ? RunEnd::NotConnected : RunEnd::Refused;
     running_ = true;
-    // Like every other transfer sequence: without a session holding the board open, it is
-    // opened around the run.
-    const bool openHere = !s_.SessionOpen;
-    if (openHere) s_.usb().OpenDevice();
 
     RunEnd end = RunEnd::Done;
     for (int loop = 0; loop < loops && end == RunEnd::Done; ++loop) {
@@ -110,14 +86,14 @@ RunEnd ScriptRunner::Run(std::vector<ScriptRow>& rows, const std::string& defaul
             if (end != RunEnd::Done) break;
         }
     }
-    if (openHere) s_.usb().CloseDevice();
+    port_.EndRun();
     running_ = false;
     return end;
 }
 
 RunEnd ScriptRunner::Interrupted() {
     if (abort_) return RunEnd::Aborted;
-    if (!s_.UsbConnected) return RunEnd::Disconnected;
+    if (!port_.Connected()) return RunEnd::Disconnected;
     return RunEnd::Done;
 }
 
@@ -154,36 +130,27 @@ RunEnd ScriptRunner::RunRow(ScriptRow& row, std::uint8_t& address, bool abortOnF
 }
 
 RunEnd ScriptRunner::SendRegisterRow(ScriptRow& row, std::uint8_t address, RowResult& result) {
-    // Only a sequence further down the call stack can hold the bus while a row starts, and it
-    // cannot go on before the run returns: waiting for it would never end.
-    if (s_.TransferBusy) {
-        s_.TransferDeferred = true;
-        s_.messages.MsgBox(BusyText());
-        return RunEnd::Refused;
-    }
+    if (!port_.StartRow()) return RunEnd::Refused;
     row.i2cAdr = Hex2(address).toStdString();
-    s_.TransferBusy = true;
     bool transferFailed = false;
     int status = 0;
     for (const Packet& p : BuildPackets(row, address)) {
-        std::vector<std::uint8_t> reply = s_.comm().Exchange(s_.CmdPipe, p.bytes, p.replyLength);
-        transferFailed = transferFailed || !s_.TransferOK;
+        std::vector<std::uint8_t> reply = port_.Exchange(p.bytes, p.replyLength, transferFailed);
         result.sent.push_back(p.bytes);
         if (p.replyLength > 0) {
             result.read = true;
             status = reply.empty() ? 0 : reply[0];
-            s_.ReadStatusByte = status;
             result.data.assign(std::size_t(row.readBytes), 0);
             for (std::size_t i = 0; i < result.data.size() && i + 1 < reply.size(); ++i)
                 result.data[i] = reply[i + 1];
         }
     }
-    s_.TransferBusy = false;
+    port_.EndRow();
     if (transferFailed) {
         // A board pulled out mid-row: let its detach arrive, and end without counting a read
         // that never had a chance.
         obs_.Yield();
-        if (!s_.UsbConnected) return RunEnd::Disconnected;
+        if (!port_.Connected()) return RunEnd::Disconnected;
     }
     if (result.read) {
         row.actRd = HexBytes(result.data);
@@ -199,15 +166,16 @@ RunEnd ScriptRunner::SendRegisterRow(ScriptRow& row, std::uint8_t address, RowRe
 }
 
 RunEnd ScriptRunner::Delay(std::uint32_t ms) {
-    const std::int64_t end = s_.clock.Micros() + std::int64_t(ms) * 1000;
+    Clock& clock = port_.clock();
+    const std::int64_t end = clock.Micros() + std::int64_t(ms) * 1000;
     for (;;) {
         obs_.Yield();
         const RunEnd e = Interrupted();
         if (e != RunEnd::Done) return e;
-        const std::int64_t left = end - s_.clock.Micros();
+        const std::int64_t left = end - clock.Micros();
         if (left <= 0) return RunEnd::Done;
         // Never less than a millisecond: a clock with only whole milliseconds would not move.
-        s_.clock.SleepMicros(std::clamp(left, std::int64_t(1000), kDelaySliceUs));
+        clock.SleepMicros(std::clamp(left, std::int64_t(1000), kDelaySliceUs));
     }
 }
 

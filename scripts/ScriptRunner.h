@@ -3,9 +3,11 @@
 #include <QString>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "scripts/ScriptPort.h"
 #include "scripts/ScriptSyntax.h"
 
 namespace lxm {
@@ -66,7 +68,10 @@ QString IllegalAddressText(int line, const std::string& value);
 // Runs the rows of a loaded script against the sensor through the session's transport.
 class ScriptRunner {
 public:
+    ScriptRunner(ScriptPort& port, RunObserver& observer);
+    // On the window's session (defined with the session's port, in the scripts library).
     ScriptRunner(Session& session, RunObserver& observer);
+    ~ScriptRunner();
 
     // Runs every row `loops` times; each pass starts at the default address. Before anything
     // is sent every row is checked: a row that cannot run, or an address that is not a write
@@ -90,7 +95,8 @@ private:
     RunEnd Delay(std::uint32_t ms);
     RunEnd Interrupted();
 
-    Session& s_;
+    std::unique_ptr<ScriptPort> owned_;
+    ScriptPort& port_;
     RunObserver& obs_;
     RunCounts counts_;
     bool abort_ = false;

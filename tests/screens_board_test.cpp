@@ -125,7 +125,7 @@ TEST_F(BoardMenuFromStartup, TheDeviceFormOffersTheStartupStepsAndRunsThem) {
     QStringList items;
     for (QAction* a : form->boardMenu->mnuBoard->actions())
         if (!a->isSeparator()) items << a->text();
-    EXPECT_EQ(items, (QStringList{"Init Table", "Open USB", "Close USB", "Reconnect"}));
+    EXPECT_EQ(items, (QStringList{"Init Table", "Open USB", "Close USB", "Reconnect", "Choose Board"}));
     EXPECT_EQ(form->boardMenu->mnuBoard->menuAction()->text(), "Board");
 
     // "Close USB" is the start-up window's: it brings "Init Table" out there.

@@ -21,18 +21,6 @@ namespace {
 constexpr int kLightGreen = 10;
 constexpr int kGreen = 2;
 constexpr int kLightRed = 12;
-// Owed replies are drained with this much shorter time-out before the next command goes out.
-constexpr std::uint32_t kDrainTimeoutMs = 20;
-constexpr int kMaxDrain = 4;
-// Empty INs in a row after which a reply still owed is taken as lost.
-constexpr int kForgetAfterSilent = 4;
-// Empty INs in a row that prove a pipe holds no reply we do not know of.
-constexpr int kQuietToTrust = 2;
-constexpr std::uint32_t kScratchSize = 64;
-
-bool Replied(std::uint32_t status) {
-    return status == kUsbOk || status == kUsbOverflow;
-}
 }  // namespace
 
 std::int32_t HexValue(const QString& text) {
@@ -57,15 +45,7 @@ std::int32_t HexValue(const QString& text) {
     return std::int32_t(std::uint32_t(v));
 }
 
-Comm::Comm(Session& session) : s_(session) {}
-
-void Comm::Transfer(bool in) {
-    if (XferBuf.size() < XferSize) XferBuf.resize(XferSize, 0);
-    XferDone = 0;
-    s_.LastStatus = s_.driver.Transfer(s_.usb().deviceHandle, XferPipe, in ? UsbDir::In : UsbDir::Out,
-                                       XferBuf.data(), XferSize, &XferDone, timeoutMs);
-    Report(in, s_.LastStatus == kUsbOk);
-}
+Comm::Comm(Session& session) : s_(session), link_(session.driver) {}
 
 void Comm::Report(bool in, bool ok) {
     Shape* lamp = nullptr;
@@ -74,123 +54,20 @@ void Comm::Report(bool in, bool ok) {
     if (lamp) lamp->setFillIndex(ok ? kLightGreen : kLightRed);
 }
 
-// Keeping replies in step with their commands.
-//
-// The board answers every read command with exactly one reply, in the order of the commands, and
-// a reply carries nothing that says which command it answers. A reply that misses the host's
-// time-out is not lost: the board hands it to a later IN. So the host counts, per IN pipe, the
-// replies the board still owes (owed_): a command that reached the board and was followed by its
-// IN adds one, every reply that arrives pays the oldest. The rule is then:
-//   1. Before a new command, owed replies are drained with short INs. A drain that times out
-//      forgets nothing: the reply is still owed and the next IN pays it.
-//   2. The IN of a command takes the reply that pays its own debt. Replies that arrive while
-//      older ones are owed are those older ones and are thrown away.
-//   3. A command that never reached the board owes nothing, and its IN is not made: it could
-//      only return an older reply.
-//   4. A reply that stays away through kForgetAfterSilent empty INs in a row is taken as lost
-//      (the board dropped it). Being wrong about that would leave every later read one behind,
-//      so the pipe is then on probation: after each reply, short INs look for a newer one until
-//      kQuietToTrust of them in a row come back empty. A newer reply found there is the true
-//      answer to the command, and the one before it was a stale one.
-// A new board (a new device handle) starts with nothing owed. The drains and probes leave the
-// lamps alone: they are housekeeping, not the user's transfers.
-std::uint32_t Comm::RawIn(std::uint8_t pipe, std::uint8_t* buf, std::uint32_t size, std::uint32_t timeout) {
-    std::uint32_t done = 0;
-    return s_.driver.Transfer(s_.usb().deviceHandle, pipe, UsbDir::In, buf, size, &done, timeout);
-}
-
-void Comm::SyncDevice() {
-    const DeviceHandle dev = s_.usb().deviceHandle;
-    if (dev == device_) return;
-    device_ = dev;
-    owed_.fill(0);
-    silent_.fill(0);
-    probation_.fill(false);
-    commandSent_.fill(false);
-}
-
-void Comm::NoteSilence(std::uint8_t pipe) {
-    if (owed_[pipe] == 0) return;
-    if (++silent_[pipe] < kForgetAfterSilent) return;
-    owed_[pipe] = 0;
-    silent_[pipe] = 0;
-    probation_[pipe] = true;
-}
-
-void Comm::DrainOwed(std::uint8_t pipe) {
-    std::uint8_t scratch[kScratchSize];
-    for (int i = 0; i < kMaxDrain && owed_[pipe] > 0; ++i) {
-        const std::uint32_t st = RawIn(pipe, scratch, kScratchSize, kDrainTimeoutMs);
-        if (Replied(st)) {
-            --owed_[pipe];
-            silent_[pipe] = 0;
-        } else if (st == kUsbTimeout) {
-            NoteSilence(pipe);
-        } else {
-            break;
-        }
-    }
-}
-
-void Comm::Probe(std::uint8_t pipe) {
-    std::vector<std::uint8_t> newer(std::max<std::uint32_t>(XferSize, 1));
-    for (int quiet = 0, tries = 0; quiet < kQuietToTrust && tries < kMaxDrain + kQuietToTrust; ++tries) {
-        std::fill(newer.begin(), newer.end(), std::uint8_t(0));
-        const std::uint32_t st = RawIn(pipe, newer.data(), XferSize, kDrainTimeoutMs);
-        if (Replied(st)) {
-            std::copy_n(newer.begin(), XferSize, XferBuf.begin());
-            quiet = 0;
-        } else if (st == kUsbTimeout) {
-            if (++quiet == kQuietToTrust) probation_[pipe] = false;
-        } else {
-            return;
-        }
-    }
-}
-
+// Replies are kept in step with their commands by the link; the lamps show how the caller's
+// own transfers went.
 void Comm::TransferOut() {
-    SyncDevice();
-    const std::uint8_t in = std::uint8_t((XferPipe + 128) & 0xFF);
-    // A command whose IN was never asked for (a write) owes no reply.
-    commandSent_[in] = false;
-    if (owed_[in] > 0) DrainOwed(in);
-    Transfer(false);
-    commandSent_[in] = s_.LastStatus == kUsbOk;
+    if (XferBuf.size() < XferSize) XferBuf.resize(XferSize, 0);
+    const auto r = link_.Out(s_.usb().deviceHandle, XferPipe, XferBuf.data(), XferSize, &XferDone, timeoutMs);
+    s_.LastStatus = r.status;
+    Report(false, r.ok);
 }
 
 void Comm::TransferIn() {
-    SyncDevice();
-    const std::uint8_t pipe = std::uint8_t(XferPipe & 0xFF);
     if (XferBuf.size() < XferSize) XferBuf.resize(XferSize, 0);
-    if (!commandSent_[pipe]) {
-        // LastStatus keeps the failure of the command.
-        std::fill(XferBuf.begin(), XferBuf.end(), std::uint8_t(0));
-        XferDone = 0;
-        Report(true, false);
-        return;
-    }
-    commandSent_[pipe] = false;
-    ++owed_[pipe];
-    bool ours = false;
-    for (;;) {
-        Transfer(true);
-        if (Replied(s_.LastStatus)) {
-            silent_[pipe] = 0;
-            if (--owed_[pipe] == 0) {
-                ours = true;
-                break;
-            }
-            continue;  // an older reply
-        }
-        if (s_.LastStatus == kUsbTimeout) NoteSilence(pipe);
-        break;
-    }
-    if (!ours) {
-        std::fill(XferBuf.begin(), XferBuf.end(), std::uint8_t(0));
-        if (s_.TransferOK) Report(true, false);
-        return;
-    }
-    if (probation_[pipe]) Probe(pipe);
+    const auto r = link_.In(s_.usb().deviceHandle, XferPipe, XferBuf.data(), XferSize, &XferDone, timeoutMs);
+    if (r.made) s_.LastStatus = r.status;
+    Report(true, r.ok);
 }
 
 void Comm::FlipActivity(Shape* shape) {
@@ -247,11 +124,8 @@ void Comm::ReadRegister(int r) {
     if (!Begin(r, s_.PendingRead)) return;
     s_.ReadCount = 1;
     XferPipe = std::uint32_t(s_.CmdPipe);
-    XferSize = 3;
-    XferBuf.assign(XferSize, 0);
-    XferBuf[0] = 1;
-    XferBuf[1] = s_.I2cReadAddr;
-    XferBuf[2] = std::uint8_t(r);
+    XferBuf = CommandPacket(1, s_.I2cReadAddr, std::uint8_t(r));
+    XferSize = std::uint32_t(XferBuf.size());
     TransferOut();
 
     XferPipe = std::uint32_t(s_.CmdPipe + 128);
@@ -284,14 +158,10 @@ void Comm::WriteRegister(int r) {
     QLineEdit* hex = f ? f->txtRegHex(r) : nullptr;
     const QString entry = hex ? hex->text() : QString();
     XferPipe = std::uint32_t(s_.CmdPipe);
-    XferSize = 4;
-    XferBuf.assign(XferSize, 0);
-    XferBuf[0] = 0;
-    XferBuf[1] = s_.I2cWriteAddr;
-    XferBuf[2] = std::uint8_t(r);
     // The entry is validated before it gets here; a value that still does not fit a byte
     // keeps its low eight bits rather than stopping the program.
-    XferBuf[3] = std::uint8_t(HexValue(entry));
+    XferBuf = CommandPacket(0, s_.I2cWriteAddr, std::uint8_t(r), {std::uint8_t(HexValue(entry))});
+    XferSize = std::uint32_t(XferBuf.size());
     s_.RegWriteMirror[r] = std::uint8_t(HexValue(entry));
     TransferOut();
     lastWriteUs_[std::size_t(r)] = s_.clock.Micros();
@@ -304,11 +174,8 @@ void Comm::WriteRegister(int r) {
 const std::vector<std::uint8_t>& Comm::ReadBlock(std::uint8_t reg, int count, int replyLen) {
     s_.ReadCount = count;
     XferPipe = std::uint32_t(s_.CmdPipe);
-    XferSize = 3;
-    XferBuf.assign(XferSize, 0);
-    XferBuf[0] = std::uint8_t(count);
-    XferBuf[1] = s_.I2cReadAddr;
-    XferBuf[2] = reg;
+    XferBuf = CommandPacket(std::uint8_t(count), s_.I2cReadAddr, reg);
+    XferSize = std::uint32_t(XferBuf.size());
     TransferOut();
     XferPipe = std::uint32_t(s_.CmdPipe + 128);
     XferSize = std::uint32_t(replyLen);
@@ -320,12 +187,8 @@ const std::vector<std::uint8_t>& Comm::ReadBlock(std::uint8_t reg, int count, in
 
 void Comm::WriteBlock(std::uint8_t reg, const std::vector<std::uint8_t>& bytes) {
     XferPipe = std::uint32_t(s_.CmdPipe);
-    XferSize = std::uint32_t(3 + bytes.size());
-    XferBuf.assign(XferSize, 0);
-    XferBuf[0] = 0;
-    XferBuf[1] = s_.I2cWriteAddr;
-    XferBuf[2] = reg;
-    for (std::size_t i = 0; i < bytes.size(); ++i) XferBuf[3 + i] = bytes[i];
+    XferBuf = CommandPacket(0, s_.I2cWriteAddr, reg, bytes);
+    XferSize = std::uint32_t(XferBuf.size());
     TransferOut();
 }
 

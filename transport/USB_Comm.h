@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/SessionState.h"
+#include "transport/PacketLink.h"
 #include "transport/UsbDriver.h"
 
 namespace lxm {
@@ -70,25 +71,11 @@ public:
 private:
     std::array<std::int64_t, kMaxRegisters> lastWriteUs_{};
     bool Begin(int r, std::array<bool, kMaxRegisters>& pending);
-    void Transfer(bool in);
     void Report(bool in, bool ok);
     void FlipActivity(Shape* shape);
-    // Keeping replies in step with their commands (see USB_Comm.cpp).
-    std::uint32_t RawIn(std::uint8_t pipe, std::uint8_t* buf, std::uint32_t size, std::uint32_t timeout);
-    void SyncDevice();
-    void NoteSilence(std::uint8_t pipe);
-    void DrainOwed(std::uint8_t pipe);
-    void Probe(std::uint8_t pipe);
 
     Session& s_;
-    // Per IN pipe: replies the board still owes, empty INs in a row while it owes one, whether a
-    // reply was given up as lost and not yet proven so, and whether the last command reached
-    // the board with its IN still to come.
-    std::array<int, 256> owed_{};
-    std::array<int, 256> silent_{};
-    std::array<bool, 256> probation_{};
-    std::array<bool, 256> commandSent_{};
-    DeviceHandle device_ = 0;
+    PacketLink link_;
 };
 
 }  // namespace lxm::USB_Comm

@@ -7,6 +7,7 @@
 
 #include "acquisition/ModWaveform_ALS.h"
 #include "acquisition/PictureBox.h"
+#include "acquisition/SensorFields.h"
 #include "core/ServedWait.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
@@ -22,10 +23,6 @@ namespace lxm {
 namespace {
 
 constexpr std::int64_t kMs = 1000;
-// The pass is let go once it is this close to its deadline; the sleep before that aims at 3 ms
-// before the deadline, so the transfers of the pass overlap the last milliseconds of the wait.
-constexpr std::int64_t kReleaseMarginUs = 4 * kMs;
-constexpr std::int64_t kSleepMarginUs = 3 * kMs;
 constexpr std::int64_t kFrameUs = PaintPacer::kFrameMs * kMs;
 
 void SetTextIfChanged(QLineEdit* box, const QString& text) {
@@ -155,8 +152,8 @@ void PacedCollection::NoteSettings() {
 // up to a millisecond later. A long interval is waited in served slices, so Stop ends it early.
 void PacedCollection::PaceToDeadline() {
     st_.PacedDeadlineUs = st_.DeadlineUs;
-    if (s_.clock.Micros() < st_.DeadlineUs - kReleaseMarginUs)
-        ServedWait(s_, s_.clock, st_.DeadlineUs - kSleepMarginUs, [this] {
+    if (const auto until = PaceSleepUntil(s_.clock.Micros(), st_.DeadlineUs))
+        ServedWait(s_, s_.clock, *until, [this] {
             // A long interval still gets its rows to the disk within the second.
             if (log_.IsOpen()) log_.FlushIfDue();
             return s_.Collecting;

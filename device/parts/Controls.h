@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "acquisition/SensorFields.h"
+
 class QGridLayout;
 
 namespace lxm {
@@ -60,36 +62,6 @@ void WireArray(Session& session, const CtlArray<QRadioButton>& arr, QObject* con
 
 // The member of an option array that is selected, or fallback when none is.
 int SelectedIndex(const CtlArray<QRadioButton>& arr, int fallback = 0);
-
-// Replaces the bits of mask in reg with those of value.
-constexpr std::uint8_t WithField(std::uint8_t reg, std::uint8_t mask, std::uint8_t value) {
-    return std::uint8_t((reg & ~mask) | (value & mask));
-}
-inline void SetField(std::uint8_t& reg, std::uint8_t mask, std::uint8_t value) {
-    reg = WithField(reg, mask, value);
-}
-
-// The value an option array or check box puts into its field, already shifted into place.
-// A field is one of three kinds: the clicked index itself (multi-bit fields), a single bit
-// set while one named member is selected, or a single bit set while a box is checked.
-struct BitField {
-    enum class Kind { Index, Member, Check };
-    int reg;
-    std::uint8_t mask;
-    Kind kind;
-    int member = 0;  // Kind::Member: the member whose selection sets the bit
-
-    int shift() const {
-        int s = 0;
-        while (s < 8 && !((mask >> s) & 1)) ++s;
-        return s;
-    }
-    // index: the clicked member (Index); selected: whether the member / box is on.
-    std::uint8_t Value(int index, bool selected) const {
-        if (kind == Kind::Index) return std::uint8_t((index << shift()) & mask);
-        return selected ? mask : 0;
-    }
-};
 
 template <class Image>
 void SetField(Image& image, const BitField& field, std::uint8_t value) {

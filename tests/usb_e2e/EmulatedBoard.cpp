@@ -56,11 +56,19 @@ void Check(gboolean ok, GError* err, const char* what) {
 
 }  // namespace
 
-EmulatedBoard::EmulatedBoard() : mainThread_(std::make_unique<QObject>()) {
-    testbed_ = umockdev_testbed_new();
+EmulatedBoard::EmulatedBoard() : EmulatedBoard(umockdev_testbed_new(), 1) {}
+
+// Another board on the same bus, in another port of the hub, with addresses of its own.
+EmulatedBoard::EmulatedBoard(EmulatedBoard& sameBus, int hubPort)
+    : EmulatedBoard(UMOCKDEV_TESTBED(g_object_ref(sameBus.testbed_)), hubPort) {}
+
+EmulatedBoard::EmulatedBoard(UMockdevTestbed* testbed, int hubPort)
+    : testbed_(testbed), mainThread_(std::make_unique<QObject>()) {
     handler_ = umockdev_ioctl_base_new();
     g_signal_connect_after(handler_, "handle-ioctl", G_CALLBACK(&EmulatedBoard::OnIoctl), this);
-    syspath_ = std::string("/sys") + kDevicePath;
+    devicePath_ = std::string(kDevicePath, std::strlen(kDevicePath) - 1) + std::to_string(hubPort);
+    syspath_ = "/sys" + devicePath_;
+    address_ = hubPort == 1 ? 1 : hubPort * 10;
     board_ = std::make_unique<sim::SimBoard>(boardClock_);
     board_->scene().ideal = true;  // exact counts
 }
@@ -112,7 +120,7 @@ void EmulatedBoard::Plug() {
                   "A: speed=12\\n\n"
                   "A: bConfigurationValue=1\\n\n"
                   "H: descriptors=%s\n",
-                  kDevicePath, address_, address_, devnode_.c_str(), address_, kDescriptors);
+                  devicePath_.c_str(), address_, address_, devnode_.c_str(), address_, kDescriptors);
     Check(umockdev_testbed_add_from_string(testbed_, record, &err), err, "add device");
     plugged_ = true;
     removalPosted_ = false;

@@ -29,7 +29,10 @@ namespace lxm::test::usb {
 class EmulatedBoard {
 public:
     EmulatedBoard();
+    // A second board on the first one's bus, at another port of its hub (2 or more).
+    EmulatedBoard(EmulatedBoard& sameBus, int hubPort);
     ~EmulatedBoard();
+    int address() const { return address_; }
     EmulatedBoard(const EmulatedBoard&) = delete;
     EmulatedBoard& operator=(const EmulatedBoard&) = delete;
 
@@ -72,6 +75,7 @@ private:
         std::deque<Urb> done;     // completed, waiting to be reaped
     };
 
+    EmulatedBoard(UMockdevTestbed* testbed, int hubPort);
     static int OnIoctl(UMockdevIoctlBase* handler, UMockdevIoctlClient* client, void* self);
     bool Handle(UMockdevIoctlClient* client);
     void Submit(UMockdevIoctlClient* client, Node& node);
@@ -84,6 +88,7 @@ private:
     UMockdevTestbed* testbed_ = nullptr;
     UMockdevIoctlBase* handler_ = nullptr;
     std::unique_ptr<QObject> mainThread_;  // context for work posted from the emulation thread
+    std::string devicePath_;
     std::string syspath_;
     std::string devnode_;
     int address_ = 1;
