@@ -21,8 +21,11 @@ bool Replied(std::uint32_t status) {
 
 std::vector<std::uint8_t> CommandPacket(std::uint8_t count, std::uint8_t address, std::uint8_t reg,
                                         const std::vector<std::uint8_t>& data) {
-    std::vector<std::uint8_t> p{count, address, reg};
-    p.insert(p.end(), data.begin(), data.end());
+    std::vector<std::uint8_t> p(3 + data.size());
+    p[0] = count;
+    p[1] = address;
+    p[2] = reg;
+    std::copy(data.begin(), data.end(), p.begin() + 3);
     return p;
 }
 
