@@ -59,9 +59,6 @@ class frmLXM410 : public DeviceFormBase, public CollectionState {
 public:
     static constexpr int kRegisterRows = 9;
     static constexpr int kSampleLast = CollectionState::kSampleLast;
-    // Where the configuration controls put their bits, and the bits the sensor sets itself.
-    static const BitField kOperation, kExtTime, kMeasMode, kIntFlag, kINTP;         // register 0
-    static const BitField kIRMode, kMFreq, kPSrc, kITime, kGain;                    // register 1
     // The names and fields the register panel shows beside its rows.
     static std::vector<RegisterName> RegisterNames();
 

@@ -15,32 +15,32 @@
 
 namespace lxm {
 
-const BitField frmLXM410::kOperation = kFamilyOperation;
-const BitField frmLXM410::kExtTime = kFamilyExtTime;
-const BitField frmLXM410::kMeasMode = kFamilyMeasMode;
-const BitField frmLXM410::kIntFlag = kFamilyIntFlag;
-const BitField frmLXM410::kINTP = kFamilyPersistence;
-const BitField frmLXM410::kIRMode = kFamilyScheme;
-const BitField frmLXM410::kMFreq = kFamilyModulation;
-const BitField frmLXM410::kPSrc = kFamilyDrive;
-const BitField frmLXM410::kITime = kFamilyResolution;
-const BitField frmLXM410::kGain = kFamilyRange;
-
 std::vector<RegisterName> frmLXM410::RegisterNames() {
     // A register no control sets: a byte as a whole.
     const auto Plain = [](const char* name, const char* shortName) {
         return RegisterName{QLatin1String(name), QLatin1String(shortName), {}};
     };
-    return {{QStringLiteral("Command I"), QStringLiteral("Cmd I"),
-             {{"operation", kOperation}, {"timing", kExtTime}, {"ADC / timer", kMeasMode},
-              {"interrupt flag", kIntFlag}, {"persistence", kINTP}}},
-            {QStringLiteral("Command II"), QStringLiteral("Cmd II"),
-             {{"scheme", kIRMode}, {"modulation", kMFreq}, {"IR drive", kPSrc}, {"resolution", kITime},
-              {"range", kGain}}},
+    return {{QStringLiteral("Command I"),
+             QStringLiteral("Cmd I"),
+             {{"operation", kFamilyOperation},
+              {"timing", kFamilyExtTime},
+              {"ADC / timer", kFamilyMeasMode},
+              {"interrupt flag", kFamilyIntFlag},
+              {"persistence", kFamilyPersistence}}},
+            {QStringLiteral("Command II"),
+             QStringLiteral("Cmd II"),
+             {{"scheme", kFamilyScheme},
+              {"modulation", kFamilyModulation},
+              {"IR drive", kFamilyDrive},
+              {"resolution", kFamilyResolution},
+              {"range", kFamilyRange}}},
             // The data and the thresholds, low byte first; the last row no control uses.
-            Plain("Data LSB", "Data L"), Plain("Data MSB", "Data H"),
-            Plain("Low threshold LSB", "Low L"), Plain("Low threshold MSB", "Low H"),
-            Plain("High threshold LSB", "High L"), Plain("High threshold MSB", "High H"),
+            Plain("Data LSB", "Data L"),
+            Plain("Data MSB", "Data H"),
+            Plain("Low threshold LSB", "Low L"),
+            Plain("Low threshold MSB", "Low H"),
+            Plain("High threshold LSB", "High L"),
+            Plain("High threshold MSB", "High H"),
             Plain("Not used by the form", "")};
 }
 
@@ -122,7 +122,7 @@ void frmLXM410::OptIRMode_Click(int Index) {
         for (int k = 1; k <= 10; ++k) plot.ScaleLabels2[k] = Trim(k * step);
     };
     if (Index == 0) {
-        SetField(s_.RegWriteMirror, kIRMode, 0);
+        SetField(s_.RegWriteMirror, kFamilyScheme, 0);
         ProxScheme = 0;
         chart_->txtScale->setText(Trim(FullScaleCounts));
         chart_->txtScale2->setText(Trim(FullScaleCounts));
@@ -134,7 +134,7 @@ void frmLXM410::OptIRMode_Click(int Index) {
         lblIlimitsformat.at(0)->setText(QStringLiteral("Single Polarity"));
         SinglePolarity = true;
     } else {
-        SetField(s_.RegWriteMirror, kIRMode, kIRMode.mask);
+        SetField(s_.RegWriteMirror, kFamilyScheme, kFamilyScheme.mask);
         ProxScheme = 1;
         SinglePolarity = false;
         chart_->txtScale->setText(Trim(FullScaleCounts / 2));
@@ -153,7 +153,7 @@ void frmLXM410::OptIRMode_Click(int Index) {
 
 void frmLXM410::OptMeasMode_Click(int Index) {
     if (Index == 0) {
-        SetField(s_.RegWriteMirror, kMeasMode, 0);
+        SetField(s_.RegWriteMirror, kFamilyMeasMode, 0);
         AdcModeSelected = true;
         if (!s_.Collecting) {
             MeasModeAdc = true;
@@ -161,7 +161,7 @@ void frmLXM410::OptMeasMode_Click(int Index) {
             cmdCollectData->setEnabled(true);
         }
     } else {
-        SetField(s_.RegWriteMirror, kMeasMode, kMeasMode.mask);
+        SetField(s_.RegWriteMirror, kFamilyMeasMode, kFamilyMeasMode.mask);
         AdcModeSelected = false;
         if (auto it = OptMeasMode.find(1); it != OptMeasMode.end()) it->second->setEnabled(true);
         if (!s_.Collecting) {
@@ -177,14 +177,14 @@ void frmLXM410::OptMeasMode_Click(int Index) {
 
 void frmLXM410::OptExtTime_Click(int Index) {
     if (Index == 0) {
-        SetField(s_.RegWriteMirror, kExtTime, 0);
+        SetField(s_.RegWriteMirror, kFamilyExtTime, 0);
         ExternalTiming = false;
         if (auto it = OptMeasMode.find(1); it != OptMeasMode.end()) it->second->setEnabled(false);
         OptMeasMode.at(0)->setChecked(true);
         OptMeasMode_Click(0);
         AdcModeSelected = true;
     } else {
-        SetField(s_.RegWriteMirror, kExtTime, kExtTime.mask);
+        SetField(s_.RegWriteMirror, kFamilyExtTime, kFamilyExtTime.mask);
         AdcModeSelected = false;
         if (auto it = OptMeasMode.find(1); it != OptMeasMode.end()) it->second->setEnabled(true);
         ExternalTiming = true;

@@ -436,7 +436,7 @@ void frmLXM410::WireHandlers() {
     panel_->onLostFocus = [this](int i) { txtRegHex_LostFocus(i); };
     auto& rules = panel_->rules();
     rules.activityRows = {2, 3};
-    rules.flagLamps = {{kIntFlag.reg, kIntFlag.mask, ShpIntFlag}};
+    rules.flagLamps = {{kFamilyIntFlag.reg, kFamilyIntFlag.mask, ShpIntFlag}};
     panel_->SetRegisterNames(RegisterNames());
     rules.commTest = strip_->LblCommTest();
     connect(txtInterval, &QLineEdit::returnPressed, this,

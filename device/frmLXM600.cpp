@@ -33,31 +33,30 @@
 
 namespace lxm {
 
-const BitField frmLXM600::kMMode = kLxm600IrMode;
-const BitField frmLXM600::kALSRange = kLxm600Range;
-const BitField frmLXM600::kALSEnable = kLxm600AlsEnable;
-const BitField frmLXM600::kProxDr = kLxm600Drive;
-const BitField frmLXM600::kIRSleep = kLxm600Sleep;
-const BitField frmLXM600::kPEnable = kLxm600ProxEnable;
-const BitField frmLXM600::kEPIN = kLxm600PinFunction;
-const BitField frmLXM600::kINTPALS = kLxm600AlsPersistence;
-const BitField frmLXM600::kINTP = kLxm600ProxPersistence;
-const BitField frmLXM600::kALSFlag = kLxm600AlsFlag;
-const BitField frmLXM600::kProxFlag = kLxm600ProxFlag;
-
 std::vector<RegisterName> frmLXM600::RegisterNames() {
     std::vector<RegisterName> names{
         {QStringLiteral("ID"), QStringLiteral("ID"), {}},
-        {QStringLiteral("ALS / proximity configuration"), QStringLiteral("Cfg"),
-         {{"proximity enable", kPEnable}, {"proximity sleep", kIRSleep}, {"IR LED drive", kProxDr},
-          {"ALS / IR enable", kALSEnable}, {"ALS range", kALSRange}, {"ALS / IR measurement", kMMode}}},
-        {QStringLiteral("Interrupt configuration"), QStringLiteral("Int"),
-         {{"proximity flag", kProxFlag}, {"proximity persistence", kINTP}, {"ALS flag", kALSFlag},
-          {"ALS persistence", kINTPALS}, {"pin function (Or / And)", kEPIN}}},
+        {QStringLiteral("ALS / proximity configuration"),
+         QStringLiteral("Cfg"),
+         {{"proximity enable", kLxm600ProxEnable},
+          {"proximity sleep", kLxm600Sleep},
+          {"IR LED drive", kLxm600Drive},
+          {"ALS / IR enable", kLxm600AlsEnable},
+          {"ALS range", kLxm600Range},
+          {"ALS / IR measurement", kLxm600IrMode}}},
+        {QStringLiteral("Interrupt configuration"),
+         QStringLiteral("Int"),
+         {{"proximity flag", kLxm600ProxFlag},
+          {"proximity persistence", kLxm600ProxPersistence},
+          {"ALS flag", kLxm600AlsFlag},
+          {"ALS persistence", kLxm600AlsPersistence},
+          {"pin function (Or / And)", kLxm600PinFunction}}},
         {QStringLiteral("Proximity low threshold"), QStringLiteral("PL"), {}},
         {QStringLiteral("Proximity high threshold"), QStringLiteral("PH"), {}},
         {QStringLiteral("ALS / IR low threshold (7:0)"), QStringLiteral("AL"), {}},
-        {QStringLiteral("ALS / IR thresholds (11:8): high in bits 7:4, low in bits 3:0"), QStringLiteral("AHL"), {}},
+        {QStringLiteral("ALS / IR thresholds (11:8): high in bits 7:4, low in bits 3:0"),
+         QStringLiteral("AHL"),
+         {}},
         {QStringLiteral("ALS / IR high threshold (7:0)"), QStringLiteral("AH"), {}},
         {QStringLiteral("Proximity data"), QStringLiteral("P"), {}},
         {QStringLiteral("ALS / IR data LSB (7:0)"), QStringLiteral("DL"), {}},
@@ -122,7 +121,8 @@ void frmLXM600::WireHandlers() {
     panel_->onLostFocus = [this](int i) { txtRegHex_LostFocus(i); };
     auto& rules = panel_->rules();
     rules.activityRows = {8, 9, 10};
-    rules.flagLamps = {{kProxFlag.reg, kProxFlag.mask, ShpProxFlag}, {kALSFlag.reg, kALSFlag.mask, ShpALSFlag}};
+    rules.flagLamps = {{kLxm600ProxFlag.reg, kLxm600ProxFlag.mask, ShpProxFlag},
+                       {kLxm600AlsFlag.reg, kLxm600AlsFlag.mask, ShpALSFlag}};
     panel_->SetRegisterNames(RegisterNames());
     rules.commTest = strip_->LblCommTest();
     rules.busyStatus = lblUSBStatis;
@@ -334,31 +334,31 @@ void frmLXM600::ApplyOption(const BitField& field, const CtlArray<QRadioButton>&
 }
 
 void frmLXM600::OptMMode_Click(int Index) {
-    ApplyOption(kMMode, OptMMode, Index);
+    ApplyOption(kLxm600IrMode, OptMMode, Index);
 }
 void frmLXM600::OptALSRange_Click(int Index) {
-    ApplyOption(kALSRange, OptALSRange, Index);
+    ApplyOption(kLxm600Range, OptALSRange, Index);
 }
 void frmLXM600::chkALSEnable_Click() {
-    ApplyField(kALSEnable, 0, chkALSEnable->isChecked());
+    ApplyField(kLxm600AlsEnable, 0, chkALSEnable->isChecked());
 }
 void frmLXM600::OptProxDr_Click(int Index) {
-    ApplyOption(kProxDr, OptProxDr, Index);
+    ApplyOption(kLxm600Drive, OptProxDr, Index);
 }
 void frmLXM600::OptIRSleep_Click(int Index) {
-    ApplyOption(kIRSleep, OptIRSleep, Index);
+    ApplyOption(kLxm600Sleep, OptIRSleep, Index);
 }
 void frmLXM600::ChkPEnable_Click() {
-    ApplyField(kPEnable, 0, ChkPEnable->isChecked());
+    ApplyField(kLxm600ProxEnable, 0, ChkPEnable->isChecked());
 }
 void frmLXM600::OptEPIN_Click(int Index) {
-    ApplyOption(kEPIN, OptEPIN, Index);
+    ApplyOption(kLxm600PinFunction, OptEPIN, Index);
 }
 void frmLXM600::optINTPALS_Click(int Index) {
-    ApplyOption(kINTPALS, optINTPALS, Index);
+    ApplyOption(kLxm600AlsPersistence, optINTPALS, Index);
 }
 void frmLXM600::optINTP_Click(int Index) {
-    ApplyOption(kINTP, optINTP, Index);
+    ApplyOption(kLxm600ProxPersistence, optINTP, Index);
 }
 
 }  // namespace lxm

@@ -41,10 +41,6 @@ class ThresholdPanel;
 class frmLXM600 : public DeviceFormBase {
 public:
     static constexpr int kRegisterRows = 16;
-    // Where the register controls put their bits.
-    static const BitField kMMode, kALSRange, kALSEnable, kProxDr, kIRSleep, kPEnable, kEPIN, kINTPALS, kINTP;
-    // The interrupt flags the sensor sets in register 2.
-    static const BitField kALSFlag, kProxFlag;
     // The names and fields the register panel shows beside its rows.
     static std::vector<RegisterName> RegisterNames();
 

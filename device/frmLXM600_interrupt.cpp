@@ -23,7 +23,7 @@ namespace lxm {
 namespace {
 // The flags belong to the chip: the image holds only the settings around them.
 std::uint8_t Flags() {
-    return frmLXM600::kALSFlag.mask | frmLXM600::kProxFlag.mask;
+    return kLxm600AlsFlag.mask | kLxm600ProxFlag.mask;
 }
 }  // namespace
 
@@ -79,11 +79,11 @@ void frmLXM600::ClearFlag(std::uint8_t flag) {
 }
 
 void frmLXM600::cmdALSClear_Click() {
-    ClearFlag(kALSFlag.mask);
+    ClearFlag(kLxm600AlsFlag.mask);
 }
 
 void frmLXM600::cmdPIClear_Click() {
-    ClearFlag(kProxFlag.mask);
+    ClearFlag(kLxm600ProxFlag.mask);
 }
 
 void frmLXM600::chkPoll_Click() {
