@@ -22,6 +22,12 @@ std::optional<QString> QtFileDialogs::OpenFile(const QString& title, const QStri
     return f;
 }
 
+QStringList QtFileDialogs::OpenFiles(const QString& title, const QString& dir, const QString& filter) {
+    const QStringList files = QFileDialog::getOpenFileNames(nullptr, title, start_.For(dir), filter);
+    if (!files.isEmpty()) start_.Chosen(files.front());
+    return files;
+}
+
 std::optional<QString> QtFileDialogs::SaveFile(const QString& title, const QString& dir,
                                                const QString& filter) {
     QString f = QFileDialog::getSaveFileName(nullptr, title, start_.For(dir), filter);

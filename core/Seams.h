@@ -30,6 +30,11 @@ public:
                                             const QString& filter) = 0;
     virtual std::optional<QString> SaveFile(const QString& title, const QString& dir,
                                             const QString& filter) = 0;
+    // Several files picked at once; a dialog that picks one at a time gives that one.
+    virtual QStringList OpenFiles(const QString& title, const QString& dir, const QString& filter) {
+        const auto one = OpenFile(title, dir, filter);
+        return one && !one->isEmpty() ? QStringList{*one} : QStringList{};
+    }
 };
 
 // The millisecond clock and the short pauses of the program. Tests substitute a clock
@@ -79,6 +84,7 @@ class QtFileDialogs final : public FileDialogs {
 public:
     std::optional<QString> OpenFile(const QString& title, const QString& dir, const QString& filter) override;
     std::optional<QString> SaveFile(const QString& title, const QString& dir, const QString& filter) override;
+    QStringList OpenFiles(const QString& title, const QString& dir, const QString& filter) override;
 
 private:
     DialogStart start_;

@@ -50,9 +50,9 @@ void RunViewer::BuildLayout() {
     file->addSeparator();
     QAction* close = file->addAction(QStringLiteral("Close"));
     connect(mnuAddRun, &QAction::triggered, this, [this] {
-        const auto path = files_.OpenFile(QStringLiteral("Add Run"), QString(),
-                                          QStringLiteral("Logs (*.csv *.txt);;All Files (*)"));
-        if (path && !path->isEmpty()) OpenFiles({*path});
+        const QStringList paths = files_.OpenFiles(QStringLiteral("Add Run"), QString(),
+                                                   QStringLiteral("Logs (*.csv *.txt);;All Files (*)"));
+        if (!paths.isEmpty()) OpenFiles(paths);
     });
     connect(png, &QAction::triggered, this, [this] { ExportPicture(QStringLiteral("png")); });
     connect(svg, &QAction::triggered, this, [this] { ExportPicture(QStringLiteral("svg")); });
