@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <QTemporaryDir>
-#include <cstdio>
 #include <string>
 
+#include "support/Files.h"
 #include "viewer/RunLog.h"
 #include "viewer/SpanStats.h"
 
@@ -112,10 +112,7 @@ TEST(RunReader, FileInChunksEqualsWholeText) {
                 std::to_string(i % 977) + ".25,lux\r\n";
     QTemporaryDir dir;
     const std::string path = dir.filePath("run.csv").toStdString();
-    std::FILE* f = std::fopen(path.c_str(), "wb");
-    ASSERT_TRUE(f);
-    std::fwrite(text.data(), 1, text.size(), f);
-    std::fclose(f);
+    ASSERT_TRUE(lxm::test::WriteFile(QString::fromStdString(path), QByteArray::fromStdString(text)));
     ASSERT_GT(text.size(), 2u << 20);
 
     const ReadResult file = ReadRunFile(path), whole = ReadRunText(text);
