@@ -14,14 +14,10 @@
 #include "device/parts/RecordFrame.h"
 #include "device_form_fixture.h"
 #include "scripts/frmScriptOps.h"
+#include "support/Files.h"
 
 namespace lxm::test {
 namespace {
-
-QByteArray Content(const QString& file) {
-    QFile f(file);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
 
 struct Trust : FormFixture {
     QTemporaryDir dir;
@@ -60,8 +56,8 @@ TEST_F(Trust, AFailedReadIsNoReadingOfZero) {
         return n < 6;
     });
     // The reply that never came may also cost the read after it.
-    const int failed = int(Content(path).count(",,,lux,failed\r\n"));
-    EXPECT_GE(failed, 1) << Content(path).toStdString();
+    const int failed = int(ReadFile(path).count(",,,lux,failed\r\n"));
+    EXPECT_GE(failed, 1) << ReadFile(path).toStdString();
     EXPECT_EQ(form->stats.Failed(), std::uint64_t(failed));
     EXPECT_EQ(form->stats.Count(), std::uint64_t(6 - failed));
     EXPECT_GT(form->stats.Mean(), 100) << "no 0 in the mean";
@@ -78,7 +74,7 @@ TEST_F(Trust, ASaturatedCountIsMarkedAndARangeChangedDuringTheRunIsLogged) {
         if (n == 4) Settle();
         return n < 6;
     });
-    const QByteArray log = Content(path);
+    const QByteArray log = ReadFile(path);
     const int change = log.indexOf("# range: 4000 lux\r\n");
     ASSERT_GT(change, log.indexOf("time,")) << log.toStdString();
     EXPECT_TRUE(log.left(change).contains(",saturated\r\n")) << log.toStdString();
@@ -90,21 +86,19 @@ TEST_F(Trust, ASaturatedCountIsMarkedAndARangeChangedDuringTheRunIsLogged) {
 TEST_F(Trust, EveryStartLogsToAFileOfItsOwnAndTheFormNamesIt) {
     Measure(5);
     const QString offered = dir.filePath("offered.csv");
-    QFile f(offered);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly) && f.write("earlier\n") > 0);
-    f.close();
+    ASSERT_TRUE(WriteFile(offered, "earlier\n"));
     for (const auto& [file, chosen, runs] :
          {std::tuple{path, true, QStringList{"run.csv", "run-2.csv", "run-3.csv"}},
           std::tuple{offered, false, QStringList{"offered-2.csv"}}}) {
         LogTo(file, chosen);
         for (const QString& run : runs) {
             Collect(3);
-            EXPECT_EQ(Content(dir.filePath(run)).count("\r\n20"), 3) << run.toStdString();
+            EXPECT_EQ(ReadFile(dir.filePath(run)).count("\r\n20"), 3) << run.toStdString();
             QTest::qWait(600);
             EXPECT_TRUE(form->frmDataRecord->chkLogAll->toolTip().contains(run + ", 3 rows"));
         }
     }
-    EXPECT_EQ(Content(offered), "earlier\n");
+    EXPECT_EQ(ReadFile(offered), "earlier\n");
 }
 
 TEST_F(Trust, WritingToDiskDoesNotWidenTheForm) {
@@ -165,12 +159,10 @@ TEST_F(MultiFunctionTrust, AScaleBeyond32BitsPlotsWithinTheGraph) {
 
 TEST_F(MultiFunctionTrust, ScriptsSayEachBlankLineAndReloadLeavesAbortHidden) {
     QTemporaryDir dir;
-    QFile f(dir.filePath("s.txt"));
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly) && f.write("04,01\r\n\r\n\r\n04\r\n") > 0);
-    f.close();
+    ASSERT_TRUE(WriteFile(dir.filePath("s.txt"), "04,01\r\n\r\n\r\n04\r\n"));
     frmScriptOps script(session);
     script.Form_Load();
-    files.answers.push_back(f.fileName());
+    files.answers.push_back(dir.filePath("s.txt"));
     script.mnuScript_Read_Click();
     EXPECT_EQ(messages.count("Script File has a blank line"), 2);
     script.cmdReload2_Click();

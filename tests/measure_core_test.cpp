@@ -51,7 +51,8 @@ TEST(MeasureCore, ReadingsCarryTheFormsArithmeticAndTheirFlags) {
     }
 }
 
-TEST(MeasureCore, AFailedReadIsFlaggedAndTheNextOneIsInStep) {
+// A failed read is flagged and the next one is in step; every error names what went wrong.
+TEST(MeasureCore, FailedReadsAndErrors) {
     FakeClock clock;
     SimulatedBoard sim(clock, "LXM410", 0);
     Board& b = sim.board();
@@ -63,12 +64,7 @@ TEST(MeasureCore, AFailedReadIsFlaggedAndTheNextOneIsInStep) {
     EXPECT_TRUE(std::isnan(failed.value));
     EXPECT_EQ(std::string(b.TakeReading().Status()), "ok");
     EXPECT_EQ(b.Read(0) >> 5, 6) << "register 0 holds IR continuous";
-}
 
-TEST(MeasureCore, ErrorsNameWhatWentWrong) {
-    FakeClock clock;
-    SimulatedBoard sim(clock, "LXM410", 0);
-    Board& b = sim.board();
     auto kindOf = [](auto&& op) {
         try {
             op();

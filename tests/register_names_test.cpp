@@ -38,15 +38,12 @@ TEST_F(FamilyNames, FieldsFollowTheOptionsAndTheReadBack) {
     EXPECT_EQ(Tip(p, 4).toStdString(), "Low threshold LSB (register 4), image 00");
 }
 
-TEST(MultiFunctionNames, TheInterruptRegisterShowsItsFiveFields) {
-    test::BoardFixture fx;
-    fx.board.Carry(sim::Chip::Lxm600);
-    fx.OpenSession();
-    frmLXM600 form(fx.session);
-    form.Form_Load();
-    form.txtRegHex(2)->setText("65");
-    form.cmdWrtReg_Click(2);
-    EXPECT_EQ(Tip(form.panel(), 2).toStdString(),
+using MultiFunctionNames = test::Lxm600FormFixture;
+
+TEST_F(MultiFunctionNames, TheInterruptRegisterShowsItsFiveFields) {
+    form->txtRegHex(2)->setText("65");
+    form->cmdWrtReg_Click(2);
+    EXPECT_EQ(Tip(form->panel(), 2).toStdString(),
               "Interrupt configuration (register 2), written 65\nbit 7 proximity flag: 0\n"
               "bits 6:5 proximity persistence: 3\nbit 3 ALS flag: 0\nbits 2:1 ALS persistence: 2\n"
               "bit 0 pin function (Or / And): 1");

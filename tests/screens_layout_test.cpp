@@ -128,17 +128,7 @@ TEST_F(Layout, StartingAndStoppingARunMovesNothingUnderThePointer) {
     EXPECT_EQ(where(), before) << "after Stop";
 }
 
-class MultiFunctionLayout : public ::testing::Test, protected test::BoardFixture {
-protected:
-    MultiFunctionLayout() {
-        board.Carry(sim::Chip::Lxm600);
-        OpenSession();
-        session.SelectedType = "LXM600";
-        form = std::make_unique<frmLXM600>(session);
-        form->Form_Load();
-    }
-    std::unique_ptr<frmLXM600> form;
-};
+using MultiFunctionLayout = test::Lxm600FormFixture;
 
 TEST_F(MultiFunctionLayout, BothViewsFitALaptopScreenWithoutScrollingAndTheChartGrows) {
     for (int view = 0; view < 2; ++view) {

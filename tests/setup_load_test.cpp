@@ -1,12 +1,12 @@
 // Loading a board setup file back: what the writer saves reads back the same, a file that is
 // not one names its line and changes nothing, and a name without extension is saved as *.lxm.
 #include <gtest/gtest.h>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include "setup/ReadSetupFile.h"
 #include "setup/SetupMenu.h"
 #include "setup/frmBoardSetup.h"
+#include "support/Files.h"
 #include "support/RecordingSeams.h"
 
 namespace lxm {
@@ -72,10 +72,7 @@ TEST(SetupParse, ANonSetupTextNamesItsLine) {
 TEST_F(SetupLoad, AFileThatIsNotOneIsOneMessageAndChangesNothing) {
     form.Apply(Mixed(false));
     const QString path = dir.filePath("notes.txt");
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write("i 0 1 1 1\r\nhello\r\n");
-    f.close();
+    ASSERT_TRUE(test::WriteFile(path, "i 0 1 1 1\r\nhello\r\n"));
     files.answers = {path, dir.filePath("missing.lxm")};
     form.cmdLoad_Click();
     form.cmdLoad_Click();

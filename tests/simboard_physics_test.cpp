@@ -2,7 +2,6 @@
 // readings under fixed seeds against what the model predicts.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -85,32 +84,29 @@ Conversion Model(const Setting& s, double fraction) {
     return ChannelConversion(fullScale * fraction, fullScale, bits, us, 25);
 }
 
-TEST(Photodiode, MeanAtMidScaleIsTheModelsOnEveryRangeAndResolution) {
-    std::vector<Setting> settings{{Chip::Lxm600, 2000, 12}, {Chip::Lxm600, 125, 12}};
+// Shot noise dominates at 16 bits on the most sensitive range: a quarter of the light, half the SD.
+TEST(Photodiode, MeanAndSdAreTheModelsOnEveryRangeAndResolution) {
+    std::vector<std::pair<Setting, double>> cases{{{Chip::Family, 0, 0}, 0.125},
+                                                  {{Chip::Lxm600, 2000, 12}, 0.5},
+                                                  {{Chip::Lxm600, 125, 12}, 0.5},
+                                                  {{Chip::Lxm600, 125, 12}, 0.2}};
     for (int r = 0; r < 4; ++r)
-        for (int b = 0; b < 4; ++b) settings.push_back({Chip::Family, r, b});
-    for (const Setting& s : settings) {
-        const double expected = ExpectedCounts(Model(s, 0.5));
-        EXPECT_NEAR(Of(Readings(s, 0.5, 4000)).mean, expected, expected * 0.01)
-            << "range " << s.range << ", resolution " << s.bits << ", chip " << int(s.chip);
+        for (int b = 0; b < 4; ++b) cases.push_back({{Chip::Family, r, b}, 0.5});
+    std::vector<double> sds;
+    for (const auto& [s, fraction] : cases) {
+        SCOPED_TRACE(testing::Message()
+                     << "range " << s.range << ", resolution " << s.bits << ", " << fraction);
+        const Stats got = Of(Readings(s, fraction, 4000));
+        const double expected = ExpectedCounts(Model(s, fraction)),
+                     predicted = PredictedSd(Model(s, fraction));
+        EXPECT_NEAR(got.mean, expected, expected * 0.01);
+        // Under half a count of noise the converter's steps hide it.
+        if (predicted >= 0.5) {
+            EXPECT_NEAR(got.sd, predicted, predicted * 0.15);
+        }
+        sds.push_back(got.sd);
     }
-}
-
-TEST(Photodiode, SteadySdIsTheModelsAndGrowsAsTheRootOfTheLight) {
-    const struct {
-        Setting s;
-        double fraction;
-    } cases[] = {{{Chip::Family, 0, 0}, 0.5},  {{Chip::Family, 0, 0}, 0.125}, {{Chip::Family, 3, 0}, 0.5},
-                 {{Chip::Family, 0, 1}, 0.5},  {{Chip::Family, 1, 2}, 0.5},   {{Chip::Family, 0, 3}, 0.5},
-                 {{Chip::Lxm600, 2000, 12}, 0.5}, {{Chip::Lxm600, 125, 12}, 0.2}};
-    for (const auto& c : cases) {
-        const double predicted = PredictedSd(Model(c.s, c.fraction));
-        EXPECT_NEAR(Of(Readings(c.s, c.fraction, 1000)).sd, predicted, predicted * 0.15)
-            << "range " << c.s.range << ", resolution " << c.s.bits << ", " << c.fraction << " of full scale";
-    }
-    // Shot noise dominates at 16 bits on the most sensitive range: four times the light, twice the SD.
-    const double ratio = Of(Readings(cases[0].s, 0.5, 1000)).sd / Of(Readings(cases[0].s, 0.125, 1000)).sd;
-    EXPECT_NEAR(ratio, 2.0, 0.3);
+    EXPECT_NEAR(sds[4] / sds[0], 2.0, 0.3);
 }
 
 TEST(Photodiode, AShortConversionSeesTheRippleALongOneAveragesItAway) {
@@ -138,13 +134,13 @@ TEST(Photodiode, DarkReadingsAreSmallPositiveAndGrowWithTemperature) {
 TEST(Photodiode, AboveTheRangeTheCountSticksAtFullScale) {
     for (double over : {1.5, 200.0}) {
         for (int b = 0; b < 4; ++b) {
-            const std::vector<double> v = Bench(Chip::Family, Scene(1000 * over)).Family(0, b, kAlsCont, 50);
-            const double top = (1 << kBits[b]) - 1;
-            EXPECT_EQ(*std::min_element(v.begin(), v.end()), top) << kBits[b] << " bits, " << over;
-            EXPECT_EQ(*std::max_element(v.begin(), v.end()), top) << kBits[b] << " bits, " << over;
+            EXPECT_EQ(Bench(Chip::Family, Scene(1000 * over)).Family(0, b, kAlsCont, 50),
+                      std::vector<double>(50, (1 << kBits[b]) - 1))
+                << kBits[b] << " bits, " << over;
         }
-        const std::vector<double> v = Bench(Chip::Lxm600, Scene(2000 * over)).Lxm600(k600Als2000, 50);
-        EXPECT_EQ(*std::min_element(v.begin(), v.end()), 4095) << over;
+        EXPECT_EQ(Bench(Chip::Lxm600, Scene(2000 * over)).Lxm600(k600Als2000, 50),
+                  std::vector<double>(50, 4095))
+            << over;
     }
 }
 
