@@ -4,6 +4,7 @@
 #include <QLineEdit>
 
 #include <algorithm>
+#include <utility>
 
 #include "acquisition/ModWaveform_ALS.h"
 #include "acquisition/PictureBox.h"
@@ -119,6 +120,7 @@ void PacedCollection::Start() {
     c_.txtTime1->show();
     loopMs_ = loopCount_ = -1;
     showPending_ = false;
+    restUntilUs_ = 0;
     // The first pass shows at once.
     shownUs_ = s_.clock.Micros() - kFrameUs;
     st_.PassStartUs = s_.clock.Micros();
@@ -157,15 +159,22 @@ void PacedCollection::NoteSettings() {
 // The margins are those of a millisecond timer; the deadline is kept in microseconds and the
 // sleep is as fine as the clock allows, so that a pass starts where the margins put it and not
 // up to a millisecond later. A long interval is waited in served slices, so Stop ends it early.
-void PacedCollection::PaceToDeadline() {
+void PacedCollection::PaceToDeadline(std::int64_t restUntilUs) {
     st_.PacedDeadlineUs = st_.DeadlineUs;
     if (const auto until = PaceSleepUntil(s_.clock.Micros(), st_.DeadlineUs))
-        ServedWait(s_, s_.clock, *until, [this] {
+        ServedWait(s_, s_.clock, std::max(*until, restUntilUs), [this] {
             // A long interval still gets its rows to the disk within the second.
             if (log_.IsOpen()) log_.FlushIfDue();
             return s_.Collecting;
         });
+    else
+        Rest(restUntilUs);
     st_.PassReleasedUs = s_.clock.Micros();
+}
+
+void PacedCollection::Rest(std::int64_t untilUs) {
+    const std::int64_t left = untilUs - s_.clock.Micros();
+    if (left > 0) s_.clock.SleepMicros(left);
 }
 
 // Registers the user changed or asked for while the loop held the transport.
@@ -199,10 +208,15 @@ void PacedCollection::Pass() {
     st_.Displayed = window_->isVisible();
     st_.IntervalMs = typedIntervalMs_;
 
-    if (!hooks.singleShot())
-        PaceToDeadline();
-    else
+    // The rest the previous pass owes is taken first, inside the pacing's wait when there is
+    // one.
+    const std::int64_t restUntilUs = std::exchange(restUntilUs_, 0);
+    if (!hooks.singleShot()) {
+        PaceToDeadline(restUntilUs);
+    } else {
+        Rest(restUntilUs);
         st_.PacedDeadlineUs = st_.PassReleasedUs = s_.clock.Micros();
+    }
     if (!s_.Collecting) return;
 
     if (s_.TransferDeferred) RefreshRegisters();
@@ -233,7 +247,8 @@ void PacedCollection::Pass() {
     }
     if (!(st_.PeakSample >= st_.LatestReading)) st_.PeakSample = st_.LatestReading;
 
-    st_.PassStartUs = s_.clock.Micros();
+    // The measured loop time starts after the rest, as it did when the rest was slept here.
+    st_.PassStartUs = std::max(s_.clock.Micros(), restUntilUs_);
     if (st_.onPass) st_.onPass();
     s_.TransferBusy = false;
     DoEvents();
@@ -252,8 +267,11 @@ void PacedCollection::DrawStep() {
     if (plot_.TraceStart < 2) {
         // Once every column is redrawn per pass, the pass rests a millisecond, but only when
         // that millisecond is still free before the next deadline: with a deadline already due
-        // it would only lower the sample rate.
-        if (st_.DeadlineUs - s_.clock.Micros() >= kMs) s_.clock.Sleep(1);
+        // it would only lower the sample rate. The rest is owed rather than slept here, so
+        // that it falls within the pacing's wait where there is one: a sleep of its own would
+        // wake the program once more every pass.
+        const std::int64_t now = s_.clock.Micros();
+        if (st_.DeadlineUs - now >= kMs) restUntilUs_ = now + kMs;
     } else {
         --plot_.TraceStart;
     }

@@ -117,7 +117,9 @@ public:
 private:
     void Start();
     void Pass();
-    void PaceToDeadline();
+    // Waits for the pass's time and, within the same wait, for the rest owed.
+    void PaceToDeadline(std::int64_t restUntilUs);
+    void Rest(std::int64_t untilUs);
     void RefreshRegisters();
     void DrawStep();
     void ShowValues();
@@ -146,6 +148,8 @@ private:
     std::int32_t loopCount_ = -1;  // none yet this run
     bool showPending_ = false;
     std::int64_t shownUs_ = 0;
+    // The clock until which the next pass rests before it starts (0: none owed).
+    std::int64_t restUntilUs_ = 0;
     SampleLog log_;
 };
 
