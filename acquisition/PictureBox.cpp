@@ -137,7 +137,13 @@ void PictureBox::MarkDirty(const QRect& rect) {
 
 void PictureBox::Refresh() {
     if (dirty_.isEmpty()) return;
-    update(ToWidget(dirty_));
+    // A trace step a pass, painted once a frame: the steps between two paints mostly touch
+    // what the first of them asked for already, and asking again costs the window's repaint
+    // bookkeeping for nothing.
+    if (!requested_.contains(dirty_)) {
+        requested_ |= dirty_;
+        update(ToWidget(requested_));
+    }
     dirty_ = QRect();
 }
 
@@ -178,6 +184,7 @@ int PictureBox::TextHeight(const QString&) const {
 }
 
 void PictureBox::paintEvent(QPaintEvent* event) {
+    requested_ = QRect();
     LookUpDevicePixelRatio();
     QPainter painter(this);
     const QRectF shown = DisplayRect();

@@ -102,6 +102,7 @@ private:
     Scaling scaling_;
     QImage image_;
     QRect dirty_;
+    QRect requested_;  // asked to be repainted since the last paint
     double dpr_ = 1.0;
     double scale_ = 1.0;
     bool fit_ = false;
