@@ -36,6 +36,7 @@ void PanelCacheStyle::drawPrimitive(PrimitiveElement element, const QStyleOption
 }
 
 void UsePanelCache(QWidget* box) {
+    if (qobject_cast<PanelCacheStyle*>(box->style())) return;
     auto* style = new PanelCacheStyle;
     style->setParent(box);
     box->setStyle(style);

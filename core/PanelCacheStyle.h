@@ -10,6 +10,8 @@ namespace lxm {
 // the text inside it does, and a box that shows a live value repaints with every frame.
 // Everything else, the text's margins included, is the window's style's.
 class PanelCacheStyle : public QProxyStyle {
+    Q_OBJECT
+
 public:
     // The style of the application as it is now.
     PanelCacheStyle();
@@ -32,7 +34,7 @@ private:
     mutable QPixmap panel_;
 };
 
-// Gives the box its own PanelCacheStyle, which goes with it.
+// Gives the box its own PanelCacheStyle, which goes with it; a box that has one keeps it.
 void UsePanelCache(QWidget* box);
 
 }  // namespace lxm

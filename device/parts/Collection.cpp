@@ -46,6 +46,8 @@ void MakeLiveValue(QWidget* w) {
 
 void MakeLiveValue(QLabel* label) {
     MakeLiveValue(static_cast<QWidget*>(label));
+    // A number is never markup; a label left to guess looks at every new text to decide.
+    label->setTextFormat(Qt::PlainText);
     const QFontMetrics m(label->font());
     label->setFixedSize(m.horizontalAdvance(QStringLiteral("-000000")) + 4, m.height() + 2);
 }
