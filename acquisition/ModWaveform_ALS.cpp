@@ -36,10 +36,18 @@ public:
 
     bool HasColumn(int x) const { return x >= 0 && x < width_; }
 
-    // Rows from..to of column x (clipped to the picture) in one colour.
+    // Rows from..to of column x (clipped to the picture) in one colour. Only the rows between
+    // the first and the last that change are written and marked: the stroke joining the last
+    // column to row 1 is drawn again on every step, and marking all of it would repaint the
+    // chart from its top down to the trace.
     void Fill(int x, int from, int to, QRgb colour) {
         if (!Clip(from, to)) return;
-        uchar* p = bits_ + from * stride_ + x * qsizetype(sizeof(QRgb));
+        const qsizetype column = x * qsizetype(sizeof(QRgb));
+        const auto at = [&](int y) -> QRgb& { return *reinterpret_cast<QRgb*>(bits_ + y * stride_ + column); };
+        while (from <= to && at(from) == colour) ++from;
+        while (to >= from && at(to) == colour) --to;
+        if (from > to) return;
+        uchar* p = bits_ + from * stride_ + column;
         for (int y = from; y <= to; ++y, p += stride_) *reinterpret_cast<QRgb*>(p) = colour;
         Touch(x, from, to);
     }
