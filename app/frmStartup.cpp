@@ -245,6 +245,7 @@ void frmStartup::ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& 
         // The start-up window is hidden from now on: its About and report go with the form.
         form->formMenus->SetAppLinks(
             {[this] { mnuAbout_Click(); }, [this] { mnuSystemInfo_Click(); }, showSimulatedBoard});
+        form->characterise->bench = benchLight;
         form->Form_Load();
     }
     AddressEntry(*form)->setText(QStringLiteral("88"));

@@ -7,6 +7,7 @@
 
 #include "core/ActiveForm.h"
 #include "device/BoardMenu.h"
+#include "device/parts/CharacteriseDialog.h"
 
 class QComboBox;
 class QLabel;
@@ -60,6 +61,8 @@ public:
     std::function<void(const std::string&)> onTypeSelected;
     // Brings back the simulated board's window; empty on a real board.
     std::function<void()> showSimulatedBoard;
+    // The light at the sensor for "Characterise...", known on the simulated board only.
+    std::function<BenchLight()> benchLight;
     // The Board menu's choice among several attached boards (set by the program for a real USB).
     decltype(BoardSteps::listBoards) listBoards;
     decltype(BoardSteps::chooseBoard) chooseBoard;

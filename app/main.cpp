@@ -17,6 +17,7 @@
 #include "app/HeadlessCollect.h"
 #include "app/HeadlessScript.h"
 
+#include "app/BenchLight.h"
 #include "app/SimulatorPanel.h"
 #include "app/WindowPlacement.h"
 #include "app/frmStartup.h"
@@ -179,6 +180,8 @@ int main(int argc, char** argv) {
             panel->CarryForType(type);
         };
     if (simPanel) startup.showSimulatedBoard = [panel = simPanel.get()] { panel->Reopen(); };
+    if (board.simulated)
+        startup.benchLight = [sim = board.simulated.get()] { return lxm::SimulatedBench(sim->scene()); };
     if (board.only) {
         startup.listBoards = [] {
             std::vector<std::pair<lxm::BoardPlace, QString>> list;

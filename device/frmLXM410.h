@@ -29,6 +29,9 @@ class QRadioButton;
 
 namespace lxm {
 
+struct SweepForm;
+class CharacteriseMenu;
+
 class Session;
 class PictureBox;
 class ColorLabel;
@@ -128,6 +131,10 @@ public:
     void cmdStartRec_Click();
     void mnuDoco_Click();
     Doco* DocoForm() { return doco_; }
+
+    // What a characterisation drives: the form's options and reading (frmLXM410_sweep.cpp).
+    SweepForm SweepParts();
+    CharacteriseMenu* characterise = nullptr;
 
     // ---- strip chart (frmLXM410_plot.cpp)
     void cmdScale_Click();

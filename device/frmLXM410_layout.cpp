@@ -24,6 +24,7 @@
 #include "device/parts/Doco.h"
 #include "device/parts/ReadingFlag.h"
 #include "device/parts/FormLayout.h"
+#include "device/parts/CharacteriseDialog.h"
 #include "device/parts/FormMenus.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RecordFrame.h"
@@ -57,6 +58,7 @@ void frmLXM410::BuildLayout() {
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
     mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));
+    characterise = new CharacteriseMenu(s_, *menuBar, *this, [this] { return SweepParts(); });
     SetupMenu* setup = AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
     AddOpenRunMenu(*menuBar, *this, s_.messages, s_.files);
     // The data registers 2 and 3 are read-only; the command register goes last, once the

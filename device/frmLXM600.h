@@ -22,6 +22,9 @@ class QTimer;
 
 namespace lxm {
 
+struct SweepForm;
+class CharacteriseMenu;
+
 class BoardMenu;
 class ReadingFlag;
 class DeviceSelection;
@@ -90,6 +93,10 @@ public:
     void cmdStartRec_Click();
     int polls() const { return polls_; }
     static constexpr int kPollMs = 250;
+
+    // What a characterisation drives: the form's options and reading (frmLXM600_sweep.cpp).
+    SweepForm SweepParts();
+    CharacteriseMenu* characterise = nullptr;
 
     RegisterPanel& panel() { return *panel_; }
     StatusStrip& strip() { return *strip_; }

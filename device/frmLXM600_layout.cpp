@@ -14,6 +14,7 @@
 #include "acquisition/PictureBox.h"
 #include "core/Shape.h"
 #include "device/BoardMenu.h"
+#include "device/parts/CharacteriseDialog.h"
 #include "device/parts/FormMenus.h"
 #include "device/FormFit.h"
 #include "device/frmLXM600.h"
@@ -53,6 +54,7 @@ void frmLXM600::BuildLayout() {
     menuBar = new QMenuBar(this);
     QMenu* tools = MenuNamed(*menuBar, QStringLiteral("Tools"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
+    characterise = new CharacteriseMenu(s_, *menuBar, *this, [this] { return SweepParts(); });
     SetupMenu* setup = AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
     AddOpenRunMenu(*menuBar, *this, s_.messages, s_.files);
     // The ID and the readings (0, 8, 9, 10) are read-only; the configuration goes last, once
