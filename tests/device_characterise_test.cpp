@@ -1,11 +1,13 @@
 // "Characterise..." on both device forms: however a sweep ends, the chip and the form are back
 // in the settings they had; "Apply Best" leaves the form in the marked setting.
 #include <QSpinBox>
+#include <QTemporaryDir>
 #include <tuple>
 
 #include "device/parts/CharacteriseDialog.h"
 #include "device/parts/FormSweepTarget.h"
 #include "device_form_fixture.h"
+#include "support/Files.h"
 #include "transport/Session.h"
 
 namespace lxm::test {
@@ -81,6 +83,7 @@ TEST_F(FamilySweep, EveryEndLeavesChipAndFormAsTheyWere) {
 
 TEST_F(FamilySweep, ApplyBestLeavesTheFormInTheQuietestUnsaturatedSetting) {
     scene().ambientLux = 3000;  // saturates the 1000 lux range
+    form->characterise->bench = [] { return BenchLight{3000, QStringLiteral("the bench's lamp")}; };
     CharacteriseDialog& dlg = form->characterise->dialog();
     dlg.Prepare();
     dlg.spnReadings->setValue(3);
@@ -89,6 +92,15 @@ TEST_F(FamilySweep, ApplyBestLeavesTheFormInTheQuietestUnsaturatedSetting) {
     const characterise::Row& best = dlg.result()->rows[*dlg.result()->best];
     EXPECT_NE(best.setting.rangeLux, 1000);
     EXPECT_EQ(best.saturated, 0);
+    // Exports through the file dialog: a name without extension gets the kind's.
+    QTemporaryDir dir;
+    files.answers = {dir.filePath("sweep"), dir.filePath("sweep")};
+    dlg.Save(CharacteriseDialog::Export::Csv);
+    dlg.Save(CharacteriseDialog::Export::Report);
+    EXPECT_TRUE(ReadFile(dir.filePath("sweep.csv")).contains("16000"));
+    EXPECT_TRUE(ReadFile(dir.filePath("sweep.md")).contains("the bench's lamp"));
+    EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join('|').toStdString();
+
     dlg.cmdApplyBest_Click();
     EXPECT_EQ(form->RangeTable[std::size_t(form->RangeIndex)], best.setting.rangeLux);
     EXPECT_EQ(form->AdcBits, best.setting.resolutionBits);

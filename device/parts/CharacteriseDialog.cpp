@@ -45,7 +45,9 @@ QString SettingText(const characterise::Setting& s) {
 
 // A figure the sweep could not give (no reading of the setting was ok) is left blank.
 QString Figure(double v, int decimals) {
-    return std::isfinite(v) ? QString::number(v, 'f', decimals) : QString();
+    if (!std::isfinite(v)) return {};
+    // -0.001 is shown as 0.00, not -0.00.
+    return QString::number(std::abs(v) < 0.5 * std::pow(10.0, -decimals) ? 0.0 : v, 'f', decimals);
 }
 
 // Enough digits for the smallest step of each column: lux per count goes down to 0.015.
@@ -54,13 +56,17 @@ QString Fine(double v) {
 }
 
 // Two lines each, so that the whole table fits the dialog at 1280x800 without scrolling sideways.
-const QStringList kColumns{QStringLiteral("Range\nlux"),      QStringLiteral("Reso-\nlution"),
-                           QStringLiteral("Conversion\nms"),  QStringLiteral("Measured\nms"),
-                           QStringLiteral("Full scale\nlux"), QStringLiteral("Lux per\ncount"),
-                           QStringLiteral("Mean\ncounts"),    QStringLiteral("SD\ncounts"),
-                           QStringLiteral("Mean\nlux"),       QStringLiteral("SD lux\n(noise)"),
-                           QStringLiteral("Peak-to-\npeak"),  QStringLiteral("Satu-\nrated"),
-                           QStringLiteral("Failed /\nearly"), QStringLiteral("Error\n%")};
+// The value columns are lux for ALS; other measurements are put on the range's scale, which is
+// not lux.
+QStringList Columns(const QString& unit) {
+    return {QStringLiteral("Range\nlux"),       QStringLiteral("Reso-\nlution"),   QStringLiteral("Conversion\nms"),
+            QStringLiteral("Measured\nms"),     QStringLiteral("Full scale\n") + unit, unit + QStringLiteral(" per\ncount"),
+            QStringLiteral("Mean\ncounts"),     QStringLiteral("SD\ncounts"),      QStringLiteral("Mean\n") + unit,
+            QStringLiteral("SD ") + unit + QStringLiteral("\n(noise)"),
+            QStringLiteral("Peak-to-\npeak"),   QStringLiteral("Satu-\nrated"),    QStringLiteral("Failed /\nearly"),
+            QStringLiteral("Error\n%")};
+}
+const int kColumnCount = int(Columns({}).size());
 
 }  // namespace
 
@@ -114,8 +120,8 @@ CharacteriseDialog::CharacteriseDialog(Session& session, std::function<SweepForm
     // Right: the results.
     auto* results = new QVBoxLayout;
     row->addLayout(results, 1);
-    tblResults = new QTableWidget(0, int(kColumns.size()), this);
-    tblResults->setHorizontalHeaderLabels(kColumns);
+    tblResults = new QTableWidget(0, kColumnCount, this);
+    tblResults->setHorizontalHeaderLabels(Columns(QStringLiteral("lux")));
     tblResults->setEditTriggers(QAbstractItemView::NoEditTriggers);
     tblResults->setSelectionBehavior(QAbstractItemView::SelectRows);
     tblResults->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
@@ -304,7 +310,8 @@ void CharacteriseDialog::ShowResult() {
             tblResults->setItem(i, c, item);
         }
     }
-    tblResults->setColumnHidden(int(kColumns.size()) - 1, !r.referenceLux);
+    tblResults->setHorizontalHeaderLabels(Columns(r.measure == "als" ? QStringLiteral("lux") : QStringLiteral("lux eq.")));
+    tblResults->setColumnHidden(kColumnCount - 1, !r.referenceLux || r.measure != "als");
     if (!r.best && !r.rows.empty() && r.error.isEmpty() && !r.cancelled)
         lblStatus->setText(QStringLiteral("Every setting saturated or failed: no setting is marked best. Lower the "
                                           "light or sweep the higher ranges."));
