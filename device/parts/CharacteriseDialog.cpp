@@ -59,8 +59,9 @@ QString Fine(double v) {
 // The value columns are lux for ALS; other measurements are put on the range's scale, which is
 // not lux.
 QStringList Columns(const QString& unit) {
+    const QString perCount = unit.left(1).toUpper() + unit.mid(1) + QStringLiteral(" per\ncount");
     return {QStringLiteral("Range\nlux"),       QStringLiteral("Reso-\nlution"),   QStringLiteral("Conversion\nms"),
-            QStringLiteral("Measured\nms"),     QStringLiteral("Full scale\n") + unit, unit + QStringLiteral(" per\ncount"),
+            QStringLiteral("Measured\nms"),     QStringLiteral("Full scale\n") + unit, perCount,
             QStringLiteral("Mean\ncounts"),     QStringLiteral("SD\ncounts"),      QStringLiteral("Mean\n") + unit,
             QStringLiteral("SD ") + unit + QStringLiteral("\n(noise)"),
             QStringLiteral("Peak-to-\npeak"),   QStringLiteral("Satu-\nrated"),    QStringLiteral("Failed /\nearly"),
@@ -273,7 +274,9 @@ void CharacteriseDialog::cmdCancel_Click() {
 // is offered as the best.
 void CharacteriseDialog::ShowResult() {
     const characterise::Result& r = *result_;
-    lblUnder->setText(r.cancelled ? QStringLiteral("Cancelled") : r.error.isEmpty() ? QStringLiteral("Done") : QString());
+    lblUnder->setText(r.cancelled        ? QStringLiteral("Cancelled")
+                      : !r.error.isEmpty() ? QString()
+                                           : QStringLiteral("Done: %1 settings in %2 s").arg(r.rows.size()).arg(std::lround(r.seconds)));
     if (!r.error.isEmpty())
         lblStatus->setText(r.error);
     else if (r.cancelled)

@@ -129,9 +129,9 @@ void FormSweepTarget::Apply(const characterise::Setting& s, std::string_view mea
 measure::Reading FormSweepTarget::Read() {
     RequireBoard();
     const std::int64_t due = form_.trigger();
-    const bool waited = ServedWait(s_, s_.clock, due, [this] { return s_.UsbConnected && (!keepWaiting || keepWaiting()); });
+    // A wait cut short by Cancel still reads: the form marks that reading early, which it is.
+    ServedWait(s_, s_.clock, due, [this] { return s_.UsbConnected && (!keepWaiting || keepWaiting()); });
     RequireBoard();
-    if (!waited) return FormReading(SampleStatus::Failed, 0, 0, false);
     return form_.fetch();
 }
 
