@@ -44,7 +44,13 @@ SweepForm frmLXM600::SweepParts() {
 
     // The chip converts on its own while a part is enabled: a reading waits for a result that
     // began after the settings and after the previous reading, so no two readings share one.
-    f.trigger = [this, under] { return std::max(s_.comm().LastWriteUs(1), under->readUs) + kLxm600ConversionUs + 1000; };
+    // Proximity is measured once per sleep time.
+    f.trigger = [this, under] {
+        const std::int64_t period =
+            under->prox ? kLxm600ProxConversionUs + kLxm600SleepUs[std::size_t(SelectedIndex(OptIRSleep) & 7)]
+                        : kLxm600ConversionUs;
+        return std::max(s_.comm().LastWriteUs(1), under->readUs) + period + 1000;
+    };
     f.fetch = [this, under] {
         s_.TransferBusy = false;
         cmdReadAd_Click();
