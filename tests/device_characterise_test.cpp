@@ -34,13 +34,24 @@ void SweepEndsAsItBegan(Fixture& fx, End end, const std::vector<int>& chipRegs, 
                                        derivedOf()};
     for (int r : chipRegs) before.chip.push_back(fx.chip(r));
     fx.messages.clear();
+    // Cancel is clicked in the middle of a wait, and must act within 50 ms of it.
+    std::optional<std::int64_t> cancelledUs;
     dlg.onProgress = [&](int done) {
+        EXPECT_FALSE(fx.form->isEnabled());
         if (done < 2) return;
-        if (end == End::Cancel) dlg.cmdCancel_Click();
+        if (end == End::Cancel)
+            fx.clock.onSleep = [&] {
+                if (!cancelledUs) dlg.cmdCancel_Click(), cancelledUs = fx.clock.Micros();
+            };
         if (end == End::Unplug && fx.session.UsbConnected) fx.driver.Unplug();
     };
     dlg.cmdStart_Click();
     dlg.onProgress = nullptr;
+    fx.clock.onSleep = nullptr;
+    if (end == End::Cancel) {
+        ASSERT_TRUE(cancelledUs);
+        EXPECT_LT(fx.clock.Micros() - *cancelledUs, 50'000);
+    }
 
     ASSERT_TRUE(dlg.result());
     EXPECT_EQ(dlg.result()->cancelled, end == End::Cancel);
