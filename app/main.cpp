@@ -5,6 +5,7 @@
 #include <unistd.h>
 #include <QApplication>
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QTimer>
 #include <cstdio>
 #include <memory>
@@ -12,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "app/CharacteriseCommand.h"
 #include "app/CommandLine.h"
 #include "app/CoreCollect.h"
 #include "app/HeadlessCollect.h"
@@ -92,6 +94,17 @@ int RunCollect(int argc, char** argv, const lxm::CommandLine& cl) {
     return lxm::RunCollectHeadless(cl, *board.driver, clock, stderr, ::isatty(STDERR_FILENO) == 1);
 }
 
+// --characterise: the core sweeps the board with no window object; the plot is painted on an
+// image, whose text needs a platform: the offscreen one, so no display is needed.
+int RunCharacteriseCommand(int argc, char** argv, const lxm::CommandLine& cl) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    lxm::SteadyClock clock;
+    Board board = OpenBoard(cl, clock, cl.sensor.value_or("LXM410"));
+    const QString scene = board.simulated ? lxm::SceneText(board.simulated->scene()) : QString();
+    return lxm::RunCharacterise(cl, *board.driver, clock, scene, stdout, stderr, ::isatty(STDERR_FILENO) == 1);
+}
+
 // --boards: one line per attached board on standard output.
 int ListBoards() {
     const auto boards = lxm::usb::ListBoards();
@@ -149,6 +162,7 @@ int main(int argc, char** argv) {
     if (cl.listBoards) return ListBoards();
     if (cl.script) return RunHeadless(argc, argv, cl);
     if (cl.collect) return RunCollect(argc, argv, cl);
+    if (cl.characterise) return RunCharacteriseCommand(argc, argv, cl);
     if (cl.view) return cl.view->plot ? RunPlotCommand(argc, argv, *cl.view) : RunViewCommand(argc, argv, *cl.view);
 
     QApplication app(argc, argv);
