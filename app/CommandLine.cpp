@@ -5,6 +5,7 @@
 #include <charconv>
 #include <functional>
 
+#include "app/CharacteriseCommand.h"
 #include "simboard/SimBoard.h"
 
 namespace lxm {
@@ -226,6 +227,9 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
     const bool plotting = std::any_of(args.begin(), args.end(), [](const std::string& a) {
         return a == "--plot" || a.rfind("--plot=", 0) == 0;
     });
+    // --output names the folder of --characterise.
+    const bool characterising = std::find(args.begin(), args.end(), "--characterise") != args.end();
+    std::string characteriseOnly;  // the first option given that only --characterise takes
     for (std::size_t i = 0; i < args.size(); ++i) {
         std::string arg = args[i];
         std::optional<std::string> inlineValue;
@@ -311,7 +315,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
                 cl.error = "option --output needs the name of the CSV file";
             else
                 collect.output = *v;
-            if (collectOnly.empty() && !plotting) collectOnly = arg;
+            if (collectOnly.empty() && !plotting && !characterising) collectOnly = arg;
         } else if (arg == "--interval") {
             std::optional<std::string> v = value();
             std::optional<int> n = v ? ParseWhole(*v, 0, kMaxCollectIntervalMs) : std::nullopt;
@@ -357,6 +361,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
                 collect.resolutionBits = *n;
             if (collectOnly.empty()) collectOnly = arg;
         } else if (ParseBench(arg, value, inlineValue, cl.bench, cl.error)) {
+        } else if (ParseCharacteriseOption(arg, value, inlineValue, cl, characteriseOnly)) {
         } else if (arg == "--view" || arg == "--plot") {
             if (cl.view) cl.error = "--view and --plot cannot run together, nor either twice: give one of them";
             ViewOptions& view = cl.view.emplace();
@@ -401,6 +406,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
         cl.view->title = titleText;
         if (!cl.error.empty()) return cl;
     }
+    if ((cl.error = CheckCharacterise(cl, characterising, collect.output, characteriseOnly)) != "") return cl;
     if (cl.collect) {
         collect.type = cl.collect->type;
         cl.collect = collect;
@@ -436,6 +442,8 @@ std::string HelpText() {
            "       lxmeval --collect TYPE --output FILE.csv [--sensor NAME] [--interval MS]\n"
            "               [--samples N | --duration SECONDS] [--range LUX]\n"
            "               [--resolution BITS] [--simulate]\n"
+           "       lxmeval --characterise --output DIR [--measure als|ir|prox] [--readings N]\n"
+           "               [--reference LUX] [--sensor NAME] [--simulate]\n"
            "       lxmeval --view FILE...\n"
            "       lxmeval --plot FILE... --output PICTURE.png|PICTURE.svg [--title TEXT]\n"
            "Velmarin ALS / Proximity Evaluation Software: evaluates ambient-light, infrared and\n"
@@ -500,6 +508,8 @@ std::string HelpText() {
            "While collecting, a progress line (samples, rate, elapsed time, last value) goes to\n"
            "standard error when it is a terminal. Ctrl-C or SIGTERM ends the collection with the\n"
            "file complete.\n"
+           "\n" +
+           CharacteriseHelp() +
            "\n"
            "Looking back at runs:\n"
            "  --view FILE...     open logged runs (sample logs, record files) in the run viewer\n"

@@ -60,6 +60,15 @@ struct ViewOptions {
     std::optional<std::string> title;
 };
 
+// --characterise: every setting of the sensor measured in the same light, the table, a plot
+// and a report written into a folder.
+struct CharacteriseOptions {
+    std::string measure = "als";  // als, ir or prox
+    int readings = 64;            // per setting
+    std::optional<double> referenceLux;
+    std::string outputDir;
+};
+
 // The program's command line. Parsed before any Qt application object exists, so that
 // --help, --version and a mistyped option answer without a display.
 struct CommandLine {
@@ -77,6 +86,7 @@ struct CommandLine {
     std::optional<CollectOptions> collect;
     BenchOptions bench;
     std::optional<ViewOptions> view;
+    std::optional<CharacteriseOptions> characterise;
     // Set when the arguments are wrong; the program prints it and exits with 2.
     std::string error;
 

@@ -5,6 +5,7 @@
 #include <unistd.h>
 #include <QApplication>
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QTimer>
 #include <cstdio>
 #include <memory>
@@ -12,12 +13,11 @@
 #include <string>
 #include <vector>
 
+#include "app/CharacteriseCommand.h"
 #include "app/CommandLine.h"
 #include "app/CoreCollect.h"
 #include "app/HeadlessCollect.h"
 #include "app/HeadlessScript.h"
-
-#include "app/BenchLight.h"
 #include "app/SimulatorPanel.h"
 #include "app/WindowPlacement.h"
 #include "app/frmStartup.h"
@@ -93,6 +93,17 @@ int RunCollect(int argc, char** argv, const lxm::CommandLine& cl) {
     return lxm::RunCollectHeadless(cl, *board.driver, clock, stderr, ::isatty(STDERR_FILENO) == 1);
 }
 
+// --characterise: the core sweeps the board with no window object; the plot is painted on an
+// image, whose text needs a platform: the offscreen one, so no display is needed.
+int RunCharacteriseCommand(int argc, char** argv, const lxm::CommandLine& cl) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    lxm::SteadyClock clock;
+    Board board = OpenBoard(cl, clock, cl.sensor.value_or("LXM410"));
+    const QString scene = board.simulated ? lxm::SceneText(board.simulated->scene()) : QString();
+    return lxm::RunCharacterise(cl, *board.driver, clock, scene, stdout, stderr, ::isatty(STDERR_FILENO) == 1);
+}
+
 // --boards: one line per attached board on standard output.
 int ListBoards() {
     const auto boards = lxm::usb::ListBoards();
@@ -150,6 +161,7 @@ int main(int argc, char** argv) {
     if (cl.listBoards) return ListBoards();
     if (cl.script) return RunHeadless(argc, argv, cl);
     if (cl.collect) return RunCollect(argc, argv, cl);
+    if (cl.characterise) return RunCharacteriseCommand(argc, argv, cl);
     if (cl.view) return cl.view->plot ? RunPlotCommand(argc, argv, *cl.view) : RunViewCommand(argc, argv, *cl.view);
 
     QApplication app(argc, argv);
@@ -180,8 +192,14 @@ int main(int argc, char** argv) {
             panel->CarryForType(type);
         };
     if (simPanel) startup.showSimulatedBoard = [panel = simPanel.get()] { panel->Reopen(); };
+    // "Characterise..." offers the simulated scene's light as the reference a lux meter would read
+    // (an infrared lamp it does not see).
     if (board.simulated)
-        startup.benchLight = [sim = board.simulated.get()] { return lxm::SimulatedBench(sim->scene()); };
+        startup.benchLight = [sim = board.simulated.get()] {
+            const lxm::sim::LightScene& s = sim->scene();
+            const bool visible = lxm::sim::InfoOf(s.source).visible > 0;
+            return lxm::BenchLight{visible ? std::optional(s.ambientLux) : std::nullopt, lxm::SceneText(s)};
+        };
     if (board.only) {
         startup.listBoards = [] {
             std::vector<std::pair<lxm::BoardPlace, QString>> list;
