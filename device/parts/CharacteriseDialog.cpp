@@ -232,7 +232,9 @@ void CharacteriseDialog::cmdStart_Click() {
 
     const auto keepGoing = [this] { return !cancel_; };
     characterise::Result result;
-    {
+    // The sweep puts the form back on every way out, an unforeseen error's included; the dialog
+    // then says what happened.
+    try {
         FormSweepTarget target(s_, parts);
         target.keepWaiting = keepGoing;
         ServedClock clock(s_, s_.clock, keepGoing);
@@ -240,8 +242,11 @@ void CharacteriseDialog::cmdStart_Click() {
                                    [this](int done, int total, const characterise::Setting& under, double left) {
                                        return Progress(done, total, under, left);
                                    });
+    } catch (const std::exception& e) {
+        result.error = QStringLiteral("The sweep stopped: %1. The form has its settings back; start again.")
+                           .arg(QString::fromLocal8Bit(e.what()));
     }
-    if (light_.trueLux) result.scene = light_.scene;
+    result.scene = light_.scene;
     form_->setEnabled(true);
     running_ = false;
     result_ = std::move(result);
@@ -252,9 +257,7 @@ void CharacteriseDialog::cmdStart_Click() {
 bool CharacteriseDialog::Progress(int done, int total, const characterise::Setting& under, double secondsLeft) {
     progress->setRange(0, std::max(total, 1));
     progress->setValue(done);
-    const auto at = std::find_if(sweeping_.begin(), sweeping_.end(), [&](const characterise::Setting& s) {
-        return s.rangeLux == under.rangeLux && s.resolutionBits == under.resolutionBits;
-    });
+    const auto at = std::find(sweeping_.begin(), sweeping_.end(), under);
     const int left = int(std::ceil(std::clamp(secondsLeft, 0.0, 1e7)));
     lblUnder->setText(QStringLiteral("Setting %1 of %2: %3, %4 left")
                           .arg(at - sweeping_.begin() + 1)
