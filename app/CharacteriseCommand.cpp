@@ -3,7 +3,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <cstring>
 #include <cmath>
 #include <memory>
 
@@ -133,14 +135,6 @@ QString SceneText(const sim::LightScene& s) {
 int RunCharacterise(const CommandLine& cl, UsbDriver& driver, Clock& clock, const QString& scene, std::FILE* out,
                     std::FILE* err, bool progress) {
     const CharacteriseOptions& opt = *cl.characterise;
-    const QString dir = QString::fromLocal8Bit(opt.outputDir.c_str());
-    if (!QDir().mkpath(dir) || !QFileInfo(dir).isDir() || !QFileInfo(dir).isWritable()) {
-        Print(err, QStringLiteral("lxmeval: the folder %1 cannot be written to: %2. Give a folder you may write "
-                                  "in.\n")
-                       .arg(dir, QFileInfo(dir).exists() ? QStringLiteral("permission denied")
-                                                         : QStringLiteral("it cannot be created")));
-        return kExitUnusable;
-    }
     std::unique_ptr<measure::Board> board;
     try {
         board = std::make_unique<measure::Board>(driver, clock);
@@ -152,6 +146,20 @@ int RunCharacterise(const CommandLine& cl, UsbDriver& driver, Clock& clock, cons
         return kExitUnusable;
     }
 
+    const QString dir = QString::fromLocal8Bit(opt.outputDir.c_str());
+    errno = 0;
+    const bool made = QDir().mkpath(dir);
+    const int madeErrno = errno;
+    const QFileInfo info(dir);
+    const int why = info.exists() && !info.isDir() ? ENOTDIR
+                    : !made                        ? (madeErrno ? madeErrno : EIO)
+                    : !info.isWritable()           ? EACCES
+                                                   : 0;
+    if (why) {
+        Print(err, QStringLiteral("lxmeval: the folder %1 cannot be written to: %2. Give a folder you may write in.\n")
+                       .arg(dir, QString::fromLocal8Bit(std::strerror(why))));
+        return kExitUnusable;
+    }
     characterise::Options options;
     options.measure = opt.measure;
     options.readings = opt.readings;

@@ -139,8 +139,10 @@ QImage Draw(const Result& r) {
         else
             noiseLine.lineTo(pn);
         p.setPen(QPen(w.clean() ? kNoiseColour : kSaturatedColour, 1.5));
-        p.setBrush(w.clean() ? kNoiseColour : kSaturatedColour);
+        // No spread at all has no place on a log scale: an open mark on the floor, labelled.
+        p.setBrush(w.sdLux > 0 ? (w.clean() ? kNoiseColour : kSaturatedColour) : QColor(Qt::white));
         p.drawRect(QRectF(pn.x() - 3, pn.y() - 3, 6, 6));
+        if (!(w.sdLux > 0)) p.drawText(QRectF(x - 20, pn.y() - 22, 40, 16), Qt::AlignCenter, QStringLiteral("0"));
     }
     p.setBrush(Qt::NoBrush);
     p.setPen(QPen(kNoiseColour, 1));

@@ -118,19 +118,20 @@ Result Run(SweepTarget& target, Clock& clock, const Options& options, const Prog
     };
 
     RestoreGuard guard(target);
-    try {
-        for (std::size_t i = 0; i < settings.size() && !result.cancelled; ++i) {
-            const Setting& s = settings[i];
-            Row row = NominalRow(result.sensor, s, options.measure);
+    for (std::size_t i = 0; i < settings.size() && !result.cancelled && result.error.isEmpty(); ++i) {
+        const Setting& s = settings[i];
+        Row row = NominalRow(result.sensor, s, options.measure);
+        RunningStats stats;
+        double lo = std::numeric_limits<double>::infinity(), hi = -lo;
+        std::int64_t readUs = 0;
+        // A board that goes away ends the sweep with what it measured, the setting under way
+        // included.
+        try {
             target.Apply(s, options.measure);
             // A setting written mid-conversion leaves a result of the old one: wait one whole
             // conversion of the new one before a reading counts.
             clock.SleepMicros(std::llround(row.nominalMs * 1000.0));
             nominalDoneMs += row.nominalMs;
-
-            RunningStats stats;
-            double lo = std::numeric_limits<double>::infinity(), hi = -lo;
-            std::int64_t readUs = 0;
             for (int k = 0; k < n; ++k) {
                 const std::int64_t t0 = clock.Micros();
                 const measure::Reading r = target.Read();
@@ -148,21 +149,21 @@ Result Run(SweepTarget& target, Clock& clock, const Options& options, const Prog
                     break;
                 }
             }
-            row.readings = int(stats.Count());
-            row.failed = int(stats.Failed());
-            row.saturated = int(stats.Saturated());
-            row.early = int(stats.Early());
-            row.meanCount = stats.Mean();
-            row.sdCount = stats.StdDev();
-            row.peakToPeak = row.readings > 0 ? hi - lo : 0;
-            row.meanLux = row.meanCount * row.luxPerCount;
-            row.sdLux = row.sdCount * row.luxPerCount;
-            if (options.referenceLux && *options.referenceLux > 0 && options.measure == "als" && row.readings > 0)
-                row.errorPercent = (row.meanLux - *options.referenceLux) / *options.referenceLux * 100.0;
-            if (row.readings + row.failed > 0) result.rows.push_back(row);
+        } catch (const measure::Error& e) {
+            result.error = QString::fromStdString(e.what());
         }
-    } catch (const measure::Error& e) {
-        result.error = QString::fromStdString(e.what());
+        row.readings = int(stats.Count());
+        row.failed = int(stats.Failed());
+        row.saturated = int(stats.Saturated());
+        row.early = int(stats.Early());
+        row.meanCount = stats.Mean();
+        row.sdCount = stats.StdDev();
+        row.peakToPeak = row.readings > 0 ? hi - lo : 0;
+        row.meanLux = row.meanCount * row.luxPerCount;
+        row.sdLux = row.sdCount * row.luxPerCount;
+        if (options.referenceLux && *options.referenceLux > 0 && options.measure == "als" && row.readings > 0)
+            row.errorPercent = (row.meanLux - *options.referenceLux) / *options.referenceLux * 100.0;
+        if (row.readings + row.failed > 0) result.rows.push_back(row);
     }
     const QString restoreError = guard.Finish();
     if (result.error.isEmpty()) result.error = restoreError;
