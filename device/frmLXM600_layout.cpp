@@ -134,7 +134,8 @@ void frmLXM600::BuildLayout() {
     chkALSEnable = Check(frmALS, QStringLiteral("ALS / IR Enable"));
     ag->addWidget(mmode, 0, 0);
     ag->addWidget(range, 0, 1);
-    ag->addWidget(chkALSEnable, 1, 0, 1, 2);
+    ag->addWidget(chkALSEnable, 1, 0);
+    ag->addWidget(chkAutoRange, 1, 1);
     cols.column(2)->addWidget(frmALS);
 
     frmProx = new QGroupBox(QStringLiteral("Proximity"), this);

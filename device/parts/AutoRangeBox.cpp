@@ -1,21 +1,16 @@
 #include "device/parts/AutoRangeBox.h"
 
 #include <QCheckBox>
-#include <QGridLayout>
-#include <QGroupBox>
 #include <QRadioButton>
 
 namespace lxm {
 
 AutoRangeBox::AutoRangeBox(Form form) : form_(std::move(form)), decide_(form_.rangesLux) {
-    auto* rangeGroup = qobject_cast<QGroupBox*>(form_.options->begin()->second->parentWidget());
-    chkAutoRange = new QCheckBox(QStringLiteral("Auto Range"), rangeGroup);
+    chkAutoRange = new QCheckBox(QStringLiteral("Auto Range"), form_.options->begin()->second->parentWidget());
     chkAutoRange->setToolTip(QStringLiteral(
         "During a run of lux readings the range follows the light: one step less sensitive when a "
         "reading reaches 90 % of the scale, one more sensitive after three readings under 5 %.\n"
         "Each step is marked on the graph, logged and counted beside \"Max Min Count\"."));
-    if (auto* grid = qobject_cast<QGridLayout*>(rangeGroup->layout()))
-        grid->addWidget(chkAutoRange, grid->rowCount(), 0, 1, -1);
 }
 
 int AutoRangeBox::Selected() const {

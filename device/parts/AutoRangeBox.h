@@ -10,7 +10,6 @@
 #include "device/parts/Controls.h"
 
 class QCheckBox;
-class QGroupBox;
 
 namespace lxm {
 
@@ -26,13 +25,13 @@ public:
     };
     struct Form {
         std::span<const std::int32_t> rangesLux;  // the range options' full scales, by index
-        const CtlArray<QRadioButton>* options;    // in a group box laid out on a grid
+        const CtlArray<QRadioButton>* options;    // in a group box
         std::function<void(int)> handler;         // the options' click handler
         // The reading of the pass under way; none while the measurement is not in lux.
         std::function<std::optional<Reading>()> reading;
     };
 
-    // Adds the check box under the range options.
+    // The check box goes in the options' group box; the form lays it out.
     explicit AutoRangeBox(Form form);
 
     QCheckBox* chkAutoRange = nullptr;
