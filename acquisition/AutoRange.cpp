@@ -20,8 +20,10 @@ std::optional<int> AutoRange::Neighbour(int rangeIndex, bool up) const {
     return best;
 }
 
-std::optional<int> AutoRange::Next(std::int64_t count, std::int64_t fullScale, SampleStatus status, int rangeIndex) {
-    if (status == SampleStatus::Failed || status == SampleStatus::Early || fullScale <= 0) return std::nullopt;
+std::optional<int> AutoRange::Next(std::int64_t count, std::int64_t fullScale, SampleStatus status,
+                                   int rangeIndex) {
+    if (status == SampleStatus::Failed || status == SampleStatus::Early || fullScale <= 0)
+        return std::nullopt;
     std::optional<int> to;
     if (status == SampleStatus::Saturated || double(count) >= kUpFraction * double(fullScale)) {
         lowRun_ = 0;

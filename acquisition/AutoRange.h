@@ -15,9 +15,9 @@ namespace lxm {
 // a step lands well inside the new range and the next readings do not step back.
 class AutoRange {
 public:
-    static constexpr double kUpFraction = 0.90;   // of the full-scale count, or saturated
+    static constexpr double kUpFraction = 0.90;  // of the full-scale count, or saturated
     static constexpr double kDownFraction = 0.05;
-    static constexpr int kLowReadings = 3;        // in a row, before a step down
+    static constexpr int kLowReadings = 3;  // in a row, before a step down
 
     // The ranges as the form's option array lists them (full-scale lux), in any order.
     explicit AutoRange(std::span<const std::int32_t> rangesLux);

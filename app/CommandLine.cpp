@@ -141,8 +141,10 @@ constexpr BenchNumber kBenchNumbers[] = {
 
 // The light's variation over time, by the names --scene takes.
 constexpr std::pair<const char*, sim::LightScene::Kind> kScenes[] = {
-    {"steady", sim::LightScene::Kind::Steady}, {"sine", sim::LightScene::Kind::Sine},
-    {"steps", sim::LightScene::Kind::Steps},   {"noise", sim::LightScene::Kind::Noise},
+    {"steady", sim::LightScene::Kind::Steady},
+    {"sine", sim::LightScene::Kind::Sine},
+    {"steps", sim::LightScene::Kind::Steps},
+    {"noise", sim::LightScene::Kind::Noise},
     {"ramp", sim::LightScene::Kind::Ramp}};
 
 std::string SourceList() {
@@ -225,8 +227,10 @@ std::string CheckCollect(const CommandLine& cl, const CollectOptions& c, const s
         return std::string("the LXM470 has no proximity sensor: --collect ") + c.type->name +
                " needs another --sensor";
     if (c.autoRange && !c.type->lux)
-        return std::string("--auto-range steps the range of lux readings: it needs --collect als or "
-                           "als-cont, not ") + c.type->name;
+        return std::string(
+                   "--auto-range steps the range of lux readings: it needs --collect als or "
+                   "als-cont, not ") +
+               c.type->name;
     return "";
 }
 

@@ -24,7 +24,7 @@
 namespace lxm {
 
 void frmLXM410::WireCollection() {
-    PacedCollection::Controls c{txtInterval,   txtTime1,         lblLoop_Count,  chart_->Picture1,
+    PacedCollection::Controls c{txtInterval,   txtTime1,          lblLoop_Count,  chart_->Picture1,
                                 kRegisterRows, FrmMeasureDetails, lblReadingFlag, autoRange_.get()};
     loop_ = std::make_unique<PacedCollection>(s_, *this, plot, c);
     auto& h = loop_->hooks;

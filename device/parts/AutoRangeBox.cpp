@@ -6,7 +6,8 @@
 namespace lxm {
 
 AutoRangeBox::AutoRangeBox(Form form) : form_(std::move(form)), decide_(form_.rangesLux) {
-    chkAutoRange = new QCheckBox(QStringLiteral("Auto Range"), form_.options->begin()->second->parentWidget());
+    chkAutoRange =
+        new QCheckBox(QStringLiteral("Auto Range"), form_.options->begin()->second->parentWidget());
     chkAutoRange->setToolTip(QStringLiteral(
         "During a run of lux readings the range follows the light: one step less sensitive when a "
         "reading reaches 90 % of the scale, one more sensitive after three readings under 5 %.\n"
