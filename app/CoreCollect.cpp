@@ -39,6 +39,7 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
         if (opt.resolutionBits) board->SetResolution(*opt.resolutionBits);
         board->SetMeasure(CoreMeasure(opt.type->optMeasure));
         if (opt.rangeLux) board->SetRange(*opt.rangeLux);
+        board->SetAutoRange(opt.autoRange);
         interval = opt.intervalGiven ? opt.intervalMs : board->DefaultIntervalMs();
         // A one-shot reading waits the interval between its trigger and its read.
         if (!board->continuous()) board->SetOneShotDelayMs(double(interval));
@@ -60,6 +61,8 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
     const SampleLogHeader header = measure::LogHeader(*board, interval);
     if (!log.Open(output, header)) return kExitUnusable;
 
+    // A range the auto-range stepped to is noted before the first row taken under it.
+    int loggedRange = board->rangeLux();
     CollectWatch watcher(clock, opt, err, progress);
     auto goOn = [&] {
         watcher.Tick();
@@ -71,6 +74,10 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
         board->Collect(
             0, interval,
             [&](const measure::Sample& s) {
+                if (board->rangeLux() != loggedRange) {
+                    loggedRange = board->rangeLux();
+                    log.NoteSettings(measure::LogHeader(*board, interval));
+                }
                 log.Append(measure::LogRow(s));
                 // A failed reading keeps the last value on show, as the form's live box does.
                 if (s.reading.status != SampleStatus::Failed) latest = s.reading.value;

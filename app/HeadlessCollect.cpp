@@ -86,6 +86,7 @@ std::unique_ptr<DeviceFormBase> MultiFunctionForm(Session& session, const Collec
         Select(form->OptGraph, 1, [&](int i) { form->OptGraph_Click(i); });  // "ALS/IR"
     }
     if (opt.intervalGiven) form->txtInterval->setText(QString::number(opt.intervalMs));
+    form->chkAutoRange->setChecked(opt.autoRange);
     return form;
 }
 

@@ -58,8 +58,9 @@ void frmLXM600::cmdReadAd_Click() {
     lblMeasurements.at(2)->setText(Trim(AlsIrCount600));
 }
 
-double frmLXM600::ConvertToLux(double counts) const {
-    return lxm::ConvertToLux(counts, RangeTable[std::size_t(RangeIndex)], RangeScaleDivisor, FullScaleCounts);
+double frmLXM600::ConvertToLux(double counts, int rangeIndex) const {
+    return lxm::ConvertToLux(counts, RangeTable[std::size_t(rangeIndex < 0 ? RangeIndex : rangeIndex)],
+                             RangeScaleDivisor, FullScaleCounts);
 }
 
 // The ALS/IR trace of an ALS measurement is shown in lux.
@@ -125,7 +126,8 @@ bool frmLXM600::SamplePass() {
     if (run_.Displayed) unshown_ = PassCounts{std::int32_t(raw), ProxCount600, AlsIrCount600};
     run_.LatestReading = raw;
     if (AlsSample()) {
-        const double lux = ConvertToLux(raw);
+        // Auto Range converts at the range the chip is set to, which it changes.
+        const double lux = ConvertToLux(raw, autoRange_->ConvertingRange(run_.PassStatus, RangeIndex));
         run_.SampleValues2[std::size_t(run_.SampleCount)] = lux;
         run_.LatestReading = lux;
     }

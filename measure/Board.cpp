@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "acquisition/AutoRange.h"
 #include "acquisition/Conversion.h"
 #include "acquisition/SensorFields.h"
 #include "acquisition/Thresholds.h"
@@ -264,6 +265,8 @@ int Board::DefaultIntervalMs() const {
 
 void Board::SetRange(int lux) {
     std::lock_guard lock(mutex_);
+    // The conversion under way is dropped; the last one that ended stays in the data registers.
+    if (clock_.Micros() - conversionStartUs_ >= ConversionUs()) convertedRangeIndex_ = rangeIndex_;
     if (IsFamily()) {
         const auto i = IndexOf(kFamilyRangesLux, lux);
         if (!i) BadValue(QStringLiteral("Range %1 lux is not one of %2").arg(lux).arg(Choices(kFamilyRangesLux)));
@@ -352,6 +355,10 @@ void Board::SetThresholds(std::int32_t low, std::int32_t high) {
     WriteLocked(kFamilyThresholds, {lo.low, lo.high, hi.low, hi.high});
 }
 
+std::int64_t Board::ConversionUs() const {
+    return IsFamily() ? ConversionMicros(resolutionBits()) : kLxm600ConversionUs;
+}
+
 Reading Board::Convert(const Reply& reply, std::int64_t readUs) {
     Reading r;
     r.lux = luxMeasure();
@@ -380,7 +387,11 @@ Reading Board::Convert(const Reply& reply, std::int64_t readUs) {
         r.raw = 0;
         r.value = std::numeric_limits<double>::quiet_NaN();
     } else {
-        r.value = r.lux ? ConvertToLux(r.raw, rangeLux(), 500000, fullScale) : double(r.raw);
+        // An early reading is the result of a conversion made before the latest range change.
+        if (r.status != SampleStatus::Early) convertedRangeIndex_ = rangeIndex_;
+        const int range = IsFamily() ? kFamilyRangesLux[std::size_t(convertedRangeIndex_)]
+                                     : kLxm600RangesLux[std::size_t(convertedRangeIndex_)];
+        r.value = r.lux ? ConvertToLux(r.raw, range, 500000, fullScale) : double(r.raw);
     }
     static constexpr unsigned kFlags[] = {0, kFailed, kSaturated, kEarly};
     r.flags = kFlags[std::size_t(r.status)];
@@ -412,6 +423,8 @@ void Board::Collect(std::int64_t n, int intervalMs, const std::function<bool(con
     const std::int64_t startUs = clock_.Micros();
     std::int64_t deadlineUs = startUs + std::int64_t(intervalMs) * 1000;
     const bool paced = continuous();
+    AutoRange decide(IsFamily() ? std::span<const std::int32_t>(kFamilyRangesLux)
+                                : std::span<const std::int32_t>(kLxm600RangesLux));
     for (std::int64_t i = 0; n <= 0 || i < n; ++i) {
         if (paced)
             if (const auto until = PaceSleepUntil(clock_.Micros(), deadlineUs)) {
@@ -428,7 +441,13 @@ void Board::Collect(std::int64_t n, int intervalMs, const std::function<bool(con
         s.seconds = double(now - startUs) / 1e6;
         deadlineUs = now + std::int64_t(intervalMs) * 1000;
         if (!sink(s)) break;
+        if (autoRange_ && luxMeasure()) StepRange(s.reading, decide);
     }
+}
+
+void Board::StepRange(const Reading& r, AutoRange& decide) {
+    const std::int64_t top = IsFamily() ? TopCount(resolutionBits()) : kLxm600FullScale;
+    if (const auto to = decide.Next(r.raw, top, r.status, rangeIndex_)) SetRange(decide.lux(*to));
 }
 
 }  // namespace lxm::measure

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "acquisition/AutoRange.h"
 #include "acquisition/SampleStatus.h"
 #include "core/Seams.h"
 #include "transport/BoardPlace.h"
@@ -111,6 +112,11 @@ public:
     // says no.
     void Collect(std::int64_t n, int intervalMs, const std::function<bool(const Sample&)>& sink,
                  const std::function<bool()>& keepWaiting = {});
+    // With auto-range on, a collection of ALS readings steps the range after a sample when the
+    // reading nears the top of the scale or has stayed low (see AutoRange); the sample after a
+    // step is the first under the new range, and rangeLux() says which.
+    void SetAutoRange(bool on) { autoRange_ = on; }
+    bool autoRange() const { return autoRange_; }
 
     // Takes the board again after it went away (the driver offers it anew) and writes its
     // operating registers back. Throws Error(NoBoard) when it is not back.
@@ -139,6 +145,8 @@ private:
     void CheckRegister(int reg, int count) const;
     [[noreturn]] void Fail(std::uint32_t status, std::uint8_t reg) const;
     Reading Convert(const Reply& reply, std::int64_t readUs);
+    std::int64_t ConversionUs() const;
+    void StepRange(const Reading& r, AutoRange& decide);
     bool IsFamily() const { return sensor_ != "LXM600"; }
 
     UsbDriver& driver_;
@@ -157,6 +165,9 @@ private:
     std::string measure_ = "power-down";
     int measureIndex_ = 0;
     int rangeIndex_ = 0;
+    // The range of the latest conversion that ended: an early reading holds its result.
+    int convertedRangeIndex_ = 0;
+    bool autoRange_ = false;
     int resolutionIndex_ = 1;
     // When the running conversion began: a reading before its end is early.
     std::int64_t conversionStartUs_ = 0;
