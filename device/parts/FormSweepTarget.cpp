@@ -57,6 +57,7 @@ ControlsSnapshot::ControlsSnapshot(QWidget& form) {
 void ControlsSnapshot::Restore() const {
     for (const Control& c : controls_) {
         QWidget* w = c.widget;
+        if (!w) continue;
         const QSignalBlocker quiet(w);
         if (w->isHidden() != c.hidden) w->setHidden(c.hidden);
         if (w->testAttribute(Qt::WA_ForceDisabled) != c.forceDisabled) w->setEnabled(!c.forceDisabled);
@@ -72,7 +73,7 @@ void ControlsSnapshot::Restore() const {
         }
     }
     for (const Control& c : controls_) {
-        auto* b = qobject_cast<QAbstractButton*>(c.widget);
+        auto* b = qobject_cast<QAbstractButton*>(c.widget.data());
         if (!b || c.checked || !b->isChecked()) continue;
         const QSignalBlocker quiet(b);
         const bool exclusive = b->autoExclusive();
@@ -84,6 +85,7 @@ void ControlsSnapshot::Restore() const {
 
 QString ControlsSnapshot::FirstDifference() const {
     for (const Control& c : controls_) {
+        if (!c.widget) return QStringLiteral("a control was deleted");
         const Control now = Capture(c.widget);
         if (now.hidden != c.hidden || now.forceDisabled != c.forceDisabled || now.checked != c.checked ||
             now.text != c.text)

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QPointer>
 #include <QString>
+#include <QWidget>
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -12,7 +14,6 @@
 #include "characterise/Sweep.h"
 #include "device/parts/Controls.h"
 
-class QWidget;
 
 namespace lxm {
 
@@ -60,7 +61,7 @@ public:
 
 private:
     struct Control {
-        QWidget* widget;
+        QPointer<QWidget> widget;  // a control gone since is left out
         bool hidden, forceDisabled, checked;
         QString text;
     };
