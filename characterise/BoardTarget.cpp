@@ -33,11 +33,16 @@ void BoardTarget::Apply(const Setting& s, std::string_view measure) {
 
 measure::Reading BoardTarget::Read() {
     // A chip that converts on its own is read once per conversion, or the same result would be
-    // counted twice and its noise look smaller than it is.
-    if (board_.continuous())
-        board_.clock().SleepMicros(std::llround(
+    // counted twice and its noise look smaller than it is. The LXM600's proximity waits out its
+    // sleep too.
+    if (board_.continuous()) {
+        std::int64_t us = std::llround(
             NominalConversionMs(board_.sensor(), {board_.rangeLux(), board_.resolutionBits()}, board_.measure()) *
-            1000.0));
+            1000.0);
+        if (board_.sensor() == "LXM600" && board_.measure() == "prox")
+            us += kLxm600ProxSleepUs[std::size_t((board_.image()[1] & kLxm600Sleep.mask) >> kLxm600Sleep.shift())];
+        board_.clock().SleepMicros(us);
+    }
     return board_.TakeReading();
 }
 

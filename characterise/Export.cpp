@@ -89,7 +89,7 @@ QString TableText(const Result& r) {
     const QString u = r.unit();
     QString out = QStringLiteral("%1 %2, %3 readings per setting\n")
                       .arg(QString::fromStdString(r.sensor), QString::fromStdString(r.measure))
-                      .arg(r.rows.empty() ? 0 : r.rows.front().readings + r.rows.front().failed);
+                      .arg(r.readingsPerSetting);
     out += QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8 %9")
                .arg(QStringLiteral("range"), 6)
                .arg(QStringLiteral("bits"), 4)
@@ -132,7 +132,7 @@ std::optional<QString> WriteReport(const Result& r, const QString& path) {
     md << QStringLiteral("- Date: %1").arg(r.started.toString(Qt::ISODate))
        << QStringLiteral("- Measurement: %1, %2 readings per setting")
               .arg(QString::fromStdString(r.measure))
-              .arg(r.rows.empty() ? 0 : r.rows.front().readings + r.rows.front().failed)
+              .arg(r.readingsPerSetting)
        << QStringLiteral("- Registers before the sweep (from 00): %1").arg(Registers(r).join(QLatin1Char(' ')))
        << QStringLiteral("- Light: %1").arg(r.scene.isEmpty() ? QStringLiteral("as on the bench (not recorded)") : r.scene)
        << QStringLiteral("- Reference: %1")

@@ -101,6 +101,7 @@ Result Run(SweepTarget& target, Clock& clock, const Options& options, const Prog
     const std::vector<Setting> settings = options.settings.empty() ? target.Settings() : options.settings;
     result.planned = settings.size();
     const int n = std::max(1, options.readings);
+    result.readingsPerSetting = n;
     const int total = int(settings.size()) * n;
 
     // The time left: what is still to convert, plus the overhead per reading seen so far.

@@ -77,13 +77,16 @@ struct Result {
     std::vector<Row> rows;          // the settings measured, in order; fewer when stopped
     std::optional<std::size_t> best;  // index into rows: the lowest sdLux among clean rows
     std::size_t planned = 0;        // settings the sweep was to measure
+    int readingsPerSetting = 0;
     bool cancelled = false;
     QString error;  // why the sweep ended early (board gone, ...); empty when it did not
     std::array<std::uint8_t, 256> image{};  // registers before the sweep (restored after it)
     QDateTime started;
     double seconds = 0;  // the sweep's wall time
     std::optional<double> referenceLux;
-    QString scene;  // the light as the simulated board sets it; empty on a real board
+    // The light as the simulated board sets it, for the exports; empty on a real board. Run
+    // leaves it empty: the caller, who knows the bench, fills it in.
+    QString scene;
     bool complete() const { return !cancelled && error.isEmpty() && rows.size() == planned; }
     QString unit() const;  // "lux", "IR units" or "counts x range"
 };

@@ -2,6 +2,8 @@
 // it leaves behind, on a scripted target and on the simulated board.
 #include <gtest/gtest.h>
 
+#include <QFile>
+#include <QTemporaryDir>
 #include <stdexcept>
 
 #include "characterise/Sweep.h"
@@ -168,6 +170,21 @@ TEST(CharacteriseSweep, SimulatedBoardRowsArePhysicalAndTheBoardIsRestored) {
     // The chip holds them too, not only the board's copy.
     EXPECT_EQ(board.Read(0), before[0]);
     EXPECT_EQ(board.Read(1), before[1]);
+
+    // Unplugged mid-sweep: what was measured stays, and the table says it stopped short.
+    const Result cut = characterise::Run(target, clock, options, [&](int done, int, const Setting&, double) {
+        if (done == 12) sim.Unplug();
+        return true;
+    });
+    EXPECT_TRUE(cut.error.contains(QStringLiteral("disconnected"))) << cut.error.toStdString();
+    ASSERT_EQ(cut.rows.size(), 2u);
+    EXPECT_EQ(cut.rows[1].readings, 4);
+    QTemporaryDir dir;
+    const QString csv = dir.filePath(QStringLiteral("t.csv"));
+    ASSERT_FALSE(WriteCsv(cut, csv));
+    QFile f(csv);
+    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(f.readAll().contains("# status: incomplete (2 of 16 settings): Device has been disconnected"));
 }
 
 }  // namespace
