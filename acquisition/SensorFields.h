@@ -97,8 +97,6 @@ inline constexpr BitField kLxm600Range{1, 0x02, BitField::Kind::Member, 0};
 inline constexpr BitField kLxm600AlsEnable{1, 0x04, BitField::Kind::Check};
 inline constexpr BitField kLxm600Drive{1, 0x08, BitField::Kind::Member, 1};
 inline constexpr BitField kLxm600Sleep{1, 0x70, BitField::Kind::Index};
-// The sleep after each proximity measurement, by the index of that field; 7 measures continuously.
-inline constexpr std::array<std::int64_t, 8> kLxm600SleepUs{800'000, 400'000, 200'000, 100'000, 75'000, 50'000, 12'500, 0};
 inline constexpr BitField kLxm600ProxEnable{1, 0x80, BitField::Kind::Check};
 inline constexpr BitField kLxm600PinFunction{2, 0x01, BitField::Kind::Member, 1};
 inline constexpr BitField kLxm600AlsPersistence{2, 0x06, BitField::Kind::Index};

@@ -47,7 +47,7 @@ SweepForm frmLXM600::SweepParts() {
     // Proximity is measured once per sleep time.
     f.trigger = [this, under] {
         const std::int64_t period =
-            under->prox ? kLxm600ProxConversionUs + kLxm600SleepUs[std::size_t(SelectedIndex(OptIRSleep) & 7)]
+            under->prox ? kLxm600ProxConversionUs + kLxm600ProxSleepUs[std::size_t(SelectedIndex(OptIRSleep) & 7)]
                         : kLxm600ConversionUs;
         return std::max(s_.comm().LastWriteUs(1), under->readUs) + period + 1000;
     };
