@@ -1,5 +1,6 @@
 // "Characterise..." on both device forms: however a sweep ends, the chip and the form are back
 // in the settings they had; "Apply Best" leaves the form in the marked setting.
+#include <QImage>
 #include <QSpinBox>
 #include <QTemporaryDir>
 #include <tuple>
@@ -105,9 +106,10 @@ TEST_F(FamilySweep, ApplyBestLeavesTheFormInTheQuietestUnsaturatedSetting) {
     EXPECT_EQ(best.saturated, 0);
     // Exports through the file dialog: a name without extension gets the kind's.
     QTemporaryDir dir;
-    files.answers = {dir.filePath("sweep"), dir.filePath("sweep")};
-    dlg.Save(CharacteriseDialog::Export::Csv);
-    dlg.Save(CharacteriseDialog::Export::Report);
+    files.answers = {dir.filePath("sweep"), dir.filePath("sweep"), dir.filePath("sweep")};
+    for (auto what : {CharacteriseDialog::Export::Csv, CharacteriseDialog::Export::Plot, CharacteriseDialog::Export::Report})
+        dlg.Save(what);
+    EXPECT_FALSE(QImage(dir.filePath("sweep.png")).isNull());
     EXPECT_TRUE(ReadFile(dir.filePath("sweep.csv")).contains("16000"));
     EXPECT_TRUE(ReadFile(dir.filePath("sweep.md")).contains("the bench's lamp"));
     EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join('|').toStdString();
