@@ -2,10 +2,13 @@
 
 #include <QTimer>
 
+#include "app/frmStartup.h"
 #include "core/Colours.h"
 #include "device/BoardMenu.h"
 #include "device/parts/DeviceFormBase.h"
 #include "device/parts/StatusStrip.h"
+#include "simboard/SimBus.h"
+#include "simboard/SimDriver.h"
 #include "transport/Session.h"
 #include "transport/generic_usb_lib.h"
 
@@ -33,6 +36,24 @@ FormBoards::FormBoards(Session& first, OneBoardDriver* firstOnly, std::function<
 }
 
 FormBoards::~FormBoards() = default;
+
+FormBoards::Made FormBoards::TakeAlone(UsbDriver& all, std::optional<BoardPlace> place) {
+    if (!place) return {};
+    auto only = std::make_shared<OneBoardDriver>(all, place);
+    return {only.get(), only.get(), only};
+}
+
+FormBoards::BoardList FormBoards::OnBus(const sim::SimBus& bus) {
+    BoardList boards;
+    for (const sim::SimDriver* d : bus.boards())
+        if (d->IsPlugged()) boards.emplace_back(BoardPlace{d->info().busNumber, d->info().deviceAddress}, QString());
+    return boards;
+}
+
+void FormBoards::Serve(frmStartup& startup) {
+    startup.anotherBoard = [this](const std::string& type) { return Open(type); };
+    startup.onFormMade = [this](DeviceFormBase& form, Session& s, BoardSteps& steps) { FormMade(form, s, steps); };
+}
 
 FormBoards::Link* FormBoards::LinkOf(const Session& s) {
     for (auto& l : links_)

@@ -16,6 +16,10 @@ class QTimer;
 namespace lxm {
 
 class DeviceFormBase;
+class frmStartup;
+namespace sim {
+class SimBus;
+}
 class OneBoardDriver;
 class Session;
 struct BoardSteps;
@@ -35,6 +39,10 @@ public:
         std::shared_ptr<void> keep;
     };
     using Maker = std::function<Made(std::optional<BoardPlace> place, const std::string& type)>;
+    // The board at place alone, of those all offers; nothing without a place.
+    static Made TakeAlone(UsbDriver& all, std::optional<BoardPlace> place);
+    // The boards plugged into a simulated bus.
+    static BoardList OnBus(const sim::SimBus& bus);
 
     // first: the start-up window's session and the driver that takes its board. list: the
     // attached boards (as the Board menu shows them). kind names a board beside its place in
@@ -46,6 +54,8 @@ public:
     // A session, open and held, on a board no open form talks to; nullptr after one message
     // saying why not.
     Session* Open(const std::string& type);
+    // The start-up window opens further forms through here.
+    void Serve(frmStartup& startup);
     // A form has been made on session: its Board menu chooses among the boards for that
     // session alone, its status strip names its board, and closing one other than the first
     // lets its board go.

@@ -106,8 +106,7 @@ lxm::FormBoards::Maker MakeFormBoard(const lxm::CommandLine& cl, lxm::Clock& clo
         if (!place) place = sims->Add(cl, clock);
         if (lxm::sim::SimDriver* d = sims ? sims->bus.At(place->bus, place->port) : nullptr)
             d->board().CarryForType(type);
-        auto only = std::make_shared<lxm::OneBoardDriver>(all, place);
-        return lxm::FormBoards::Made{only.get(), only.get(), only};
+        return lxm::FormBoards::TakeAlone(all, place);
     };
 }
 
@@ -228,12 +227,9 @@ int main(int argc, char** argv) {
     // Each device form on a board of its own.
     auto list = [all = sims ? nullptr : board.all.get(), sims = sims.get()] {
         lxm::FormBoards::BoardList boards;
-        if (all)
-            for (const auto& b : lxm::usb::ListBoards())
-                boards.emplace_back(lxm::BoardPlace{b.bus, b.port}, QString::fromStdString(b.problem));
-        else
-            for (const lxm::sim::SimDriver* d : sims->bus.boards())
-                if (d->IsPlugged()) boards.emplace_back(lxm::BoardPlace{d->info().busNumber, d->info().deviceAddress}, "");
+        if (!all) return lxm::FormBoards::OnBus(sims->bus);
+        for (const auto& b : lxm::usb::ListBoards())
+            boards.emplace_back(lxm::BoardPlace{b.bus, b.port}, QString::fromStdString(b.problem));
         return boards;
     };
     lxm::FormBoards formBoards(session, board.only, list,
@@ -248,10 +244,7 @@ int main(int argc, char** argv) {
             panel->CarryForType(type);
         };
     if (simPanel) startup.showSimulatedBoard = [panel = simPanel.get()] { panel->Reopen(); };
-    startup.anotherBoard = [&formBoards](const std::string& type) { return formBoards.Open(type); };
-    startup.onFormMade = [&formBoards](lxm::DeviceFormBase& form, lxm::Session& s, lxm::BoardSteps& steps) {
-        formBoards.FormMade(form, s, steps);
-    };
+    formBoards.Serve(startup);
     startup.show();
     if (simPanel) {
         // A first guess beside the start-up window; the panel corrects it once the window

@@ -34,15 +34,11 @@ TEST(TwoFormsOnEmulatedBus, EachFormKeepsToItsOwnBoard) {
                 for (const auto& b : lxm::usb::ListBoards()) list.push_back({{b.bus, b.port}, QString::fromStdString(b.problem)});
                 return list;
             },
-            [&driver](std::optional<BoardPlace> place, const std::string&) {
-                auto only = std::make_shared<OneBoardDriver>(driver, place);
-                return place ? FormBoards::Made{only.get(), only.get(), only} : FormBoards::Made{};
-            },
+            [&driver](std::optional<BoardPlace> place, const std::string&) { return FormBoards::TakeAlone(driver, place); },
             "board");
         frmStartup startup(session, QString());
         startup.onExit = [] {};
-        startup.anotherBoard = [&](const std::string& type) { return links.Open(type); };
-        startup.onFormMade = [&](DeviceFormBase& f, Session& s, BoardSteps& steps) { links.FormMade(f, s, steps); };
+        links.Serve(startup);
         startup.show();
         startup.Form_Load();
         startup.cboTypeSelect->setCurrentIndex(1);
