@@ -32,7 +32,12 @@ FormBoards::FormBoards(Session& first, OneBoardDriver* firstOnly, std::function<
     links_.push_back(std::move(link));
     refresh_ = new QTimer(this);
     refresh_->setInterval(kRefreshMs);
-    connect(refresh_, &QTimer::timeout, this, [this] { Refresh(); });
+    connect(refresh_, &QTimer::timeout, this, [this] {
+        // Listing the boards opens each of them: not in the middle of anyone's collection.
+        for (const auto& l : links_)
+            if (l->s->Collecting) return;
+        Refresh();
+    });
 }
 
 FormBoards::~FormBoards() = default;

@@ -252,9 +252,10 @@ void frmStartup::ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& 
         steps.openAnother = [this](const std::string& t) { OpenAnother(t); };
         if (onFormMade) onFormMade(*form, s, steps);
         form->boardMenu->SetSteps(std::move(steps));
-        // The start-up window is hidden from now on: its About and report go with the form.
-        form->formMenus->SetAppLinks(
-            {[this] { mnuAbout_Click(); }, [this] { mnuSystemInfo_Click(); }, showSimulatedBoard});
+        // The start-up window is hidden from now on: its About and report go with the form. Its
+        // simulated board is the first form's; another form's has a window of its own.
+        form->formMenus->SetAppLinks({[this] { mnuAbout_Click(); }, [this] { mnuSystemInfo_Click(); },
+                                      &s == &s_ ? showSimulatedBoard : std::function<void()>{}});
         form->Form_Load();
     }
     AddressEntry(*form)->setText(QStringLiteral("88"));
