@@ -51,13 +51,16 @@ FormBoards::Made FormBoards::TakeAlone(UsbDriver& all, std::optional<BoardPlace>
 FormBoards::BoardList FormBoards::OnBus(const sim::SimBus& bus) {
     BoardList boards;
     for (const sim::SimDriver* d : bus.boards())
-        if (d->IsPlugged()) boards.emplace_back(BoardPlace{d->info().busNumber, d->info().deviceAddress}, QString());
+        if (d->IsPlugged())
+            boards.emplace_back(BoardPlace{d->info().busNumber, d->info().deviceAddress}, QString());
     return boards;
 }
 
 void FormBoards::Serve(frmStartup& startup) {
     startup.anotherBoard = [this](const std::string& type) { return Open(type); };
-    startup.onFormMade = [this](DeviceFormBase& form, Session& s, BoardSteps& steps) { FormMade(form, s, steps); };
+    startup.onFormMade = [this](DeviceFormBase& form, Session& s, BoardSteps& steps) {
+        FormMade(form, s, steps);
+    };
 }
 
 FormBoards::Link* FormBoards::LinkOf(const Session& s) {
@@ -89,7 +92,8 @@ bool FormBoards::Held(const BoardPlace& place, const Link* except) const {
 FormBoards::BoardList FormBoards::ListFor(const Link& link) {
     BoardList boards = list_ ? list_() : BoardList{};
     for (auto& [place, problem] : boards)
-        if (problem.isEmpty() && Held(place, &link)) problem = QStringLiteral("Another window talks to this board");
+        if (problem.isEmpty() && Held(place, &link))
+            problem = QStringLiteral("Another window talks to this board");
     return boards;
 }
 
@@ -103,9 +107,9 @@ Session* FormBoards::Open(const std::string& type) {
         }
     const Made made = make_(place, type);
     if (!made.driver) {
-        first.messages.MsgBox(QStringLiteral(
-            "Every attached board has a window of its own. Plug in another board, then choose "
-            "Board > New Window on Another Board again."));
+        first.messages.MsgBox(
+            QStringLiteral("Every attached board has a window of its own. Plug in another board, then choose "
+                           "Board > New Window on Another Board again."));
         return nullptr;
     }
     auto link = std::make_unique<Link>();
@@ -160,7 +164,8 @@ void FormBoards::Refresh() {
         QString where;
         if (several) {
             const auto held = Holds(*l);
-            where = held ? kind_ + QLatin1Char(' ') + QString::fromStdString(held->Text()) : QStringLiteral("no board");
+            where = held ? kind_ + QLatin1Char(' ') + QString::fromStdString(held->Text())
+                         : QStringLiteral("no board");
         }
         l->form->statusStrip().ShowBoard(where);
     }

@@ -89,7 +89,8 @@ struct SimulatedBus {
         const lxm::BoardPlace place{1, 3 + int(extra.size())};
         e->driver->SetPlace(place.bus, place.port);
         e->panel = std::make_unique<lxm::SimulatorPanel>(*e->driver);
-        e->panel->setWindowTitle(e->panel->windowTitle() + QStringLiteral(" %1").arg(QString::fromStdString(place.Text())));
+        e->panel->setWindowTitle(e->panel->windowTitle() +
+                                 QStringLiteral(" %1").arg(QString::fromStdString(place.Text())));
         e->panel->show();
         bus.Add(*e->driver);
         extra.push_back(std::move(e));
@@ -232,10 +233,10 @@ int main(int argc, char** argv) {
             boards.emplace_back(lxm::BoardPlace{b.bus, b.port}, QString::fromStdString(b.problem));
         return boards;
     };
-    lxm::FormBoards formBoards(session, board.only, list,
-                               MakeFormBoard(cl, clock, sims ? static_cast<lxm::UsbDriver&>(sims->bus) : *board.all,
-                                             sims.get()),
-                               sims ? QStringLiteral("simulated") : QStringLiteral("board"));
+    lxm::FormBoards formBoards(
+        session, board.only, list,
+        MakeFormBoard(cl, clock, sims ? static_cast<lxm::UsbDriver&>(sims->bus) : *board.all, sims.get()),
+        sims ? QStringLiteral("simulated") : QStringLiteral("board"));
     lxm::frmStartup startup(session, QString::fromStdString(cl.StartupArguments()));
     // The simulated board carries the chip of the type the user picks, so the form finds the
     // chip it expects; a real board carries whatever is soldered on it.

@@ -46,7 +46,8 @@ void BoardMenu::ListTypes() {
             if (steps_.openAnother) steps_.openAnother(type);
         });
     }
-    if (steps_.anotherTypes.empty()) mnuAnotherBoard->addAction(QStringLiteral("No other board"))->setEnabled(false);
+    if (steps_.anotherTypes.empty())
+        mnuAnotherBoard->addAction(QStringLiteral("No other board"))->setEnabled(false);
 }
 
 // Filled each time it opens: boards come and go.

@@ -18,7 +18,9 @@ TEST(TwoFormsOnEmulatedBus, EachFormKeepsToItsOwnBoard) {
     first.Plug();
     second.Plug();
     EmulatedBoard* emulated[2] = {&first, &second};
-    auto chip = [&](int i) { return emulated[i]->WithBoard([](sim::SimBoard& b) { return b.sensor().Peek(8); }); };
+    auto chip = [&](int i) {
+        return emulated[i]->WithBoard([](sim::SimBoard& b) { return b.sensor().Peek(8); });
+    };
     FakeClock clock;
     RecordingMessages messages;
     ScriptedFileDialogs files;
@@ -31,10 +33,13 @@ TEST(TwoFormsOnEmulatedBus, EachFormKeepsToItsOwnBoard) {
             session, &windowOnly,
             [] {
                 FormBoards::BoardList list;
-                for (const auto& b : lxm::usb::ListBoards()) list.push_back({{b.bus, b.port}, QString::fromStdString(b.problem)});
+                for (const auto& b : lxm::usb::ListBoards())
+                    list.push_back({{b.bus, b.port}, QString::fromStdString(b.problem)});
                 return list;
             },
-            [&driver](std::optional<BoardPlace> place, const std::string&) { return FormBoards::TakeAlone(driver, place); },
+            [&driver](std::optional<BoardPlace> place, const std::string&) {
+                return FormBoards::TakeAlone(driver, place);
+            },
             "board");
         frmStartup startup(session, QString());
         startup.onExit = [] {};
