@@ -78,7 +78,6 @@ public:
     void cmdAutoScale_Click();
     void cmdRestoreScreen_Click();
     void cmdDrawTrace_Click();
-    double ConvertToLux(double counts) const;
 
     // ---- interrupts and recording (frmLXM600_interrupt.cpp)
     void cmdSampleInternalIntrs_Click();
