@@ -1,0 +1,123 @@
+// A reading is the same number in the window as on the command line and in Python: the device
+// form's collection and the measuring core, set up alike on the same scene, end on the same value,
+// status and (in the dual mode) parts.
+#include <gtest/gtest.h>
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QRadioButton>
+
+#include "acquisition/SensorFields.h"
+#include "app/CommandLine.h"
+#include "device/frmLXM410.h"
+#include "device/frmLXM600.h"
+#include "measure/SimulatedBoard.h"
+#include "support/DeviceFixture.h"
+
+namespace lxm::test {
+namespace {
+
+struct Case {
+    const char* sensor;
+    const char* measure;
+    int bits, rangeLux;  // 0: as the sensor starts
+    double lux, infrared, distanceMm;
+};
+
+template <class Form>
+void Click(CtlArray<QRadioButton>& options, int index, Form& form, void (Form::*click)(int)) {
+    options.at(index)->setChecked(true);
+    (form.*click)(index);
+}
+
+// Set up as the user would on the form; five passes 120 ms apart (enough for a 16-bit
+// conversion), the light settled a second before the last two.
+measure::Reading FormReading(const Case& c, BoardFixture& f) {
+    f.OpenSession();
+    f.session.SelectedType = c.sensor;
+    std::unique_ptr<DeviceFormBase> base;
+    if (std::string(c.sensor) == "LXM600") {
+        auto form = std::make_unique<frmLXM600>(f.session);
+        form->Form_Load();
+        const std::string m = c.measure;
+        if (c.rangeLux) Click(form->OptALSRange, *IndexOf(kLxm600RangesLux, c.rangeLux), *form, &frmLXM600::OptALSRange_Click);
+        if (m.starts_with("prox")) {
+            form->ChkPEnable->setChecked(true);
+            form->ChkPEnable_Click();
+        } else {
+            Click(form->OptMMode, m.starts_with("ir") ? 1 : 0, *form, &frmLXM600::OptMMode_Click);
+            form->chkALSEnable->setChecked(true);
+            form->chkALSEnable_Click();
+        }
+        Click(form->OptGraph, m.starts_with("prox") ? 0 : 1, *form, &frmLXM600::OptGraph_Click);
+        form->txtInterval->setText(QStringLiteral("120"));
+        base = std::move(form);
+    } else {
+        auto form = std::make_unique<frmLXM410>(f.session);
+        form->Form_Load();
+        if (c.bits) Click(form->OptITime, *IndexOf(std::array{16, 12, 8, 4}, c.bits), *form, &frmLXM410::OptITime_Click);
+        Click(form->OptMeasure, FindCollectType(c.measure)->optMeasure, *form, &frmLXM410::OptMeasure_Click);
+        if (c.rangeLux) Click(form->OptGain, *IndexOf(kFamilyRangesLux, c.rangeLux), *form, &frmLXM410::OptGain_Click);
+        form->txtInterval->setText(QStringLiteral("120"));
+        form->txtInterval_LostFocus();
+        base = std::move(form);
+    }
+    CollectionState& run = base->collection();
+    int passes = 0;
+    measure::Reading r;
+    run.onPass = [&] {
+        if (++passes == 3) f.clock.AdvanceMs(1000);
+        if (passes == 5) base->cmdStopData_Click();
+    };
+    base->cmdCollectData_Click();
+    r.value = run.LatestReading;
+    r.status = run.PassStatus;
+    if (auto* family = dynamic_cast<frmLXM410*>(base.get()); family && family->MeasureProxIrDual) {
+        r.ir = family->AmbientIr;
+        r.prox = family->ProxCount;
+    }
+    return r;
+}
+
+TEST(SameReading, TheFormAndTheCoreReadTheSameNumberFromTheSameScene) {
+    const Case cases[] = {
+        {"LXM410", "als", 0, 0, 300, 120, 60},          {"LXM430", "als-cont", 16, 4000, 300, 120, 60},
+        {"LXM410", "ir", 0, 0, 300, 120, 60},           {"LXM450", "ir-cont", 8, 0, 300, 120, 60},
+        {"LXM410", "prox", 0, 0, 300, 120, 60},         {"LXM470", "prox-cont", 16, 0, 300, 300, 0},
+        {"LXM410", "prox-ir", 0, 0, 300, 120, 60},      {"LXM430", "prox-ir", 12, 0, 300, 4000, 60},
+        {"LXM600", "als", 0, 2000, 300, 120, 60},       {"LXM600", "als-cont", 0, 125, 100, 120, 60},
+        {"LXM600", "ir-cont", 0, 125, 300, 60, 60},     {"LXM600", "prox", 0, 2000, 300, 120, 60},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.sensor) + " " + c.measure + " " + std::to_string(c.bits) + " bits " +
+                     std::to_string(c.rangeLux) + " lux");
+        BoardFixture f;
+        FakeClock clock;
+        measure::SimulatedBoard sim(clock, c.sensor, 0);
+        if (std::string(c.sensor) == "LXM600") f.board.Carry(sim::Chip::Lxm600);
+        for (sim::LightScene* scene : {&f.board.scene(), &sim.scene()}) {
+            scene->ideal = true;
+            scene->ambientLux = c.lux;
+            scene->infrared = c.infrared;
+            scene->objectDistanceMm = c.distanceMm;
+        }
+        const measure::Reading form = FormReading(c, f);
+        measure::Board& b = sim.board();
+        if (c.bits) b.SetResolution(c.bits);
+        b.SetMeasure(c.measure);
+        if (c.rangeLux) b.SetRange(c.rangeLux);
+        b.SetOneShotDelayMs(120);
+        b.TakeReading();
+        clock.AdvanceMs(1000);
+        const measure::Reading core = b.TakeReading();
+
+        EXPECT_EQ(std::string(StatusWord(core.status)), StatusWord(form.status)) << form.value;
+        if (core.status == SampleStatus::Ok) {
+            EXPECT_DOUBLE_EQ(core.value, form.value);
+        }
+        EXPECT_EQ(core.ir, form.ir);
+        EXPECT_EQ(core.prox, form.prox);
+    }
+}
+
+}  // namespace
+}  // namespace lxm::test
