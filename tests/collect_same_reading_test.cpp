@@ -16,8 +16,7 @@ namespace lxm::test {
 namespace {
 
 struct Case {
-    const char* sensor;
-    const char* measure;
+    const char *sensor, *measure;
     int bits, rangeLux;  // 0: as the sensor starts
     double lux, infrared, distanceMm;
 };
@@ -80,12 +79,8 @@ TEST(SameReading, TheFormAndTheCoreReadTheSameNumberFromTheSameScene) {
         FakeClock clock;
         measure::SimulatedBoard sim(clock, c.sensor, 0);
         if (std::string(c.sensor) == "LXM600") f.board.Carry(sim::Chip::Lxm600);
-        for (sim::LightScene* scene : {&f.board.scene(), &sim.scene()}) {
-            scene->ideal = true;
-            scene->ambientLux = c.lux;
-            scene->infrared = c.infrared;
-            scene->objectDistanceMm = c.distanceMm;
-        }
+        sim.scene() = {.ambientLux = c.lux, .infrared = c.infrared, .objectDistanceMm = c.distanceMm, .ideal = true};
+        f.board.scene() = sim.scene();
         const measure::Reading form = FormReading(c, f);
         measure::Board& b = sim.board();
         if (c.bits) b.SetResolution(c.bits);
