@@ -15,11 +15,8 @@
 namespace lxm::test {
 namespace {
 
-struct Case {
-    const char *sensor, *measure;
-    int bits, rangeLux;  // 0: as the sensor starts
-    double lux, infrared, distanceMm;
-};
+// bits and rangeLux 0: as the sensor starts.
+struct Case { const char *sensor, *measure; int bits, rangeLux; double lux, infrared, distanceMm; };
 
 // Set up as the user would, clicking the form's options; five passes 120 ms apart (enough for
 // a 16-bit conversion), the light settled a second before the last two.
@@ -74,7 +71,7 @@ TEST(SameReading, TheFormAndTheCoreReadTheSameNumberFromTheSameScene) {
         {"LXM600", "ir-cont", 0, 125, 300, 60, 60},     {"LXM600", "prox", 0, 2000, 300, 120, 60},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(std::string(c.sensor) + " " + c.measure + " at " + std::to_string(c.rangeLux) + " lux");
+        SCOPED_TRACE(std::string(c.sensor) + " " + c.measure);
         BoardFixture f;
         FakeClock clock;
         measure::SimulatedBoard sim(clock, c.sensor, 0);
@@ -90,12 +87,11 @@ TEST(SameReading, TheFormAndTheCoreReadTheSameNumberFromTheSameScene) {
         b.TakeReading();
         clock.AdvanceMs(1000);
         const measure::Reading core = b.TakeReading();
-        EXPECT_EQ(core.status, form.status) << form.value;
-        if (core.status == SampleStatus::Ok) {
-            EXPECT_DOUBLE_EQ(core.value, form.value);
-        }
-        EXPECT_EQ(core.ir, form.ir);
-        EXPECT_EQ(core.prox, form.prox);
+        // What is not ok is no number; the form keeps a count for it all the same.
+        auto seen = [](const measure::Reading& r) {
+            return std::tuple(r.status, r.status == SampleStatus::Ok ? r.value : 0.0, r.ir, r.prox);
+        };
+        EXPECT_EQ(seen(core), seen(form));
     }
 }
 
