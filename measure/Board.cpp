@@ -402,7 +402,7 @@ Reading Board::TakeDualReading() {
     previous.irAfter = irAfter_;
     DualModeBus bus;
     bus.writeCommand = [this](std::uint8_t command) { WriteLocked(0, {command}); };
-    bus.pause = [this](double ms) { clock_.SleepMicros(std::int64_t(ms * 1000)); };
+    bus.pause = [this](double ms) { WaitMicros(std::int64_t(ms * 1000)); };
     bus.readData = [this] {
         const Reply reply = ReadLocked(kFamilyData, 2, false);
         return DataBytes{reply.bytes[1], reply.bytes[2], reply.ok};
@@ -431,7 +431,7 @@ Reading Board::TakeReading() {
     if (IsFamily() && !continuous()) {
         // One conversion per reading, waited for as long as the resolution takes.
         WriteImage({0});
-        clock_.SleepMicros(oneShotDelayMs_ ? std::int64_t(*oneShotDelayMs_ * 1000) : ConversionMicros(resolutionBits()));
+        WaitMicros(oneShotDelayMs_ ? std::int64_t(*oneShotDelayMs_ * 1000) : ConversionMicros(resolutionBits()));
     }
     // The multi-function chip's three data registers in one read, as its form reads them.
     const Reply reply = IsFamily() ? ReadLocked(kFamilyData, 2, false) : ReadLocked(kLxm600Data, 3, false);
@@ -440,25 +440,41 @@ Reading Board::TakeReading() {
     return Convert(reply, clock_.Micros());
 }
 
+void Board::WaitMicros(std::int64_t us) {
+    constexpr std::int64_t kSliceUs = 100'000;
+    const std::int64_t until = clock_.Micros() + us;
+    for (std::int64_t left; !waitCut_ && (left = until - clock_.Micros()) > 0;) {
+        clock_.SleepMicros(std::min(left, kSliceUs));
+        if (keepWaiting_ && left > kSliceUs && !keepWaiting_()) waitCut_ = true;
+    }
+}
+
 void Board::Collect(std::int64_t n, int intervalMs, const std::function<bool(const Sample&)>& sink,
                     const std::function<bool()>& keepWaiting) {
     if (intervalMs < 0 || intervalMs > 3'600'000)
         BadValue(QStringLiteral("Interval %1 ms is outside 0 to 3600000").arg(intervalMs));
+    // A reading's own waits (a one-shot's conversion, the dual mode's) listen to keepWaiting too;
+    // a reading whose wait was cut short is not taken.
+    keepWaiting_ = keepWaiting;
+    waitCut_ = false;
+    struct Done {
+        Board& b;
+        ~Done() {
+            b.keepWaiting_ = nullptr;
+            b.waitCut_ = false;
+        }
+    } done{*this};
     const std::int64_t startUs = clock_.Micros();
     std::int64_t deadlineUs = startUs + std::int64_t(intervalMs) * 1000;
     const bool paced = continuous();
     for (std::int64_t i = 0; n <= 0 || i < n; ++i) {
         if (paced)
-            if (const auto until = PaceSleepUntil(clock_.Micros(), deadlineUs)) {
-                constexpr std::int64_t kSliceUs = 100'000;
-                for (std::int64_t left; (left = *until - clock_.Micros()) > 0;) {
-                    clock_.SleepMicros(std::min(left, kSliceUs));
-                    if (keepWaiting && left > kSliceUs && !keepWaiting()) return;
-                }
-            }
+            if (const auto until = PaceSleepUntil(clock_.Micros(), deadlineUs)) WaitMicros(*until - clock_.Micros());
+        if (waitCut_) return;
         Sample s;
         s.index = i + 1;
         s.reading = TakeReading();
+        if (waitCut_) return;
         const std::int64_t now = clock_.Micros();
         s.seconds = double(now - startUs) / 1e6;
         deadlineUs = now + std::int64_t(intervalMs) * 1000;

@@ -147,6 +147,9 @@ private:
     [[noreturn]] void Fail(std::uint32_t status, std::uint8_t reg) const;
     Reading Convert(const Reply& reply, std::int64_t readUs);
     Reading TakeDualReading();
+    // A wait inside a collection or a reading: cut into slices during a collection, whose
+    // keepWaiting can end it.
+    void WaitMicros(std::int64_t us);
     bool IsFamily() const { return sensor_ != "LXM600"; }
 
     UsbDriver& driver_;
@@ -168,6 +171,8 @@ private:
     int resolutionIndex_ = 1;
     int proxScheme_ = 0;  // family: 1 reads proximity as two's complement
     std::int32_t irBefore_ = 0, irAfter_ = 0;  // the dual mode's last IR readings
+    std::function<bool()> keepWaiting_;  // the running collection's
+    bool waitCut_ = false;
     // When the running conversion began: a reading before its end is early.
     std::int64_t conversionStartUs_ = 0;
     std::optional<double> oneShotDelayMs_;
