@@ -15,12 +15,17 @@
 namespace lxm::test {
 namespace {
 
-// bits and rangeLux 0: as the sensor starts.
-struct Case { const char *sensor, *measure; int bits, rangeLux; double lux, infrared, distanceMm; };
+struct Case { const char *sensor, *measure; int bits, rangeLux; double lux, infrared, distanceMm; };  // 0: as it starts
+
+// A reading as the user sees it: what is not ok is no number (the form keeps a count for it).
+using Seen = std::tuple<SampleStatus, double, std::optional<std::int32_t>, std::optional<std::int32_t>>;
+Seen SeenOf(SampleStatus status, double value, std::optional<std::int32_t> ir, std::optional<std::int32_t> prox) {
+    return {status, status == SampleStatus::Ok ? value : 0.0, ir, prox};
+}
 
 // Set up as the user would, clicking the form's options; five passes 120 ms apart (enough for
 // a 16-bit conversion), the light settled a second before the last two.
-measure::Reading FormReading(const Case& c, BoardFixture& f) {
+Seen FormReading(const Case& c, BoardFixture& f) {
     f.OpenSession();
     f.session.SelectedType = c.sensor;
     std::unique_ptr<DeviceFormBase> base;
@@ -51,14 +56,10 @@ measure::Reading FormReading(const Case& c, BoardFixture& f) {
         if (passes == 5) base->cmdStopData_Click();
     };
     base->cmdCollectData_Click();
-    measure::Reading r;
-    r.value = run.LatestReading;
-    r.status = run.PassStatus;
-    if (auto* family = dynamic_cast<frmLXM410*>(base.get()); family && family->MeasureProxIrDual) {
-        r.ir = family->AmbientIr;
-        r.prox = family->ProxCount;
-    }
-    return r;
+    auto* dual = dynamic_cast<frmLXM410*>(base.get());
+    if (dual && !dual->MeasureProxIrDual) dual = nullptr;
+    return SeenOf(run.PassStatus, run.LatestReading, dual ? std::optional(dual->AmbientIr) : std::nullopt,
+                  dual ? std::optional(dual->ProxCount) : std::nullopt);
 }
 
 TEST(SameReading, TheFormAndTheCoreReadTheSameNumberFromTheSameScene) {
@@ -78,7 +79,7 @@ TEST(SameReading, TheFormAndTheCoreReadTheSameNumberFromTheSameScene) {
         if (std::string(c.sensor) == "LXM600") f.board.Carry(sim::Chip::Lxm600);
         sim.scene() = {.ambientLux = c.lux, .infrared = c.infrared, .objectDistanceMm = c.distanceMm, .ideal = true};
         f.board.scene() = sim.scene();
-        const measure::Reading form = FormReading(c, f);
+        const Seen form = FormReading(c, f);
         measure::Board& b = sim.board();
         if (c.bits) b.SetResolution(c.bits);
         b.SetMeasure(c.measure);
@@ -87,11 +88,7 @@ TEST(SameReading, TheFormAndTheCoreReadTheSameNumberFromTheSameScene) {
         b.TakeReading();
         clock.AdvanceMs(1000);
         const measure::Reading core = b.TakeReading();
-        // What is not ok is no number; the form keeps a count for it all the same.
-        auto seen = [](const measure::Reading& r) {
-            return std::tuple(r.status, r.status == SampleStatus::Ok ? r.value : 0.0, r.ir, r.prox);
-        };
-        EXPECT_EQ(seen(core), seen(form));
+        EXPECT_EQ(SeenOf(core.status, core.value, core.ir, core.prox), form);
     }
 }
 
