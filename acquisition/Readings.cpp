@@ -10,7 +10,7 @@ SampleStatus FamilyCountStatus(bool readOk, std::int32_t value, bool signedCount
 }
 
 DualModeReading TakeDualModeReading(std::uint8_t reg0, int proxScheme, AmbientIrMode mode, double delayMs,
-                                    std::int32_t fullScaleCounts, const DualModeReading& previous,
+                                    int bits, std::int32_t fullScaleCounts, const DualModeReading& previous,
                                     const DualModeBus& bus) {
     DualModeReading r;
     r.irBefore = previous.irBefore;
@@ -20,12 +20,14 @@ DualModeReading TakeDualModeReading(std::uint8_t reg0, int proxScheme, AmbientIr
     const std::uint8_t proxCommand = std::uint8_t(base | 0x60 | (proxScheme == 1 ? 0x01 : 0x00));
     auto convert = [&](std::uint8_t command, int reads) {
         bus.writeCommand(command);
+        const std::int64_t startUs = bus.micros();
         if (delayMs > 0) bus.pause(delayMs);
         DataBytes d;
         for (int i = 0; i < reads; ++i) {
             d = bus.readData();
             r.readsOk = r.readsOk && d.ok;
         }
+        r.early = r.early || bus.micros() - startUs < ConversionMicros(bits);
         return d;
     };
     if (mode != AmbientIrMode::After) {

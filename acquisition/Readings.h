@@ -15,8 +15,8 @@ namespace lxm {
 // at, so only the unsigned ones can be saturated.
 SampleStatus FamilyCountStatus(bool readOk, std::int32_t value, bool signedCount, int bits, bool early);
 
-// The bus as the dual-mode sequence uses it: the command register written, a pause, and the two
-// data bytes read (the form's read also lights its lamps).
+// The bus as the dual-mode sequence uses it: the command register written, a pause, the two
+// data bytes read (the form's read also lights its lamps), and the clock in microseconds.
 struct DataBytes {
     std::uint8_t low = 0, high = 0;
     bool ok = false;
@@ -25,6 +25,7 @@ struct DualModeBus {
     std::function<void(std::uint8_t command)> writeCommand;
     std::function<void(double ms)> pause;  // 0 or less: none
     std::function<DataBytes()> readData;
+    std::function<std::int64_t()> micros;
 };
 
 // One proximity-minus-IR reading: the IR taken before and/or after the proximity conversion,
@@ -38,18 +39,23 @@ struct DualModeReading {
     std::int32_t proxCount = 0;  // unsigned
     ProxMinusIrResult difference;
     bool readsOk = true;  // every read of the sequence answered
+    bool early = false;   // a part was read before its conversion could end
 
     // Failed when any read failed (its bytes are not a reading); a saturated part leaves no
     // difference.
     SampleStatus status() const {
-        return !readsOk ? SampleStatus::Failed : difference.available() ? SampleStatus::Ok : SampleStatus::Saturated;
+        return !readsOk                ? SampleStatus::Failed
+               : early                 ? SampleStatus::Early
+               : difference.available() ? SampleStatus::Ok
+                                        : SampleStatus::Saturated;
     }
 };
 
 // reg0: the command register as the image holds it (its bits 4..1 are kept); delayMs: the wait
-// between each command and its read; previous: the IR readings of the last sequence.
+// between each command and its read; bits: the resolution; previous: the IR readings of the last
+// sequence.
 DualModeReading TakeDualModeReading(std::uint8_t reg0, int proxScheme, AmbientIrMode mode, double delayMs,
-                                    std::int32_t fullScaleCounts, const DualModeReading& previous,
+                                    int bits, std::int32_t fullScaleCounts, const DualModeReading& previous,
                                     const DualModeBus& bus);
 
 // The multi-function chip's reading from one read of its registers 8 (proximity), 9 and 10

@@ -244,9 +244,11 @@ void frmLXM410::cmdProx_IR_Click() {
         ReadDataRegisters();
         return DataBytes{LastLow, LastHigh, s_.ReadStatusByte == 2};
     };
+    bus.micros = [this] { return s_.clock.Micros(); };
     const AmbientIrMode irMode = AmbientIrMode(mode);
     const DualModeReading r =
-        TakeDualModeReading(s_.RegWriteMirror[0], ProxScheme, irMode, IntervalDisplayMs, FullScaleCounts, previous, bus);
+        TakeDualModeReading(s_.RegWriteMirror[0], ProxScheme, irMode, IntervalDisplayMs, AdcBits, FullScaleCounts,
+                            previous, bus);
     DualStatus = r.status();
     IrMsb = r.irMsb;
     IrLsb = r.irLsb;

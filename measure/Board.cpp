@@ -407,9 +407,10 @@ Reading Board::TakeDualReading() {
         const Reply reply = ReadLocked(kFamilyData, 2, false);
         return DataBytes{reply.bytes[1], reply.bytes[2], reply.ok};
     };
+    bus.micros = [this] { return clock_.Micros(); };
     const double delayMs = oneShotDelayMs_ ? *oneShotDelayMs_ : double(ConversionMicros(res.bits)) / 1000.0;
     const DualModeReading d =
-        TakeDualModeReading(image_[0], 0, AmbientIrMode::Before, delayMs, res.fullScale, previous, bus);
+        TakeDualModeReading(image_[0], 0, AmbientIrMode::Before, delayMs, res.bits, res.fullScale, previous, bus);
     irBefore_ = d.irBefore;
     irAfter_ = d.irAfter;
     Reading r;
