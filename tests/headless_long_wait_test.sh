@@ -1,6 +1,6 @@
 #!/bin/sh
-# A collection whose readings wait long (a one-shot type, the dual mode) still ends on time: a
-# reading's own wait ends with the duration, and with a signal, rather than after the interval.
+# The waits inside a collection's readings (a one-shot type, the dual mode): a long one ends with
+# the duration, and with a signal, rather than after the interval; a short one marks its readings.
 # Usage: headless_long_wait_test.sh path/to/lxmeval
 bin="$1"
 . "$(dirname "$0")/headless_lib.sh"
@@ -12,4 +12,8 @@ for type in als prox-ir; do
     [ $(($(date +%s) - start)) -le 5 ] || fail "took $(($(date +%s) - start)) s"
     grep -q "^time,seconds,sample,raw,value,unit,status" "$work/$type.csv" || fail "no column row"
 done
+case="the dual mode read before its conversions could end"
+run 0 --collect prox-ir --output "$work/early.csv" --interval 2 --samples 3 --simulate
+[ "$(grep -c ',counts,early,' "$work/early.csv")" = 3 ] || fail "not 3 early rows"
+grep -q "the readings are marked early" "$work/err" || fail "not told"
 exit $failed
