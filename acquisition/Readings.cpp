@@ -55,12 +55,11 @@ DualModeReading TakeDualModeReading(std::uint8_t reg0, int proxScheme, AmbientIr
 }
 
 Lxm600Reading TakeLxm600Reading(bool readOk, std::uint8_t prox, std::uint8_t alsIrLow, std::uint8_t alsIrHigh,
-                                bool proximity, bool lux, std::int32_t luxRangeLux, std::int64_t sinceConfigUs) {
+                                bool proximity, std::int64_t sinceConfigUs) {
     Lxm600Reading r;
     r.raw = proximity ? prox : alsIrLow + alsIrHigh * 256;
     const bool early = !proximity && sinceConfigUs < kLxm600ConversionUs;
     r.status = Classify(readOk, r.raw, proximity ? kLxm600ProxBits : kLxm600AlsIrBits, early);
-    r.value = lux && !proximity ? ConvertToLux(r.raw, luxRangeLux, 500000, kLxm600FullScale) : double(r.raw);
     return r;
 }
 

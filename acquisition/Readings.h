@@ -58,17 +58,16 @@ DualModeReading TakeDualModeReading(std::uint8_t reg0, int proxScheme, AmbientIr
                                     int bits, std::int32_t fullScaleCounts, const DualModeReading& previous,
                                     const DualModeBus& bus);
 
-// The multi-function chip's reading from one read of its registers 8 (proximity), 9 and 10
-// (ALS/IR low and high). An ALS reading is converted to lux at luxRangeLux; an ALS/IR result is
-// early until one conversion after its settings (register 1) were written.
+// The multi-function chip's count from one read of its registers 8 (proximity), 9 and 10
+// (ALS/IR low and high), and what it is worth: an ALS/IR result is early until one conversion
+// after its settings (register 1) were written.
 struct Lxm600Reading {
     std::int32_t raw = 0;
-    double value = 0;
     SampleStatus status = SampleStatus::Ok;
 };
 inline constexpr int kLxm600ProxBits = 8;
 inline constexpr int kLxm600AlsIrBits = 12;
 Lxm600Reading TakeLxm600Reading(bool readOk, std::uint8_t prox, std::uint8_t alsIrLow, std::uint8_t alsIrHigh,
-                                bool proximity, bool lux, std::int32_t luxRangeLux, std::int64_t sinceConfigUs);
+                                bool proximity, std::int64_t sinceConfigUs);
 
 }  // namespace lxm

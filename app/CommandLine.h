@@ -40,11 +40,14 @@ struct CollectOptions {
     std::optional<double> durationSeconds;
     std::optional<int> rangeLux;  // one of the sensor's ALS ranges
     std::optional<int> resolutionBits;
+    bool autoRange = false;  // the ALS range follows the light; --range is where it starts
 };
 
 // The simulated board's bench, set from the command line; each only with --simulate.
 struct BenchOptions {
     std::optional<double> lightLux, distanceMm, glassPercent, temperatureC;
+    std::optional<int> scene;  // a sim::LightScene::Kind
+    std::optional<double> periodS, depthPercent;
     std::optional<std::string> source;  // a name of sim::Sources()
     std::optional<std::uint32_t> seed;
     bool ideal = false;

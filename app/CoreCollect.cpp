@@ -39,6 +39,7 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
         // up alike.
         board->SetMeasure(opt.type->name);
         if (opt.rangeLux) board->SetRange(*opt.rangeLux);
+        board->SetAutoRange(opt.autoRange);
         interval = opt.intervalGiven ? opt.intervalMs : board->DefaultIntervalMs();
         // A one-shot reading (and each conversion of the dual mode) waits the interval between
         // its command and its read.
@@ -61,6 +62,8 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
     const SampleLogHeader header = measure::LogHeader(*board, interval);
     if (!log.Open(output, header)) return kExitUnusable;
 
+    // A range the auto-range stepped to is noted before the first row taken under it.
+    int loggedRange = board->rangeLux();
     CollectWatch watcher(clock, opt, err, progress);
     auto goOn = [&] {
         watcher.Tick();
@@ -72,6 +75,10 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
         board->Collect(
             0, interval,
             [&](const measure::Sample& s) {
+                if (board->rangeLux() != loggedRange) {
+                    loggedRange = board->rangeLux();
+                    log.NoteSettings(measure::LogHeader(*board, interval));
+                }
                 log.Append(measure::LogRow(s));
                 // A reading that is no number keeps the last value on show, as the form's live
                 // box does.

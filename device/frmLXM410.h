@@ -10,6 +10,7 @@
 
 #include "acquisition/Conversion.h"
 #include "acquisition/PlotState.h"
+#include "device/parts/AutoRangeBox.h"
 #include "device/parts/Collection.h"
 #include "device/parts/Controls.h"
 #include "device/parts/DeviceFormBase.h"
@@ -107,7 +108,8 @@ public:
     void cmdProx_IR_GotFocus();
     void cmdProx_IR_LostFocus() {}
     std::int32_t ReadDataRegisters();
-    double ConvertToLux(double counts) const;
+    // At the range option rangeIndex; -1: the one selected.
+    double ConvertToLux(double counts, int rangeIndex = -1) const;
 
     // ---- continuous collection (frmLXM410_collect.cpp)
     void cmdCollectData_Click() override;
@@ -164,6 +166,7 @@ public:
     // frGain "AD Sensitivity - Range Select"
     QGroupBox* frGain = nullptr;
     CtlArray<QRadioButton> OptGain;
+    QCheckBox* chkAutoRange = nullptr;
     // frItime "AD Resolution / Integration Time"
     QGroupBox* frItime = nullptr;
     CtlArray<QRadioButton> OptITime;
@@ -348,6 +351,7 @@ private:
     // Under the chart: the single reads and the panels that change with the measurement.
     QVBoxLayout* under_ = nullptr;
     std::unique_ptr<PacedCollection> loop_;
+    std::unique_ptr<AutoRangeBox> autoRange_;
     Doco* doco_ = nullptr;
 };
 

@@ -25,8 +25,8 @@
 namespace lxm {
 
 void frmLXM410::WireCollection() {
-    PacedCollection::Controls c{txtInterval,   txtTime1,         lblLoop_Count,  chart_->Picture1,
-                                kRegisterRows, FrmMeasureDetails, lblReadingFlag};
+    PacedCollection::Controls c{txtInterval,   txtTime1,          lblLoop_Count,  chart_->Picture1,
+                                kRegisterRows, FrmMeasureDetails, lblReadingFlag, autoRange_.get()};
     loop_ = std::make_unique<PacedCollection>(s_, *this, plot, c);
     auto& h = loop_->hooks;
     h.start = [this] { StartCollection(); };
@@ -166,7 +166,7 @@ bool frmLXM410::SamplePass() {
         if (Displayed) PassCountUnshown = true;
         LatestReading = value;
         if (ShowLux) {
-            const double lux = ConvertToLux(value);
+            const double lux = ConvertToLux(value, autoRange_->ConvertingRange(PassStatus, RangeIndex));
             SampleValues[SampleCount] = lux;
             LatestReading = lux;
         }

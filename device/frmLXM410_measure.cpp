@@ -207,8 +207,9 @@ std::int32_t frmLXM410::ReadDataRegisters() {
     return r.value;
 }
 
-double frmLXM410::ConvertToLux(double counts) const {
-    return lxm::ConvertToLux(counts, RangeTable[RangeIndex], RangeScaleDivisor, FullScaleCounts);
+double frmLXM410::ConvertToLux(double counts, int rangeIndex) const {
+    return lxm::ConvertToLux(counts, RangeTable[rangeIndex < 0 ? RangeIndex : rangeIndex], RangeScaleDivisor,
+                             FullScaleCounts);
 }
 
 void frmLXM410::cmdRead_ADC_Click() {

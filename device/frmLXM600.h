@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "acquisition/PlotState.h"
+#include "device/parts/AutoRangeBox.h"
 #include "device/parts/Collection.h"
 #include "device/parts/Controls.h"
 #include "device/parts/DeviceFormBase.h"
@@ -78,6 +79,8 @@ public:
     void cmdAutoScale_Click();
     void cmdRestoreScreen_Click();
     void cmdDrawTrace_Click();
+    // At the range option rangeIndex; -1: the one the form converts at, whatever the chip's.
+    double ConvertToLux(double counts, int rangeIndex = -1) const;
 
     // ---- interrupts and recording (frmLXM600_interrupt.cpp)
     void cmdSampleInternalIntrs_Click();
@@ -118,6 +121,7 @@ public:
     QGroupBox* frmALS = nullptr;
     CtlArray<QRadioButton> OptMMode;
     CtlArray<QRadioButton> OptALSRange;
+    QCheckBox* chkAutoRange = nullptr;
     QCheckBox* chkALSEnable = nullptr;
     QGroupBox* frmProx = nullptr;
     CtlArray<QRadioButton> OptProxDr;
@@ -216,6 +220,7 @@ private:
     PlotState plot_;
     CollectionState run_;
     std::unique_ptr<PacedCollection> loop_;
+    std::unique_ptr<AutoRangeBox> autoRange_;
     int polls_ = 0;
     // A read asked for while the bus was taken, waiting for it (one each at most).
     bool readAdWaiting_ = false;

@@ -57,6 +57,11 @@ void frmLXM600::cmdReadAd_Click() {
     lblMeasurements.at(2)->setText(Trim(AlsIrCount600));
 }
 
+double frmLXM600::ConvertToLux(double counts, int rangeIndex) const {
+    return lxm::ConvertToLux(counts, RangeTable[std::size_t(rangeIndex < 0 ? RangeIndex : rangeIndex)],
+                             RangeScaleDivisor, FullScaleCounts);
+}
+
 // The ALS/IR trace of an ALS measurement is shown in lux.
 bool frmLXM600::AlsSample() const {
     return TraceEnable2 == 255 && OptMMode.at(0)->isChecked();
@@ -104,15 +109,17 @@ bool frmLXM600::SamplePass() {
     const bool proximity = TraceEnable1 == 255;
     const Lxm600Reading r = TakeLxm600Reading(s_.ReadStatusByte == 3, std::uint8_t(ProxCount600),
                                               std::uint8_t(AlsIrCount600 & 0xFF), std::uint8_t(AlsIrCount600 >> 8),
-                                              proximity, AlsSample(), RangeTable[std::size_t(RangeIndex)],
-                                              s_.clock.Micros() - s_.comm().LastWriteUs(1));
+                                              proximity, s_.clock.Micros() - s_.comm().LastWriteUs(1));
+    double value = r.raw;
+    // Auto Range converts at the range the chip is set to, which it changes.
+    if (AlsSample()) value = ConvertToLux(r.raw, autoRange_->ConvertingRange(r.status, RangeIndex));
     auto& trace = proximity ? run_.SampleValues : run_.SampleValues2;
-    trace[std::size_t(run_.SampleCount)] = r.value;
+    trace[std::size_t(run_.SampleCount)] = value;
     lastLow_ = std::uint8_t(r.raw & 0xFF);
     lastHigh_ = std::uint8_t(r.raw >> 8);
     run_.PassStatus = r.status;
     if (run_.Displayed) unshown_ = PassCounts{r.raw, ProxCount600, AlsIrCount600};
-    run_.LatestReading = r.value;
+    run_.LatestReading = value;
     FrmMeasureDetails->UpdateCount(run_, r.raw, lastLow_, lastHigh_);
     // A sample of the interrupt line asked for during the run is taken here, between reads.
     interruptSampler().Pass(false);

@@ -124,10 +124,18 @@ void frmLXM600::BuildLayout() {
     MakeOptionArray(mmode, OptMMode, {{0, "ALS"}, {1, "IR"}}, 2);
     auto* range = new QGroupBox(QStringLiteral("Range"), frmALS);
     MakeOptionArray(range, OptALSRange, {{0, "2000 Lux"}, {1, "125 Lux"}}, 2);
+    autoRange_ = std::make_unique<AutoRangeBox>(
+        AutoRangeBox::Form{RangeTable, &OptALSRange, [this](int i) { OptALSRange_Click(i); },
+                           [this]() -> std::optional<AutoRangeBox::Reading> {
+                               if (!AlsSample()) return std::nullopt;
+                               return AutoRangeBox::Reading{AlsIrCount600, kLxm600FullScale, run_.PassStatus};
+                           }});
+    chkAutoRange = autoRange_->chkAutoRange;
     chkALSEnable = Check(frmALS, QStringLiteral("ALS / IR Enable"));
     ag->addWidget(mmode, 0, 0);
     ag->addWidget(range, 0, 1);
-    ag->addWidget(chkALSEnable, 1, 0, 1, 2);
+    ag->addWidget(chkALSEnable, 1, 0);
+    ag->addWidget(chkAutoRange, 1, 1);
     cols.column(2)->addWidget(frmALS);
 
     frmProx = new QGroupBox(QStringLiteral("Proximity"), this);

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "acquisition/AutoRange.h"
 #include "acquisition/Conversion.h"
 #include "acquisition/Readings.h"
 #include "acquisition/SensorFields.h"
@@ -257,8 +258,15 @@ int Board::rangeLux() const {
     return IsFamily() ? kFamilyRangesLux[std::size_t(rangeIndex_)] : kLxm600RangesLux[std::size_t(rangeIndex_)];
 }
 
+int Board::LuxRangeAt(int index) const {
+    // The multi-function form converts at its first range whichever is set, unless Auto Range
+    // steps it.
+    if (!IsFamily()) return kLxm600RangesLux[std::size_t(autoRange_ ? index : 0)];
+    return kFamilyRangesLux[std::size_t(index)];
+}
+
 int Board::luxRangeLux() const {
-    return IsFamily() ? rangeLux() : kLxm600RangesLux[0];
+    return LuxRangeAt(rangeIndex_);
 }
 
 int Board::resolutionBits() const {
@@ -279,6 +287,8 @@ int Board::DefaultIntervalMs() const {
 
 void Board::SetRange(int lux) {
     std::lock_guard lock(mutex_);
+    // The conversion under way is dropped; the last one that ended stays in the data registers.
+    if (clock_.Micros() - conversionStartUs_ >= ConversionUs()) convertedRangeIndex_ = rangeIndex_;
     if (IsFamily()) {
         const auto i = IndexOf(kFamilyRangesLux, lux);
         if (!i) BadValue(QStringLiteral("Range %1 lux is not one of %2").arg(lux).arg(Choices(kFamilyRangesLux)));
@@ -375,23 +385,29 @@ void Board::SetThresholds(std::int32_t low, std::int32_t high) {
     WriteLocked(kFamilyThresholds, {lo.low, lo.high, hi.low, hi.high});
 }
 
+std::int64_t Board::ConversionUs() const {
+    return IsFamily() ? ConversionMicros(resolutionBits()) : kLxm600ConversionUs;
+}
+
 Reading Board::Convert(const Reply& reply, std::int64_t readUs) {
     Reading r;
     r.lux = luxMeasure();
     const bool prox = Choice(measure_).prox;
+    const Resolution& res = kFamilyResolutions[std::size_t(resolutionIndex_)];
     if (IsFamily()) {
-        const Resolution& res = kFamilyResolutions[std::size_t(resolutionIndex_)];
         r.raw = InterpretData(reply.bytes[1], reply.bytes[2], prox, proxScheme_, res.bits, res.countMax).value;
-        const bool early = readUs - conversionStartUs_ < ConversionMicros(res.bits);
+        const bool early = readUs - conversionStartUs_ < ConversionUs();
         r.status = FamilyCountStatus(reply.ok, r.raw, prox && proxScheme_ == 1, res.bits, early);
-        r.value = r.lux ? ConvertToLux(r.raw, rangeLux(), 500000, res.fullScale) : double(r.raw);
     } else {
-        const Lxm600Reading m = TakeLxm600Reading(reply.ok, reply.bytes[1], reply.bytes[2], reply.bytes[3], prox,
-                                                  r.lux, luxRangeLux(), readUs - conversionStartUs_);
+        const Lxm600Reading m =
+            TakeLxm600Reading(reply.ok, reply.bytes[1], reply.bytes[2], reply.bytes[3], prox, readUs - conversionStartUs_);
         r.raw = m.raw;
-        r.value = m.value;
         r.status = m.status;
     }
+    // An early reading is the result of a conversion made before the latest range change.
+    if (r.status == SampleStatus::Ok || r.status == SampleStatus::Saturated) convertedRangeIndex_ = rangeIndex_;
+    const std::int32_t fullScale = IsFamily() ? res.fullScale : kLxm600FullScale;
+    r.value = r.lux ? ConvertToLux(r.raw, LuxRangeAt(convertedRangeIndex_), 500000, fullScale) : double(r.raw);
     return Finished(r);
 }
 
@@ -468,6 +484,8 @@ void Board::Collect(std::int64_t n, int intervalMs, const std::function<bool(con
     const std::int64_t startUs = clock_.Micros();
     std::int64_t deadlineUs = startUs + std::int64_t(intervalMs) * 1000;
     const bool paced = continuous();
+    AutoRange decide(IsFamily() ? std::span<const std::int32_t>(kFamilyRangesLux)
+                                : std::span<const std::int32_t>(kLxm600RangesLux));
     for (std::int64_t i = 0; n <= 0 || i < n; ++i) {
         if (paced)
             if (const auto until = PaceSleepUntil(clock_.Micros(), deadlineUs)) WaitMicros(*until - clock_.Micros());
@@ -480,7 +498,13 @@ void Board::Collect(std::int64_t n, int intervalMs, const std::function<bool(con
         s.seconds = double(now - startUs) / 1e6;
         deadlineUs = now + std::int64_t(intervalMs) * 1000;
         if (!sink(s)) break;
+        if (autoRange_ && luxMeasure()) StepRange(s.reading, decide);
     }
+}
+
+void Board::StepRange(const Reading& r, AutoRange& decide) {
+    const std::int64_t top = IsFamily() ? TopCount(resolutionBits()) : kLxm600FullScale;
+    if (const auto to = decide.Next(r.raw, top, r.status, rangeIndex_)) SetRange(decide.lux(*to));
 }
 
 }  // namespace lxm::measure

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "acquisition/AutoRange.h"
 #include "acquisition/SampleStatus.h"
 #include "core/Seams.h"
 #include "transport/BoardPlace.h"
@@ -103,7 +104,7 @@ public:
     bool luxMeasure() const;
     bool dualMeasure() const { return IsFamily() && measureIndex_ == 4; }
     // The range lux are converted at. The multi-function chip's are converted at its first range
-    // whichever is set, as its device form shows them.
+    // whichever is set, unless auto-range steps it, as its device form shows them.
     int luxRangeLux() const;
     // The collection interval the resolution suggests, in milliseconds.
     int DefaultIntervalMs() const;
@@ -118,6 +119,11 @@ public:
     // says no.
     void Collect(std::int64_t n, int intervalMs, const std::function<bool(const Sample&)>& sink,
                  const std::function<bool()>& keepWaiting = {});
+    // With auto-range on, a collection of ALS readings steps the range after a sample when the
+    // reading nears the top of the scale or has stayed low (see AutoRange); the sample after a
+    // step is the first under the new range, and rangeLux() says which.
+    void SetAutoRange(bool on) { autoRange_ = on; }
+    bool autoRange() const { return autoRange_; }
 
     // Takes the board again after it went away (the driver offers it anew) and writes its
     // operating registers back. Throws Error(NoBoard) when it is not back.
@@ -150,6 +156,10 @@ private:
     // A wait inside a collection or a reading: cut into slices during a collection, whose
     // keepWaiting can end it.
     void WaitMicros(std::int64_t us);
+    std::int64_t ConversionUs() const;
+    void StepRange(const Reading& r, AutoRange& decide);
+    // The full scale lux are converted at when the chip converted at range `index`.
+    int LuxRangeAt(int index) const;
     bool IsFamily() const { return sensor_ != "LXM600"; }
 
     UsbDriver& driver_;
@@ -168,6 +178,9 @@ private:
     std::string measure_ = "power-down";
     int measureIndex_ = 0;
     int rangeIndex_ = 0;
+    // The range of the latest conversion that ended: an early reading holds its result.
+    int convertedRangeIndex_ = 0;
+    bool autoRange_ = false;
     int resolutionIndex_ = 1;
     int proxScheme_ = 0;  // family: 1 reads proximity as two's complement
     std::int32_t irBefore_ = 0, irAfter_ = 0;  // the dual mode's last IR readings

@@ -47,7 +47,8 @@ struct SceneKind {
 constexpr SceneKind kSceneKinds[] = {{"steady", sim::LightScene::Kind::Steady},
                                      {"sine", sim::LightScene::Kind::Sine},
                                      {"steps", sim::LightScene::Kind::Steps},
-                                     {"noise", sim::LightScene::Kind::Noise}};
+                                     {"noise", sim::LightScene::Kind::Noise},
+                                     {"ramp", sim::LightScene::Kind::Ramp}};
 
 // The simulated board's bench: the light at the sensor and the cable.
 class Bench {
