@@ -14,6 +14,7 @@
 
 #include "app/CommandLine.h"
 #include "app/CoreCollect.h"
+#include "app/FormBoards.h"
 #include "app/HeadlessScript.h"
 
 #include "app/SimulatorPanel.h"
@@ -21,6 +22,7 @@
 #include "app/frmStartup.h"
 #include "core/Seams.h"
 #include "simboard/SimBoard.h"
+#include "simboard/SimBus.h"
 #include "simboard/SimDriver.h"
 #include "transport/Session.h"
 #include "transport/BoardPlace.h"
@@ -63,6 +65,49 @@ Board OpenBoard(const lxm::CommandLine& cl, lxm::Clock& clock, std::optional<std
     b.simDriver = sim.get();
     b.driver = std::move(sim);
     return b;
+}
+
+// The simulated boards on one bus, as real ones on the USB: the window takes the first, and each
+// further device form one the program adds, with a panel of its own, at the next address.
+struct SimulatedBus {
+    struct Extra {  // made in this order, gone in the reverse
+        std::unique_ptr<lxm::sim::SimBoard> board;
+        std::unique_ptr<lxm::sim::SimDriver> driver;
+        std::unique_ptr<lxm::SimulatorPanel> panel;
+    };
+    lxm::sim::SimBus bus;
+    std::vector<std::unique_ptr<Extra>> extra;
+
+    lxm::BoardPlace Add(const lxm::CommandLine& cl, lxm::Clock& clock) {
+        auto e = std::make_unique<Extra>();
+        e->board = std::make_unique<lxm::sim::SimBoard>(clock);
+        lxm::ApplyBench(cl.bench, *e->board);
+        e->board->controller().SetWireLogCapacity(0);
+        e->driver = std::make_unique<lxm::sim::SimDriver>(*e->board);
+        e->driver->SetLatencyMicros(1000);
+        const lxm::BoardPlace place{1, 3 + int(extra.size())};
+        e->driver->SetPlace(place.bus, place.port);
+        e->panel = std::make_unique<lxm::SimulatorPanel>(*e->driver);
+        e->panel->setWindowTitle(e->panel->windowTitle() +
+                                 QStringLiteral(" %1").arg(QString::fromStdString(place.Text())));
+        e->panel->show();
+        bus.Add(*e->driver);
+        extra.push_back(std::move(e));
+        return place;
+    }
+};
+
+// The board of one more device form: the free one at place, taken alone; without one, a new
+// simulated board (a real USB has none to offer then).
+lxm::FormBoards::Maker MakeFormBoard(const lxm::CommandLine& cl, lxm::Clock& clock, lxm::UsbDriver& all,
+                                     SimulatedBus* sims) {
+    return [&cl, &clock, &all, sims](std::optional<lxm::BoardPlace> place, const std::string& type) {
+        if (!place && !sims) return lxm::FormBoards::Made{};
+        if (!place) place = sims->Add(cl, clock);
+        if (lxm::sim::SimDriver* d = sims ? sims->bus.At(place->bus, place->port) : nullptr)
+            d->board().CarryForType(type);
+        return lxm::FormBoards::TakeAlone(all, place);
+    };
 }
 
 // Runs a script with no window at all: a core application serves the driver's notifications.
@@ -161,7 +206,28 @@ int main(int argc, char** argv) {
         app.installEventFilter(simMenu.get());
     }
 
-    lxm::Session session(*board.driver, messages, files, clock);
+    // The window's board, taken alone beside any others on the bus.
+    std::unique_ptr<SimulatedBus> sims;
+    std::unique_ptr<lxm::OneBoardDriver> simulatedOnly;
+    if (board.simDriver) {
+        sims = std::make_unique<SimulatedBus>();
+        sims->bus.Add(*board.simDriver);
+        simulatedOnly = std::make_unique<lxm::OneBoardDriver>(sims->bus);
+        board.only = simulatedOnly.get();
+    }
+    lxm::Session session(*board.only, messages, files, clock);
+    // Each device form on a board of its own.
+    auto list = [all = sims ? nullptr : board.all.get(), sims = sims.get()] {
+        lxm::FormBoards::BoardList boards;
+        if (!all) return lxm::FormBoards::OnBus(sims->bus);
+        for (const auto& b : lxm::usb::ListBoards())
+            boards.emplace_back(lxm::BoardPlace{b.bus, b.port}, QString::fromStdString(b.problem));
+        return boards;
+    };
+    lxm::FormBoards formBoards(
+        session, board.only, list,
+        MakeFormBoard(cl, clock, sims ? static_cast<lxm::UsbDriver&>(sims->bus) : *board.all, sims.get()),
+        sims ? QStringLiteral("simulated") : QStringLiteral("board"));
     lxm::frmStartup startup(session, QString::fromStdString(cl.StartupArguments()));
     // The simulated board carries the chip of the type the user picks, so the form finds the
     // chip it expects; a real board carries whatever is soldered on it.
@@ -170,15 +236,7 @@ int main(int argc, char** argv) {
             panel->CarryForType(type);
         };
     if (simPanel) startup.showSimulatedBoard = [panel = simPanel.get()] { panel->Reopen(); };
-    if (board.only) {
-        startup.listBoards = [] {
-            std::vector<std::pair<lxm::BoardPlace, QString>> list;
-            for (const auto& b : lxm::usb::ListBoards())
-                list.emplace_back(lxm::BoardPlace{b.bus, b.port}, QString::fromStdString(b.problem));
-            return list;
-        };
-        startup.chooseBoard = [only = board.only](const lxm::BoardPlace& place) { only->Take(place); };
-    }
+    formBoards.Serve(startup);
     startup.show();
     if (simPanel) {
         // A first guess beside the start-up window; the panel corrects it once the window
