@@ -63,7 +63,7 @@ struct HeadlessCollect : ::testing::Test {
     }
 };
 
-TEST_F(HeadlessCollect, RunsTheAskedSamplesThroughTheFormsOwnSetUp) {
+TEST_F(HeadlessCollect, RunsTheAskedSamplesWithTheAskedSettings) {
     ASSERT_EQ(Run({"--collect", "ir-cont", "--samples", "40", "--resolution", "12", "--interval", "3"}, true),
               0)
         << err;
