@@ -17,7 +17,6 @@
 #include "app/CommandLine.h"
 #include "app/CoreCollect.h"
 #include "app/FormBoards.h"
-#include "app/HeadlessCollect.h"
 #include "app/HeadlessScript.h"
 #include "app/SimulatorPanel.h"
 #include "app/WindowPlacement.h"
@@ -122,21 +121,13 @@ int RunHeadless(int argc, char** argv, const lxm::CommandLine& cl) {
     return lxm::RunScriptHeadless(cl, *board.driver, clock, terminal, stdout, stderr);
 }
 
-// The device form runs its collection unseen: the offscreen platform gives it its widgets
-// without a display.
+// A collection on the measuring core, with no window object at all: a core application serves
+// the driver's notifications.
 int RunCollect(int argc, char** argv, const lxm::CommandLine& cl) {
-    // The measuring core needs no window object at all; a form that still collects unseen gets
-    // the offscreen platform.
-    std::unique_ptr<QCoreApplication> app;
-    if (lxm::CollectsOnCore(cl)) {
-        app = std::make_unique<QCoreApplication>(argc, argv);
-    } else {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        app = std::make_unique<QApplication>(argc, argv);
-    }
+    QCoreApplication app(argc, argv);
     lxm::SteadyClock clock;
     Board board = OpenBoard(cl, clock, cl.sensor.value_or("LXM410"));
-    return lxm::RunCollectHeadless(cl, *board.driver, clock, stderr, ::isatty(STDERR_FILENO) == 1);
+    return lxm::RunCollectOnCore(cl, *board.driver, clock, stderr, ::isatty(STDERR_FILENO) == 1);
 }
 
 // --characterise: the core sweeps the board with no window object; the plot is painted on an

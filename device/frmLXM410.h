@@ -314,6 +314,7 @@ public:
     std::uint8_t ProxMsb = 0, ProxLsb = 0, IrMsb = 0, IrLsb = 0;
     std::int32_t IrBefore = 0, IrAfter = 0, AmbientIr = 0;
     std::int32_t ProxCount = 0, ProxCountSigned = 0, ProxMinusIr = 0;
+    SampleStatus DualStatus = SampleStatus::Ok;  // what the last dual-mode sequence's reading is worth
     std::uint8_t LastLow = 0, LastHigh = 0;  // data bytes of the last reply
     std::int32_t PassCount = 0;              // the count the last pass read, as it is logged
     bool PassCountUnshown = false;           // ... and not yet in its box

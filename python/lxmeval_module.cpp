@@ -141,6 +141,9 @@ py::dict ReadingDict(const measure::Reading& r) {
     d["failed"] = bool(r.flags & measure::kFailed);
     d["saturated"] = bool(r.flags & measure::kSaturated);
     d["early"] = bool(r.flags & measure::kEarly);
+    // The dual mode's parts: the ambient IR and the proximity count it was subtracted from.
+    if (r.ir) d["ir"] = *r.ir;
+    if (r.prox) d["prox"] = *r.prox;
     return d;
 }
 
