@@ -287,6 +287,9 @@ void CharacteriseDialog::ShowResult() {
     tblResults->setRowCount(int(r.rows.size()));
     for (int i = 0; i < int(r.rows.size()); ++i) {
         const characterise::Row& row = r.rows[std::size_t(i)];
+        // A saturated reading stands for at least the top of the scale: a mean over such
+        // readings, and its error, are lower bounds.
+        const QString atLeast = row.saturated > 0 ? QStringLiteral("\u2265 ") : QString();
         const QStringList cells{QString::number(row.setting.rangeLux),
                                 row.setting.resolutionBits ? QStringLiteral("%1 bits").arg(row.setting.resolutionBits)
                                                            : QStringLiteral("fixed"),
@@ -294,14 +297,14 @@ void CharacteriseDialog::ShowResult() {
                                 Figure(row.measuredMs, 2),
                                 Figure(row.fullScaleLux, 0),
                                 Fine(row.luxPerCount),
-                                Figure(row.meanCount, 1),
+                                atLeast + Figure(row.meanCount, 1),
                                 Figure(row.sdCount, 2),
-                                Figure(row.meanLux, 2),
+                                atLeast + Figure(row.meanLux, 2),
                                 Fine(row.sdLux),
                                 Figure(row.peakToPeak, 0),
                                 QString::number(row.saturated),
                                 QStringLiteral("%1 / %2").arg(row.failed).arg(row.early),
-                                row.errorPercent ? Figure(*row.errorPercent, 2) : QString()};
+                                row.errorPercent ? atLeast + Figure(*row.errorPercent, 2) : QString()};
         const bool best = r.complete() && r.best == std::size_t(i);
         for (int c = 0; c < cells.size(); ++c) {
             auto* item = new QTableWidgetItem(c == 0 && best ? cells[c] + QStringLiteral("  (best)") : cells[c]);
@@ -312,7 +315,7 @@ void CharacteriseDialog::ShowResult() {
                 item->setFont(f);
                 item->setBackground(QColor(200, 240, 200));
             }
-            if (c == 11 && row.saturated > 0) item->setForeground(Qt::red);
+            if (row.saturated > 0 && (c == 6 || c == 8 || c == 11 || c == 13)) item->setForeground(Qt::red);
             tblResults->setItem(i, c, item);
         }
     }
