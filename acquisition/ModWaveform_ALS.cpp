@@ -98,9 +98,10 @@ private:
 };
 
 void TraceStep(PictureBox& picture, const QImage& background, TraceRows& rows, const QColor& traceColour,
-               int start) {
+               int start, std::uint8_t* marks) {
     if (start < 404) {
         const QRgb colour = traceColour.rgb();
+        const QRgb markColour = qRgb(150, 150, 150);
         PixelWriter pixels(picture, background);
         for (int k = std::max(start - 1, 0); k <= kTraceLastColumn; ++k) {
             const int x = k;
@@ -113,10 +114,17 @@ void TraceStep(PictureBox& picture, const QImage& background, TraceRows& rows, c
                 const std::int32_t next = rows[k + 2];
                 const std::int32_t paintFrom = std::min({p - 1, incoming, next});
                 const std::int32_t paintTo = std::max({p + 1, incoming, next});
+                const bool wasMarked = marks && marks[k], marked = marks && marks[k + 1];
                 // Erase what this column showed (its old dot and the stroke that joined it to
-                // the point now moving in) where the new run does not cover it, so that each
-                // pixel is written once.
-                if (old != incoming) {
+                // the point now moving in, or a mark's whole line) where the new run does not
+                // cover it, so that each pixel is written once.
+                if (wasMarked && !marked) {
+                    pixels.Restore(x, 0, paintFrom - 1);
+                    pixels.Restore(x, paintTo + 1, INT_MAX / 2);
+                } else if (marked) {
+                    pixels.Fill(x, 0, paintFrom - 1, markColour);
+                    pixels.Fill(x, paintTo + 1, INT_MAX / 2, markColour);
+                } else if (old != incoming) {
                     const std::int32_t eraseFrom = std::min(old, incoming) - 1;
                     const std::int32_t eraseTo = std::max(old, incoming) + 1;
                     pixels.Restore(x, eraseFrom, std::min(eraseTo, paintFrom - 1));
@@ -125,6 +133,7 @@ void TraceStep(PictureBox& picture, const QImage& background, TraceRows& rows, c
                 pixels.Fill(x, paintFrom, paintTo, colour);
             }
             rows[k] = p;
+            if (marks) marks[k] = marks[k + 1];
         }
     }
     picture.Refresh();
@@ -149,12 +158,14 @@ void RestoreGraphBackground(PictureBox& picture, const PlotState& state) {
     picture.Refresh();
 }
 
-void ScrollTrace(PictureBox& picture, PlotState& state, int start) {
-    TraceStep(picture, state.GraphBackground, state.TracePixels, state.TraceColour, start);
+void ScrollTrace(PictureBox& picture, PlotState& state, int start, bool withMarks) {
+    TraceStep(picture, state.GraphBackground, state.TracePixels, state.TraceColour, start,
+              withMarks ? state.TraceMarks.data() : nullptr);
 }
 
-void ScrollTrace2(PictureBox& picture, PlotState& state, int start) {
-    TraceStep(picture, state.GraphBackground, state.TracePixels2, state.TraceColour, start);
+void ScrollTrace2(PictureBox& picture, PlotState& state, int start, bool withMarks) {
+    TraceStep(picture, state.GraphBackground, state.TracePixels2, state.TraceColour, start,
+              withMarks ? state.TraceMarks.data() : nullptr);
 }
 
 void PlotDots(PictureBox& picture, const TraceRows& rows) {

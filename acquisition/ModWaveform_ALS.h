@@ -19,10 +19,11 @@ constexpr int kTraceLastColumn = 402;
 // One scroll-and-draw step of TracePixels in TraceColour: columns start-1 .. 402 take over
 // the row of their right-hand neighbour. Only pixels that change are written (the erased
 // span, a three-pixel dot and the stroke joining the next point) and the picture is repainted
-// once. A start of 404 or more only repaints.
-void ScrollTrace(PictureBox& picture, PlotState& state, int start);
+// once. A start of 404 or more only repaints. withMarks: TraceMarks scroll with it, a marked
+// column a grey line the height of the picture under the trace.
+void ScrollTrace(PictureBox& picture, PlotState& state, int start, bool withMarks = false);
 // The same step on the second trace, TracePixels2.
-void ScrollTrace2(PictureBox& picture, PlotState& state, int start);
+void ScrollTrace2(PictureBox& picture, PlotState& state, int start, bool withMarks = false);
 
 // Red three-pixel dots at (x, rows[x]) from the right edge to the left, repainting every 25
 // columns so the plot shows as it grows.

@@ -33,6 +33,8 @@ struct PlotState {
 
     TraceRows TracePixels = FilledRows();
     TraceRows TracePixels2 = FilledRows();
+    // Columns where the range changed: a vertical line, scrolled with the trace.
+    std::array<std::uint8_t, kTracePoints> TraceMarks{};
     std::int32_t TraceStart = kTraceNewest;
     QColor TraceColour{255, 0, 0};
 

@@ -21,10 +21,12 @@ constexpr std::int64_t TopCount(int bits) {
     return bits <= 0 ? 0 : bits >= 62 ? INT64_MAX : (std::int64_t(1) << bits) - 1;
 }
 
-// How long the family chip takes to convert at a resolution: 2^bits periods of 1.5 us,
-// about 100 ms at 16 bits and 6 ms at 12.
+// How long the family chip takes to convert at a resolution: 100 ms at 16 bits (a whole number
+// of mains ripple periods), halved with every bit less: 6.25 ms at 12, 390 us at 8, 24 us at 4.
+// A one-shot read that waits less than the chip converts finds the previous result, so this is
+// the chip's own figure, not a rounder one.
 constexpr std::int64_t ConversionMicros(int bits) {
-    return bits <= 0 ? 0 : (std::int64_t(1) << (bits > 30 ? 30 : bits)) * 3 / 2;
+    return bits <= 0 ? 0 : bits >= 16 ? std::int64_t(100'000) << (bits > 30 ? 14 : bits - 16) : 100'000 >> (16 - bits);
 }
 
 // A read takes two bulk transfers of at least one USB frame each: a one-shot read that waits

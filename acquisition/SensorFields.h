@@ -106,6 +106,12 @@ inline constexpr BitField kLxm600ProxFlag{2, 0x80, BitField::Kind::Check};
 inline constexpr std::array<std::int32_t, 2> kLxm600RangesLux{2000, 125};
 inline constexpr std::int32_t kLxm600FullScale = 4095;
 inline constexpr std::int64_t kLxm600ConversionUs = 25'000;
+// A proximity measurement of the LXM600: its LED pulse and the 8-bit conversion.
+inline constexpr std::int64_t kLxm600ProxConversionUs = 500;
+inline constexpr std::int32_t kLxm600ProxFullScale = 255;
+// The LXM600 sleeps between proximity measurements as its sleep field says (index 0 first).
+inline constexpr std::array<std::int64_t, 8> kLxm600ProxSleepUs{800'000, 400'000, 200'000, 100'000,
+                                                                75'000,  50'000,  12'500,  0};
 inline constexpr std::array<std::uint8_t, 16> kLxm600Image{0xA0, 0x00, 0x00, 0x00, 0xFF, 0x00, 0xF0, 0xFF,
                                                            0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00};
 

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <functional>
 
+#include "app/CharacteriseCommand.h"
 #include "simboard/SimBoard.h"
 
 namespace lxm {
@@ -135,7 +136,17 @@ constexpr BenchNumber kBenchNumbers[] = {
     {"--distance", "the object's distance in mm (0: none)", 0, 1000, &BenchOptions::distanceMm},
     {"--glass", "the cover glass's transmission in percent", 1, 100, &BenchOptions::glassPercent},
     {"--temperature", "the temperature in degrees C", -40, 85, &BenchOptions::temperatureC},
+    {"--period", "the scene's period in seconds", 0, 86400, &BenchOptions::periodS},
+    {"--depth", "the scene's swing in percent", 0, 100, &BenchOptions::depthPercent},
 };
+
+// The light's variation over time, by the names --scene takes.
+constexpr std::pair<const char*, sim::LightScene::Kind> kScenes[] = {
+    {"steady", sim::LightScene::Kind::Steady},
+    {"sine", sim::LightScene::Kind::Sine},
+    {"steps", sim::LightScene::Kind::Steps},
+    {"noise", sim::LightScene::Kind::Noise},
+    {"ramp", sim::LightScene::Kind::Ramp}};
 
 std::string SourceList() {
     std::string list;
@@ -151,7 +162,7 @@ bool ParseBench(const std::string& arg, const std::function<std::optional<std::s
         std::string s = std::to_string(v);
         return s.substr(0, s.find('.'));
     };
-    bool known = arg == "--source" || arg == "--seed" || arg == "--ideal";
+    bool known = arg == "--source" || arg == "--seed" || arg == "--ideal" || arg == "--scene";
     for (const BenchNumber& n : kBenchNumbers) {
         if (arg != n.option) continue;
         known = true;
@@ -180,6 +191,12 @@ bool ParseBench(const std::string& arg, const std::function<std::optional<std::s
     } else if (arg == "--ideal") {
         if (inlineValue) error = "option --ideal takes no value";
         bench.ideal = true;
+    } else if (arg == "--scene") {
+        const std::optional<std::string> v = value();
+        bench.scene.reset();
+        for (const auto& [name, kind] : kScenes)
+            if (v == name) bench.scene = int(kind);
+        if (!bench.scene) error = "option --scene needs steady, sine, steps, noise or ramp" + Quoted(v);
     }
     if (bench.firstGiven.empty()) bench.firstGiven = arg;
     return true;
@@ -210,6 +227,11 @@ std::string CheckCollect(const CommandLine& cl, const CollectOptions& c, const s
     if (c.type->proximity && sensor == "LXM470")
         return std::string("the LXM470 has no proximity sensor: --collect ") + c.type->name +
                " needs another --sensor";
+    if (c.autoRange && !c.type->lux)
+        return std::string(
+                   "--auto-range steps the range of lux readings: it needs --collect als or "
+                   "als-cont, not ") +
+               c.type->name;
     return "";
 }
 
@@ -226,6 +248,9 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
     const bool plotting = std::any_of(args.begin(), args.end(), [](const std::string& a) {
         return a == "--plot" || a.rfind("--plot=", 0) == 0;
     });
+    // --output names the folder of --characterise.
+    const bool characterising = std::find(args.begin(), args.end(), "--characterise") != args.end();
+    std::string characteriseOnly;  // the first option given that only --characterise takes
     for (std::size_t i = 0; i < args.size(); ++i) {
         std::string arg = args[i];
         std::optional<std::string> inlineValue;
@@ -311,7 +336,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
                 cl.error = "option --output needs the name of the CSV file";
             else
                 collect.output = *v;
-            if (collectOnly.empty() && !plotting) collectOnly = arg;
+            if (collectOnly.empty() && !plotting && !characterising) collectOnly = arg;
         } else if (arg == "--interval") {
             std::optional<std::string> v = value();
             std::optional<int> n = v ? ParseWhole(*v, 0, kMaxCollectIntervalMs) : std::nullopt;
@@ -356,7 +381,12 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
             else
                 collect.resolutionBits = *n;
             if (collectOnly.empty()) collectOnly = arg;
+        } else if (arg == "--auto-range") {
+            if (inlineValue) cl.error = "option --auto-range takes no value";
+            collect.autoRange = true;
+            if (collectOnly.empty()) collectOnly = arg;
         } else if (ParseBench(arg, value, inlineValue, cl.bench, cl.error)) {
+        } else if (ParseCharacteriseOption(arg, value, inlineValue, cl, characteriseOnly)) {
         } else if (arg == "--view" || arg == "--plot") {
             if (cl.view) cl.error = "--view and --plot cannot run together, nor either twice: give one of them";
             ViewOptions& view = cl.view.emplace();
@@ -401,6 +431,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& args) {
         cl.view->title = titleText;
         if (!cl.error.empty()) return cl;
     }
+    if ((cl.error = CheckCharacterise(cl, characterising, collect.output, characteriseOnly)) != "") return cl;
     if (cl.collect) {
         collect.type = cl.collect->type;
         cl.collect = collect;
@@ -418,6 +449,9 @@ void ApplyBench(const BenchOptions& b, sim::SimBoard& board) {
     s.temperatureC = b.temperatureC.value_or(s.temperatureC);
     if (b.source) s.source = *sim::SourceNamed(*b.source);
     s.ideal = s.ideal || b.ideal;
+    if (b.scene) s.kind = sim::LightScene::Kind(*b.scene);
+    s.periodS = b.periodS.value_or(s.periodS);
+    if (b.depthPercent) s.depth = *b.depthPercent / 100;
 }
 
 std::string HelpText() {
@@ -435,7 +469,9 @@ std::string HelpText() {
            "       lxmeval --script FILE [--loops N] [--abort-on-fail] [--simulate] [--sensor NAME]\n"
            "       lxmeval --collect TYPE --output FILE.csv [--sensor NAME] [--interval MS]\n"
            "               [--samples N | --duration SECONDS] [--range LUX]\n"
-           "               [--resolution BITS] [--simulate]\n"
+           "               [--resolution BITS] [--auto-range] [--simulate]\n"
+           "       lxmeval --characterise --output DIR [--measure als|ir|prox] [--readings N]\n"
+           "               [--reference LUX] [--sensor NAME] [--simulate]\n"
            "       lxmeval --view FILE...\n"
            "       lxmeval --plot FILE... --output PICTURE.png|PICTURE.svg [--title TEXT]\n"
            "Velmarin ALS / Proximity Evaluation Software: evaluates ambient-light, infrared and\n"
@@ -485,6 +521,9 @@ std::string HelpText() {
            "                     range is set, so at 125 use the raw counts)\n"
            "  --resolution BITS  ADC resolution: 16, 12, 8 or 4 (not for the LXM600, fixed at\n"
            "                     12 bits)\n"
+           "  --auto-range       als and als-cont: the range follows the light, one step up\n"
+           "                     when a reading reaches 90 % of the scale, one down after three\n"
+           "                     under 5 %; each step is a \"# range\" line in the log\n"
            "\n"
            "The simulated board's bench (with --simulate; the default is an office: 300 lux of\n"
            "white LED light, an object at 60 mm, no cover glass, 25 C, the chip's noise on):\n"
@@ -496,10 +535,17 @@ std::string HelpText() {
            "  --temperature C    the chip's temperature, -40 to 85\n"
            "  --seed N           the noise's seed, 0 to 4294967295: the same seed, the same run\n"
            "  --ideal            the noise-free chip: counts follow the light exactly\n"
+           "  --scene NAME       the light's variation: steady (default), sine, steps, noise,\n"
+           "                     or ramp (from --light up to 50000 lux geometrically and back)\n"
+           "  --period SECONDS   the sine's period, the steps' dwell, each way of the ramp\n"
+           "                     (default 4)\n"
+           "  --depth PERCENT    the swing of sine, steps and noise, 0 to 100 (default 60)\n"
            "\n"
            "While collecting, a progress line (samples, rate, elapsed time, last value) goes to\n"
            "standard error when it is a terminal. Ctrl-C or SIGTERM ends the collection with the\n"
            "file complete.\n"
+           "\n" +
+           CharacteriseHelp() +
            "\n"
            "Looking back at runs:\n"
            "  --view FILE...     open logged runs (sample logs, record files) in the run viewer\n"

@@ -40,11 +40,14 @@ struct CollectOptions {
     std::optional<double> durationSeconds;
     std::optional<int> rangeLux;  // one of the sensor's ALS ranges
     std::optional<int> resolutionBits;
+    bool autoRange = false;  // the ALS range follows the light; --range is where it starts
 };
 
 // The simulated board's bench, set from the command line; each only with --simulate.
 struct BenchOptions {
     std::optional<double> lightLux, distanceMm, glassPercent, temperatureC;
+    std::optional<int> scene;  // a sim::LightScene::Kind
+    std::optional<double> periodS, depthPercent;
     std::optional<std::string> source;  // a name of sim::Sources()
     std::optional<std::uint32_t> seed;
     bool ideal = false;
@@ -58,6 +61,15 @@ struct ViewOptions {
     std::vector<std::string> files;
     std::string output;  // the picture, with --plot
     std::optional<std::string> title;
+};
+
+// --characterise: every setting of the sensor measured in the same light, the table, a plot
+// and a report written into a folder.
+struct CharacteriseOptions {
+    std::string measure = "als";  // als, ir or prox
+    int readings = 64;            // per setting
+    std::optional<double> referenceLux;
+    std::string outputDir;
 };
 
 // The program's command line. Parsed before any Qt application object exists, so that
@@ -77,6 +89,7 @@ struct CommandLine {
     std::optional<CollectOptions> collect;
     BenchOptions bench;
     std::optional<ViewOptions> view;
+    std::optional<CharacteriseOptions> characterise;
     // Set when the arguments are wrong; the program prints it and exits with 2.
     std::string error;
 

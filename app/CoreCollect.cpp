@@ -12,23 +12,20 @@ namespace lxm {
 
 namespace {
 constexpr int kExitUnusable = 2;
-
-// The collection types by the family form's measurement option they stand for.
-const char* CoreMeasure(int optMeasure) {
-    static constexpr const char* kNames[8] = {nullptr, "als", "ir", "prox", nullptr, "als-cont", "ir-cont", "prox-cont"};
-    return optMeasure >= 0 && optMeasure < 8 ? kNames[optMeasure] : nullptr;
-}
 }  // namespace
-
-bool CollectsOnCore(const CommandLine& cl) {
-    return cl.collect && cl.collect->type && cl.sensor.value_or("LXM410") != "LXM600" && !cl.collect->type->dual &&
-           CoreMeasure(cl.collect->type->optMeasure);
-}
 
 int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std::FILE* err, bool progress) {
     const CollectOptions& opt = *cl.collect;
     const std::string sensor = cl.sensor.value_or(SensorNames().front());
+    // A log that cannot be created is a bad file, told before the board is touched.
     const QString output = QString::fromLocal8Bit(opt.output.c_str());
+    const QString problem = LogCreationProblem(output);
+    if (!problem.isEmpty()) {
+        Print(err, QStringLiteral("lxmeval: cannot create the log \"%1\": %2. Choose a file in a folder you "
+                                  "may write to.\n")
+                       .arg(output, problem));
+        return kExitUnusable;
+    }
     std::unique_ptr<measure::Board> board;
     int interval = 0;
     try {
@@ -37,10 +34,15 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
         // The resolution first: the measurement and the range go on top of it, as the form
         // sets them.
         if (opt.resolutionBits) board->SetResolution(*opt.resolutionBits);
-        board->SetMeasure(CoreMeasure(opt.type->optMeasure));
+        // The collection types are named as the core's measurements. The multi-function chip
+        // converts continuously while a part is enabled, so a type and its -cont twin set it
+        // up alike.
+        board->SetMeasure(opt.type->name);
         if (opt.rangeLux) board->SetRange(*opt.rangeLux);
+        board->SetAutoRange(opt.autoRange);
         interval = opt.intervalGiven ? opt.intervalMs : board->DefaultIntervalMs();
-        // A one-shot reading waits the interval between its trigger and its read.
+        // A one-shot reading (and each conversion of the dual mode) waits the interval between
+        // its command and its read.
         if (!board->continuous()) board->SetOneShotDelayMs(double(interval));
     } catch (const measure::Error& e) {
         if (e.kind() == measure::Error::Kind::NoBoard)
@@ -49,7 +51,7 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
             Print(err, QStringLiteral("lxmeval: %1\n").arg(QString::fromStdString(e.what())));
         return kExitUnusable;
     }
-    WarnOfEarlyReadings(board->resolutionBits(), opt, err);
+    if (sensor != "LXM600") WarnOfEarlyReadings(board->resolutionBits(), opt, err);
 
     bool logLost = false;
     double latest = 0;
@@ -60,6 +62,8 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
     const SampleLogHeader header = measure::LogHeader(*board, interval);
     if (!log.Open(output, header)) return kExitUnusable;
 
+    // A range the auto-range stepped to is noted before the first row taken under it.
+    int loggedRange = board->rangeLux();
     CollectWatch watcher(clock, opt, err, progress);
     auto goOn = [&] {
         watcher.Tick();
@@ -71,9 +75,14 @@ int RunCollectOnCore(const CommandLine& cl, UsbDriver& driver, Clock& clock, std
         board->Collect(
             0, interval,
             [&](const measure::Sample& s) {
+                if (board->rangeLux() != loggedRange) {
+                    loggedRange = board->rangeLux();
+                    log.NoteSettings(measure::LogHeader(*board, interval));
+                }
                 log.Append(measure::LogRow(s));
-                // A failed reading keeps the last value on show, as the form's live box does.
-                if (s.reading.status != SampleStatus::Failed) latest = s.reading.value;
+                // A reading that is no number keeps the last value on show, as the form's live
+                // box does.
+                if (!std::isnan(s.reading.value)) latest = s.reading.value;
                 watcher.Sample(latest);
                 return goOn();
             },

@@ -115,6 +115,7 @@ void SimulatorPanel::Build() {
     cboScene->addItem(QStringLiteral("Sine"), int(Kind::Sine));
     cboScene->addItem(QStringLiteral("Steps"), int(Kind::Steps));
     cboScene->addItem(QStringLiteral("Noise"), int(Kind::Noise));
+    cboScene->addItem(QStringLiteral("Ramp to 50000 lux"), int(Kind::Ramp));
     spnPeriod = Spin(variation, 600, 1, QStringLiteral(" s"));
     spnPeriod->setMinimum(0.1);
     spnPeriod->setSingleStep(0.5);
@@ -231,7 +232,7 @@ void SimulatorPanel::ApplyScene() {
     // Period and depth mean nothing to a steady light.
     const bool varies = s.kind != Kind::Steady;
     spnPeriod->setEnabled(varies && s.kind != Kind::Noise);
-    spnDepth->setEnabled(varies);
+    spnDepth->setEnabled(varies && s.kind != Kind::Ramp);
 }
 
 void SimulatorPanel::Wire() {

@@ -57,6 +57,7 @@ frmStartup::frmStartup(Session& session, QString commandLine, QWidget* parent)
 }
 
 frmStartup::~frmStartup() {
+    others_.clear();
     lxm410_.reset();
     lxm600_.reset();
     s_.FormGone(this);
@@ -218,9 +219,9 @@ void frmStartup::SelectType(const std::string& type) {
     DoEvents();
 
     if (type == "LXM600")
-        ShowDeviceForm(lxm600_, type);
+        ShowDeviceForm(lxm600_, type, s_);
     else if (!type.empty())
-        ShowDeviceForm(lxm410_, type);
+        ShowDeviceForm(lxm410_, type, s_);
     if (commandLine_.trimmed() != QStringLiteral("/d") && s_.UsbConnected) s_.GpioForm().hide();
     DoEvents();
 }
@@ -231,25 +232,55 @@ BoardSteps frmStartup::Steps() {
 }
 
 template <class Form>
-void frmStartup::ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& type) {
-    s_.SelectedType = type;
-    if (onTypeSelected) onTypeSelected(type);
+void frmStartup::ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& type, Session& s) {
+    s.SelectedType = type;
+    // The window's own simulated board; another form's board is fitted when it is made.
+    if (onTypeSelected && &s == &s_) onTypeSelected(type);
     // The address is set before the form loads: loading programs the chip, and it must reach
     // the sensor at its default address, not whatever was entered before.
-    s_.I2cWriteAddr = std::uint8_t(USB_Comm::HexValue(QStringLiteral("88")));
-    s_.I2cReadAddr = std::uint8_t(s_.I2cWriteAddr + 1);
+    s.I2cWriteAddr = std::uint8_t(USB_Comm::HexValue(QStringLiteral("88")));
+    s.I2cReadAddr = std::uint8_t(s.I2cWriteAddr + 1);
     if (!form) {
-        form = std::make_unique<Form>(s_);
+        form = std::make_unique<Form>(s);
         form->onClosed = [this] { ExitProgram(); };
-        form->boardMenu->SetSteps(Steps());
-        // The start-up window is hidden from now on: its About and report go with the form.
-        form->formMenus->SetAppLinks(
-            {[this] { mnuAbout_Click(); }, [this] { mnuSystemInfo_Click(); }, showSimulatedBoard});
+        // Another form's Board steps are its own session's; the start-up window's act on the
+        // first form's board.
+        BoardSteps steps = &s == &s_ ? Steps() : BoardSteps{};
+        for (const char* t : kTypeNames)
+            if (*t) steps.anotherTypes.emplace_back(t);
+        steps.anotherTypes.emplace_back("LXM600");
+        steps.openAnother = [this](const std::string& t) { OpenAnother(t); };
+        if (onFormMade) onFormMade(*form, s, steps);
+        form->boardMenu->SetSteps(std::move(steps));
+        // The start-up window is hidden from now on: its About and report go with the form. Its
+        // simulated board is the first form's; another form's has a window of its own.
+        form->formMenus->SetAppLinks({[this] { mnuAbout_Click(); }, [this] { mnuSystemInfo_Click(); },
+                                      &s == &s_ ? showSimulatedBoard : std::function<void()>{}});
+        // "Characterise..." is offered the light at this form's own board.
+        form->characterise->bench = [this, &s] { return benchLight ? benchLight(s) : BenchLight{}; };
         form->Form_Load();
     }
     AddressEntry(*form)->setText(QStringLiteral("88"));
     form->show();
     hide();
+}
+
+template <class Form>
+void frmStartup::ShowOtherForm(const std::string& type, Session& s) {
+    std::unique_ptr<Form> form;
+    ShowDeviceForm(form, type, s);
+    others_.push_back(std::move(form));
+}
+
+void frmStartup::OpenAnother(const std::string& type) {
+    Session* s = anotherBoard ? anotherBoard(type) : nullptr;
+    if (!s) return;
+    s->SessionOpen = true;
+    s->GpioForm().hide();
+    if (type == "LXM600")
+        ShowOtherForm<frmLXM600>(type, *s);
+    else
+        ShowOtherForm<frmLXM410>(type, *s);
 }
 
 void frmStartup::Command1_Click() {

@@ -4,9 +4,11 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "core/ActiveForm.h"
 #include "device/BoardMenu.h"
+#include "device/parts/CharacteriseDialog.h"
 
 class QComboBox;
 class QLabel;
@@ -19,6 +21,7 @@ namespace lxm {
 
 class Session;
 class frmLXM410;
+class DeviceFormBase;
 struct BoardSteps;
 class frmLXM600;
 class frmAbout2;
@@ -60,9 +63,20 @@ public:
     std::function<void(const std::string&)> onTypeSelected;
     // Brings back the simulated board's window; empty on a real board.
     std::function<void()> showSimulatedBoard;
+    // The light at the sensor of a form's board for "Characterise...", known on a simulated board.
+    std::function<BenchLight(Session&)> benchLight;
     // The Board menu's choice among several attached boards (set by the program for a real USB).
     decltype(BoardSteps::listBoards) listBoards;
     decltype(BoardSteps::chooseBoard) chooseBoard;
+    // "Board > New Window on Another Board": a session of its own on a board no form talks to
+    // yet, made by the program; nullptr when there is none (the program has said why).
+    std::function<Session*(const std::string& type)> anotherBoard;
+    // Each device form as it is made, with its session and the steps of its Board menu, which
+    // the program completes with the choice among the boards.
+    std::function<void(DeviceFormBase&, Session&, BoardSteps&)> onFormMade;
+    // A device form of type on another board, beside those already open.
+    void OpenAnother(const std::string& type);
+    const std::vector<std::unique_ptr<DeviceFormBase>>& OtherForms() const { return others_; }
     // Where ExitProgram ends the program; the application quits by default.
     std::function<void()> onExit;
 
@@ -100,13 +114,18 @@ private:
     // The selection steps shared by the list and the menu; type "" selects nothing.
     void SelectType(const std::string& type);
     template <class Form>
-    void ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& type);
+    void ShowDeviceForm(std::unique_ptr<Form>& form, const std::string& type, Session& s);
+    template <class Form>
+    void ShowOtherForm(const std::string& type, Session& s);
 
     Session& s_;
     QString commandLine_;
     std::unique_ptr<frmLXM410> lxm410_;
     std::unique_ptr<frmLXM600> lxm600_;
     std::unique_ptr<frmAbout2> about_;
+    // Forms on boards of their own, each on its own session; they outlive their closing (the
+    // program's sessions go after them).
+    std::vector<std::unique_ptr<DeviceFormBase>> others_;
     bool selecting_ = false;
     QTimer* hintTimer_ = nullptr;
 };

@@ -5,6 +5,7 @@
 #include <unistd.h>
 #include <QApplication>
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QTimer>
 #include <cstdio>
 #include <memory>
@@ -12,18 +13,20 @@
 #include <string>
 #include <vector>
 
+#include "app/CharacteriseCommand.h"
 #include "app/CommandLine.h"
 #include "app/CoreCollect.h"
-#include "app/HeadlessCollect.h"
+#include "app/FormBoards.h"
 #include "app/HeadlessScript.h"
-
 #include "app/SimulatorPanel.h"
 #include "app/WindowPlacement.h"
 #include "app/frmStartup.h"
 #include "core/Seams.h"
 #include "simboard/SimBoard.h"
+#include "simboard/SimBus.h"
 #include "simboard/SimDriver.h"
 #include "transport/Session.h"
+#include "transport/generic_usb_lib.h"
 #include "transport/BoardPlace.h"
 #include "transport/libusb/BoardList.h"
 #include "transport/libusb/LibusbDriver.h"
@@ -66,6 +69,49 @@ Board OpenBoard(const lxm::CommandLine& cl, lxm::Clock& clock, std::optional<std
     return b;
 }
 
+// The simulated boards on one bus, as real ones on the USB: the window takes the first, and each
+// further device form one the program adds, with a panel of its own, at the next address.
+struct SimulatedBus {
+    struct Extra {  // made in this order, gone in the reverse
+        std::unique_ptr<lxm::sim::SimBoard> board;
+        std::unique_ptr<lxm::sim::SimDriver> driver;
+        std::unique_ptr<lxm::SimulatorPanel> panel;
+    };
+    lxm::sim::SimBus bus;
+    std::vector<std::unique_ptr<Extra>> extra;
+
+    lxm::BoardPlace Add(const lxm::CommandLine& cl, lxm::Clock& clock) {
+        auto e = std::make_unique<Extra>();
+        e->board = std::make_unique<lxm::sim::SimBoard>(clock);
+        lxm::ApplyBench(cl.bench, *e->board);
+        e->board->controller().SetWireLogCapacity(0);
+        e->driver = std::make_unique<lxm::sim::SimDriver>(*e->board);
+        e->driver->SetLatencyMicros(1000);
+        const lxm::BoardPlace place{1, 3 + int(extra.size())};
+        e->driver->SetPlace(place.bus, place.port);
+        e->panel = std::make_unique<lxm::SimulatorPanel>(*e->driver);
+        e->panel->setWindowTitle(e->panel->windowTitle() +
+                                 QStringLiteral(" %1").arg(QString::fromStdString(place.Text())));
+        e->panel->show();
+        bus.Add(*e->driver);
+        extra.push_back(std::move(e));
+        return place;
+    }
+};
+
+// The board of one more device form: the free one at place, taken alone; without one, a new
+// simulated board (a real USB has none to offer then).
+lxm::FormBoards::Maker MakeFormBoard(const lxm::CommandLine& cl, lxm::Clock& clock, lxm::UsbDriver& all,
+                                     SimulatedBus* sims) {
+    return [&cl, &clock, &all, sims](std::optional<lxm::BoardPlace> place, const std::string& type) {
+        if (!place && !sims) return lxm::FormBoards::Made{};
+        if (!place) place = sims->Add(cl, clock);
+        if (lxm::sim::SimDriver* d = sims ? sims->bus.At(place->bus, place->port) : nullptr)
+            d->board().CarryForType(type);
+        return lxm::FormBoards::TakeAlone(all, place);
+    };
+}
+
 // Runs a script with no window at all: a core application serves the driver's notifications.
 int RunHeadless(int argc, char** argv, const lxm::CommandLine& cl) {
     QCoreApplication app(argc, argv);
@@ -75,21 +121,24 @@ int RunHeadless(int argc, char** argv, const lxm::CommandLine& cl) {
     return lxm::RunScriptHeadless(cl, *board.driver, clock, terminal, stdout, stderr);
 }
 
-// The device form runs its collection unseen: the offscreen platform gives it its widgets
-// without a display.
+// A collection on the measuring core, with no window object at all: a core application serves
+// the driver's notifications.
 int RunCollect(int argc, char** argv, const lxm::CommandLine& cl) {
-    // The measuring core needs no window object at all; a form that still collects unseen gets
-    // the offscreen platform.
-    std::unique_ptr<QCoreApplication> app;
-    if (lxm::CollectsOnCore(cl)) {
-        app = std::make_unique<QCoreApplication>(argc, argv);
-    } else {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        app = std::make_unique<QApplication>(argc, argv);
-    }
+    QCoreApplication app(argc, argv);
     lxm::SteadyClock clock;
     Board board = OpenBoard(cl, clock, cl.sensor.value_or("LXM410"));
-    return lxm::RunCollectHeadless(cl, *board.driver, clock, stderr, ::isatty(STDERR_FILENO) == 1);
+    return lxm::RunCollectOnCore(cl, *board.driver, clock, stderr, ::isatty(STDERR_FILENO) == 1);
+}
+
+// --characterise: the core sweeps the board with no window object; the plot is painted on an
+// image, whose text needs a platform: the offscreen one, so no display is needed.
+int RunCharacteriseCommand(int argc, char** argv, const lxm::CommandLine& cl) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    lxm::SteadyClock clock;
+    Board board = OpenBoard(cl, clock, cl.sensor.value_or("LXM410"));
+    const QString scene = board.simulated ? lxm::SceneText(board.simulated->scene()) : QString();
+    return lxm::RunCharacterise(cl, *board.driver, clock, scene, stdout, stderr, ::isatty(STDERR_FILENO) == 1);
 }
 
 // --boards: one line per attached board on standard output.
@@ -149,6 +198,7 @@ int main(int argc, char** argv) {
     if (cl.listBoards) return ListBoards();
     if (cl.script) return RunHeadless(argc, argv, cl);
     if (cl.collect) return RunCollect(argc, argv, cl);
+    if (cl.characterise) return RunCharacteriseCommand(argc, argv, cl);
     if (cl.view) return cl.view->plot ? RunPlotCommand(argc, argv, *cl.view) : RunViewCommand(argc, argv, *cl.view);
 
     QApplication app(argc, argv);
@@ -170,7 +220,28 @@ int main(int argc, char** argv) {
         app.installEventFilter(simMenu.get());
     }
 
-    lxm::Session session(*board.driver, messages, files, clock);
+    // The window's board, taken alone beside any others on the bus.
+    std::unique_ptr<SimulatedBus> sims;
+    std::unique_ptr<lxm::OneBoardDriver> simulatedOnly;
+    if (board.simDriver) {
+        sims = std::make_unique<SimulatedBus>();
+        sims->bus.Add(*board.simDriver);
+        simulatedOnly = std::make_unique<lxm::OneBoardDriver>(sims->bus);
+        board.only = simulatedOnly.get();
+    }
+    lxm::Session session(*board.only, messages, files, clock);
+    // Each device form on a board of its own.
+    auto list = [all = sims ? nullptr : board.all.get(), sims = sims.get()] {
+        lxm::FormBoards::BoardList boards;
+        if (!all) return lxm::FormBoards::OnBus(sims->bus);
+        for (const auto& b : lxm::usb::ListBoards())
+            boards.emplace_back(lxm::BoardPlace{b.bus, b.port}, QString::fromStdString(b.problem));
+        return boards;
+    };
+    lxm::FormBoards formBoards(
+        session, board.only, list,
+        MakeFormBoard(cl, clock, sims ? static_cast<lxm::UsbDriver&>(sims->bus) : *board.all, sims.get()),
+        sims ? QStringLiteral("simulated") : QStringLiteral("board"));
     lxm::frmStartup startup(session, QString::fromStdString(cl.StartupArguments()));
     // The simulated board carries the chip of the type the user picks, so the form finds the
     // chip it expects; a real board carries whatever is soldered on it.
@@ -179,15 +250,18 @@ int main(int argc, char** argv) {
             panel->CarryForType(type);
         };
     if (simPanel) startup.showSimulatedBoard = [panel = simPanel.get()] { panel->Reopen(); };
-    if (board.only) {
-        startup.listBoards = [] {
-            std::vector<std::pair<lxm::BoardPlace, QString>> list;
-            for (const auto& b : lxm::usb::ListBoards())
-                list.emplace_back(lxm::BoardPlace{b.bus, b.port}, QString::fromStdString(b.problem));
-            return list;
+    formBoards.Serve(startup);
+    // "Characterise..." offers the light of the form's simulated board as the reference a lux meter
+    // would read (an infrared lamp it does not see).
+    if (sims)
+        startup.benchLight = [sims = sims.get()](lxm::Session& s) {
+            const lxm::UsbDeviceInfo* info = s.usb().deviceInfoPtr;
+            lxm::sim::SimDriver* d = info ? sims->bus.At(info->busNumber, info->deviceAddress) : nullptr;
+            if (!d) return lxm::BenchLight{};
+            const lxm::sim::LightScene& scene = d->board().scene();
+            const bool visible = lxm::sim::InfoOf(scene.source).visible > 0;
+            return lxm::BenchLight{visible ? std::optional(scene.ambientLux) : std::nullopt, lxm::SceneText(scene)};
         };
-        startup.chooseBoard = [only = board.only](const lxm::BoardPlace& place) { only->Take(place); };
-    }
     startup.show();
     if (simPanel) {
         // A first guess beside the start-up window; the panel corrects it once the window

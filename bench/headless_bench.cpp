@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "app/HeadlessCollect.h"
+#include "app/CoreCollect.h"
 #include "bench/BenchSupport.h"
 #include "core/Seams.h"
 #include "simboard/SimBoard.h"
@@ -85,7 +85,7 @@ void BM_HeadlessVersusBareReads(benchmark::State& state) {
         for (int round = 0; round < kRounds; ++round) {
             std::FILE* null = std::fopen("/dev/null", "w");
             driver.reads.clear();
-            const int rc = RunCollectHeadless(cl, driver, clock, null, false);
+            const int rc = RunCollectOnCore(cl, driver, clock, null, false);
             std::fclose(null);
             const std::vector<double> seconds = SampleSeconds(path);
             if (rc != 0 || seconds.size() != std::size_t(kSamples)) {

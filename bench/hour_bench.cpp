@@ -16,7 +16,7 @@
 #include <fstream>
 #include <string>
 
-#include "app/HeadlessCollect.h"
+#include "app/CoreCollect.h"
 #include "bench/BenchSupport.h"
 #include "core/Seams.h"
 #include "simboard/SimBoard.h"
@@ -103,7 +103,7 @@ void BM_SimulatedHourOfLogging(benchmark::State& state) {
                                                  "3600", "--output", path.toStdString()});
         std::FILE* null = std::fopen("/dev/null", "w");
         const auto start = std::chrono::steady_clock::now();
-        const int rc = RunCollectHeadless(cl, bus, clock, null, false);
+        const int rc = RunCollectOnCore(cl, bus, clock, null, false);
         const double realSeconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         std::fclose(null);

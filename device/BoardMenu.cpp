@@ -33,6 +33,21 @@ BoardMenu::BoardMenu(Session& session, QMenuBar& bar, BoardRegisters registers)
     mnuChooseBoard = mnuBoard->addMenu(QStringLiteral("Choose Board"));
     mnuChooseBoard->setToolTipsVisible(true);
     connect(mnuChooseBoard, &QMenu::aboutToShow, this, [this] { ListBoards(); });
+    mnuAnotherBoard = mnuBoard->addMenu(QStringLiteral("New Window on Another Board"));
+    connect(mnuAnotherBoard, &QMenu::aboutToShow, this, [this] { ListTypes(); });
+}
+
+void BoardMenu::ListTypes() {
+    mnuAnotherBoard->clear();
+    for (const std::string& type : steps_.anotherTypes) {
+        QAction* a = mnuAnotherBoard->addAction(QString::fromStdString(type));
+        a->setEnabled(steps_.openAnother != nullptr);
+        connect(a, &QAction::triggered, this, [this, type] {
+            if (steps_.openAnother) steps_.openAnother(type);
+        });
+    }
+    if (steps_.anotherTypes.empty())
+        mnuAnotherBoard->addAction(QStringLiteral("No other board"))->setEnabled(false);
 }
 
 // Filled each time it opens: boards come and go.

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "transport/BoardPlace.h"
@@ -26,6 +27,10 @@ struct BoardSteps {
     // the choice of one; without them the menu offers no choice.
     std::function<std::vector<std::pair<BoardPlace, QString>>()> listBoards = {};
     std::function<void(const BoardPlace&)> chooseBoard = {};
+    // A new device form of one of these sensor types on a board no other form talks to; without
+    // it the menu offers none.
+    std::vector<std::string> anotherTypes = {};
+    std::function<void(const std::string&)> openAnother = {};
 };
 
 // What a device form tells the menu about itself: the form (its lamps show the steps), the
@@ -60,6 +65,8 @@ public:
     QAction* mnuCloseUsb = nullptr;
     QAction* mnuReconnect = nullptr;
     QMenu* mnuChooseBoard = nullptr;
+    // "New Window on Another Board": one item per sensor type.
+    QMenu* mnuAnotherBoard = nullptr;
 
 private:
     void Run(const std::function<void()>& step, void (BoardMenu::*fallback)());
@@ -67,6 +74,7 @@ private:
     void OpenDevice();
     void CloseDevice();
     void ListBoards();
+    void ListTypes();
 
     Session& s_;
     BoardRegisters registers_;

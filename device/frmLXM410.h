@@ -10,6 +10,7 @@
 
 #include "acquisition/Conversion.h"
 #include "acquisition/PlotState.h"
+#include "device/parts/AutoRangeBox.h"
 #include "device/parts/Collection.h"
 #include "device/parts/Controls.h"
 #include "device/parts/DeviceFormBase.h"
@@ -28,6 +29,9 @@ class QPushButton;
 class QRadioButton;
 
 namespace lxm {
+
+struct SweepForm;
+class CharacteriseMenu;
 
 class Session;
 class PictureBox;
@@ -107,7 +111,8 @@ public:
     void cmdProx_IR_GotFocus();
     void cmdProx_IR_LostFocus() {}
     std::int32_t ReadDataRegisters();
-    double ConvertToLux(double counts) const;
+    // At the range option rangeIndex; -1: the one selected.
+    double ConvertToLux(double counts, int rangeIndex = -1) const;
 
     // ---- continuous collection (frmLXM410_collect.cpp)
     void cmdCollectData_Click() override;
@@ -128,6 +133,10 @@ public:
     void cmdStartRec_Click();
     void mnuDoco_Click();
     Doco* DocoForm() { return doco_; }
+
+    // What a characterisation drives: the form's options and reading (frmLXM410_sweep.cpp).
+    SweepForm SweepParts();
+    CharacteriseMenu* characterise = nullptr;
 
     // ---- strip chart (frmLXM410_plot.cpp)
     void cmdScale_Click();
@@ -164,6 +173,7 @@ public:
     // frGain "AD Sensitivity - Range Select"
     QGroupBox* frGain = nullptr;
     CtlArray<QRadioButton> OptGain;
+    QCheckBox* chkAutoRange = nullptr;
     // frItime "AD Resolution / Integration Time"
     QGroupBox* frItime = nullptr;
     CtlArray<QRadioButton> OptITime;
@@ -304,6 +314,7 @@ public:
     std::uint8_t ProxMsb = 0, ProxLsb = 0, IrMsb = 0, IrLsb = 0;
     std::int32_t IrBefore = 0, IrAfter = 0, AmbientIr = 0;
     std::int32_t ProxCount = 0, ProxCountSigned = 0, ProxMinusIr = 0;
+    SampleStatus DualStatus = SampleStatus::Ok;  // what the last dual-mode sequence's reading is worth
     std::uint8_t LastLow = 0, LastHigh = 0;  // data bytes of the last reply
     std::int32_t PassCount = 0;              // the count the last pass read, as it is logged
     bool PassCountUnshown = false;           // ... and not yet in its box
@@ -347,6 +358,7 @@ private:
     // Under the chart: the single reads and the panels that change with the measurement.
     QVBoxLayout* under_ = nullptr;
     std::unique_ptr<PacedCollection> loop_;
+    std::unique_ptr<AutoRangeBox> autoRange_;
     Doco* doco_ = nullptr;
 };
 

@@ -12,6 +12,7 @@
 #include <limits>
 
 #include "acquisition/PictureBox.h"
+#include "acquisition/Readings.h"
 #include "acquisition/Rescale.h"
 #include "core/ServedWait.h"
 #include "core/VbText.h"
@@ -24,8 +25,8 @@
 namespace lxm {
 
 void frmLXM410::WireCollection() {
-    PacedCollection::Controls c{txtInterval,   txtTime1,         lblLoop_Count,  chart_->Picture1,
-                                kRegisterRows, FrmMeasureDetails, lblReadingFlag};
+    PacedCollection::Controls c{txtInterval,   txtTime1,          lblLoop_Count,  chart_->Picture1,
+                                kRegisterRows, FrmMeasureDetails, lblReadingFlag, autoRange_.get()};
     loop_ = std::make_unique<PacedCollection>(s_, *this, plot, c);
     auto& h = loop_->hooks;
     h.start = [this] { StartCollection(); };
@@ -98,8 +99,7 @@ LoggedSample frmLXM410::LoggedPass() const {
 // back. A signed proximity count has no top of scale to be stuck at.
 SampleStatus frmLXM410::CountStatus(std::int32_t value) const {
     const bool early = s_.clock.Micros() - ConversionStartUs < ConversionMicros(AdcBits);
-    const std::int64_t count = SignedPlotCase() ? 0 : (std::int64_t(value) & TopCount(AdcBits));
-    return Classify(s_.ReadStatusByte == 2, count, AdcBits, early);
+    return FamilyCountStatus(s_.ReadStatusByte == 2, value, SignedPlotCase(), AdcBits, early);
 }
 
 void frmLXM410::cmdCollectData_Click() {
@@ -166,7 +166,7 @@ bool frmLXM410::SamplePass() {
         if (Displayed) PassCountUnshown = true;
         LatestReading = value;
         if (ShowLux) {
-            const double lux = ConvertToLux(value);
+            const double lux = ConvertToLux(value, autoRange_->ConvertingRange(PassStatus, RangeIndex));
             SampleValues[SampleCount] = lux;
             LatestReading = lux;
         }
@@ -182,9 +182,7 @@ bool frmLXM410::SamplePass() {
         const QString difference = txtProx_IR.at(6)->text();
         bool numeric = false;
         const double value = difference.trimmed().toDouble(&numeric);
-        PassStatus = s_.ReadStatusByte != 2 ? SampleStatus::Failed
-                     : numeric              ? SampleStatus::Ok
-                                            : SampleStatus::Saturated;
+        PassStatus = DualStatus;
         if (numeric) {
             SampleValues[SampleCount] = value;
             txtADCRaw->setText(difference);

@@ -24,6 +24,7 @@
 #include "device/parts/Doco.h"
 #include "device/parts/ReadingFlag.h"
 #include "device/parts/FormLayout.h"
+#include "device/parts/CharacteriseDialog.h"
 #include "device/parts/FormMenus.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/RecordFrame.h"
@@ -57,6 +58,7 @@ void frmLXM410::BuildLayout() {
     mnuScript = tools->addAction(QStringLiteral("Script"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
     mnuDoco = tools->addAction(QStringLiteral("I2C Trace Options"));
+    characterise = new CharacteriseMenu(s_, *menuBar, *this, [this] { return SweepParts(); });
     SetupMenu* setup = AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
     AddOpenRunMenu(*menuBar, *this, s_.messages, s_.files);
     // The data registers 2 and 3 are read-only; the command register goes last, once the
@@ -167,8 +169,17 @@ void frmLXM410::BuildLayout() {
 
 void frmLXM410::BuildConfigColumn(QVBoxLayout* col2) {
     frGain = Group(this, QStringLiteral("AD Sensitivity - Range Select"));
-    MakeOptionArray(frGain, OptGain, {{0, "1000"}, {1, "4000"}, {2, "16000"}, {3, "64000"}}, 4);
+    auto* gg = MakeOptionArray(frGain, OptGain, {{0, "1000"}, {1, "4000"}, {2, "16000"}, {3, "64000"}}, 4);
     for (auto& [i, b] : OptGain) b->setToolTip(QStringLiteral("Set the AD Sensitivity Gain  / Level."));
+    // The dual mode's difference and the other measurements are counts, which a step would break.
+    autoRange_ = std::make_unique<AutoRangeBox>(AutoRangeBox::Form{
+        RangeTable, &OptGain, [this](int i) { OptGain_Click(i); },
+        [this]() -> std::optional<AutoRangeBox::Reading> {
+            if (!ShowLux || MeasureProxIrDual || InterruptHold) return std::nullopt;
+            return AutoRangeBox::Reading{PassCount & TopCount(AdcBits), TopCount(AdcBits), PassStatus};
+        }});
+    chkAutoRange = autoRange_->chkAutoRange;
+    gg->addWidget(chkAutoRange, 1, 0, 1, 4);
     col2->addWidget(frGain);
 
     frItime = Group(this, QStringLiteral("AD Resolution / Integration Time"));

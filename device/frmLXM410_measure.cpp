@@ -6,6 +6,7 @@
 #include <QRadioButton>
 
 #include "acquisition/Conversion.h"
+#include "acquisition/Readings.h"
 #include "core/ColorLabel.h"
 #include "core/Colours.h"
 #include "core/ServedWait.h"
@@ -206,8 +207,9 @@ std::int32_t frmLXM410::ReadDataRegisters() {
     return r.value;
 }
 
-double frmLXM410::ConvertToLux(double counts) const {
-    return lxm::ConvertToLux(counts, RangeTable[RangeIndex], RangeScaleDivisor, FullScaleCounts);
+double frmLXM410::ConvertToLux(double counts, int rangeIndex) const {
+    return lxm::ConvertToLux(counts, RangeTable[rangeIndex < 0 ? RangeIndex : rangeIndex], RangeScaleDivisor,
+                             FullScaleCounts);
 }
 
 void frmLXM410::cmdRead_ADC_Click() {
@@ -221,14 +223,9 @@ void frmLXM410::cmdProx_IR_Click() {
     if (s_.comm().RefuseUnopenedBoard()) return;
     IntervalDisplayMs = Val(txtSampling_Delay->text());
     LoopDelayMs = Val(txtPLoopDelay->text());
-    const std::uint8_t base = s_.RegWriteMirror[0] & 0x1E;
-    const std::uint8_t irCommand = base | 0x40;
-    const std::uint8_t proxCommand = std::uint8_t(base | 0x60 | (ProxScheme == 1 ? 0x01 : 0x00));
     int mode = 0;
     for (int i = 0; i < 3; ++i)
         if (OptProxE.at(i)->isChecked()) mode = i;
-    const bool irBefore = mode == int(AmbientIrMode::Before) || mode == int(AmbientIrMode::Average);
-    const bool irAfter = mode == int(AmbientIrMode::After) || mode == int(AmbientIrMode::Average);
 
     // 2.
     s_.TransferBusy = true;
@@ -237,39 +234,32 @@ void frmLXM410::cmdProx_IR_Click() {
         DoEvents();
     }
 
-    // 3.
-    if (irBefore) {
-        IrMsb = IrLsb = 0;
-        s_.comm().WriteBlock(0, {irCommand});
-        PauseMs(s_, IntervalDisplayMs);
+    // 3. to 5.
+    DualModeReading previous;
+    previous.irBefore = IrBefore;
+    previous.irAfter = IrAfter;
+    DualModeBus bus;
+    bus.writeCommand = [this](std::uint8_t command) { s_.comm().WriteBlock(0, {command}); };
+    bus.pause = [this](double ms) { PauseMs(s_, ms); };
+    bus.readData = [this] {
         ReadDataRegisters();
-        IrMsb = LastHigh;
-        IrLsb = LastLow;
-        IrBefore = Signed16(IrMsb, IrLsb);
-        lblIR1.at(0)->setText(Trim(IrBefore));
-    }
-
-    // 4.
-    ProxMsb = ProxLsb = 0;
-    s_.comm().WriteBlock(0, {proxCommand});
-    PauseMs(s_, IntervalDisplayMs);
-    ReadDataRegisters();
-    ProxMsb = LastHigh;
-    ProxLsb = LastLow;
-    ProxCountSigned = Signed16(ProxMsb, ProxLsb);
-
-    // 5. The first read after switching back to IR can still return the proximity result,
-    // so it is read twice and the second one kept.
-    if (irAfter) {
-        s_.comm().WriteBlock(0, {irCommand});
-        PauseMs(s_, IntervalDisplayMs);
-        ReadDataRegisters();
-        ReadDataRegisters();
-        IrMsb = LastHigh;
-        IrLsb = LastLow;
-        IrAfter = Signed16(IrMsb, IrLsb);
-        lblIR1.at(1)->setText(Trim(IrAfter));
-    }
+        return DataBytes{LastLow, LastHigh, s_.ReadStatusByte == 2};
+    };
+    bus.micros = [this] { return s_.clock.Micros(); };
+    const AmbientIrMode irMode = AmbientIrMode(mode);
+    const DualModeReading r =
+        TakeDualModeReading(s_.RegWriteMirror[0], ProxScheme, irMode, IntervalDisplayMs, AdcBits, FullScaleCounts,
+                            previous, bus);
+    DualStatus = r.status();
+    IrMsb = r.irMsb;
+    IrLsb = r.irLsb;
+    ProxMsb = r.proxMsb;
+    ProxLsb = r.proxLsb;
+    ProxCountSigned = r.proxCountSigned;
+    IrBefore = r.irBefore;
+    IrAfter = r.irAfter;
+    if (irMode != AmbientIrMode::After) lblIR1.at(0)->setText(Trim(IrBefore));
+    if (irMode != AmbientIrMode::Before) lblIR1.at(1)->setText(Trim(IrAfter));
 
     // 6.
     txtProx_IR.at(0)->setText(Hex2(IrMsb));
@@ -278,12 +268,12 @@ void frmLXM410::cmdProx_IR_Click() {
     txtProx_IR.at(3)->setText(Hex2(ProxLsb));
 
     // 7.
-    AmbientIr = lxm::AmbientIr(mode, IrBefore, IrAfter);
+    AmbientIr = r.ambientIr;
     lblIR1.at(2)->setText(Trim(AmbientIr));
 
     // 8. and 9.
-    ProxCount = ProxMsb * 256 + ProxLsb;
-    const ProxMinusIrResult result = lxm::ProxMinusIr(ProxCount, AmbientIr, FullScaleCounts);
+    ProxCount = r.proxCount;
+    const ProxMinusIrResult& result = r.difference;
     ProxMinusIr = result.proxMinusIr;
     txtProx_IR.at(4)->setText(Trim(ProxCount));
     txtProx_IR.at(5)->setText(Trim(AmbientIr));

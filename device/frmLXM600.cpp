@@ -72,8 +72,8 @@ constexpr const std::array<std::uint8_t, frmLXM600::kRegisterRows>& kImage = kLx
 frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session, parent) {
     BuildLayout();
     BuildParts();
-    PacedCollection::Controls c{txtInterval,   txtTime1,         lblLoop_Count,  chart_->Picture1,
-                                kRegisterRows, FrmMeasureDetails, lblReadingFlag};
+    PacedCollection::Controls c{txtInterval,   txtTime1,          lblLoop_Count,  chart_->Picture1,
+                                kRegisterRows, FrmMeasureDetails, lblReadingFlag, autoRange_.get()};
     loop_ = std::make_unique<PacedCollection>(s_, run_, plot_, c);
     auto& h = loop_->hooks;
     h.start = [this] { StartRun(); };
@@ -87,7 +87,8 @@ frmLXM600::frmLXM600(Session& session, QWidget* parent) : DeviceFormBase(session
     WireLog(
         *loop_, *frmDataRecord,
         [this](SampleLogHeader& header) {
-            header.rangeLux = RangeTable[std::size_t(RangeIndex)];
+            header.rangeLux =
+                RangeTable[std::size_t(autoRange_->ConvertingRange(SampleStatus::Ok, RangeIndex))];
             header.lux = AlsSample();
             header.resolutionBits = TraceEnable1 == 255 ? kProxBits : AdcBits;
             // The proximity trace is read whatever the ALS/IR mode says.

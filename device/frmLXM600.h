@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "acquisition/PlotState.h"
+#include "device/parts/AutoRangeBox.h"
 #include "device/parts/Collection.h"
 #include "device/parts/Controls.h"
 #include "device/parts/DeviceFormBase.h"
@@ -21,6 +22,9 @@ class QSpinBox;
 class QTimer;
 
 namespace lxm {
+
+struct SweepForm;
+class CharacteriseMenu;
 
 class BoardMenu;
 class ReadingFlag;
@@ -78,7 +82,8 @@ public:
     void cmdAutoScale_Click();
     void cmdRestoreScreen_Click();
     void cmdDrawTrace_Click();
-    double ConvertToLux(double counts) const;
+    // At the range option rangeIndex; -1: the one the form converts at, whatever the chip's.
+    double ConvertToLux(double counts, int rangeIndex = -1) const;
 
     // ---- interrupts and recording (frmLXM600_interrupt.cpp)
     void cmdSampleInternalIntrs_Click();
@@ -90,6 +95,10 @@ public:
     void cmdStartRec_Click();
     int polls() const { return polls_; }
     static constexpr int kPollMs = 250;
+
+    // What a characterisation drives: the form's options and reading (frmLXM600_sweep.cpp).
+    SweepForm SweepParts();
+    CharacteriseMenu* characterise = nullptr;
 
     RegisterPanel& panel() { return *panel_; }
     StatusStrip& strip() { return *strip_; }
@@ -119,6 +128,7 @@ public:
     QGroupBox* frmALS = nullptr;
     CtlArray<QRadioButton> OptMMode;
     CtlArray<QRadioButton> OptALSRange;
+    QCheckBox* chkAutoRange = nullptr;
     QCheckBox* chkALSEnable = nullptr;
     QGroupBox* frmProx = nullptr;
     CtlArray<QRadioButton> OptProxDr;
@@ -217,6 +227,7 @@ private:
     PlotState plot_;
     CollectionState run_;
     std::unique_ptr<PacedCollection> loop_;
+    std::unique_ptr<AutoRangeBox> autoRange_;
     int polls_ = 0;
     // A read asked for while the bus was taken, waiting for it (one each at most).
     bool readAdWaiting_ = false;

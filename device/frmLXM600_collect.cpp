@@ -7,6 +7,7 @@
 
 #include "acquisition/Conversion.h"
 #include "acquisition/PictureBox.h"
+#include "acquisition/Readings.h"
 #include "acquisition/Rescale.h"
 #include "core/BusFree.h"
 #include "core/VbText.h"
@@ -22,9 +23,7 @@
 namespace lxm {
 
 namespace {
-constexpr int kProxData = 8;
-// The chip gives an ALS or IR result every 25 ms while its part is enabled.
-constexpr std::int64_t kAlsConversionUs = 25'000;  // register 8: proximity; 9 and 10: ALS/IR low and high
+constexpr int kProxData = 8;  // register 8: proximity; 9 and 10: ALS/IR low and high
 // A stop waits this many yields for a transfer under way to end before it lets go of the bus.
 constexpr int kStopYields = 10000;
 }  // namespace
@@ -58,8 +57,9 @@ void frmLXM600::cmdReadAd_Click() {
     lblMeasurements.at(2)->setText(Trim(AlsIrCount600));
 }
 
-double frmLXM600::ConvertToLux(double counts) const {
-    return lxm::ConvertToLux(counts, RangeTable[std::size_t(RangeIndex)], RangeScaleDivisor, FullScaleCounts);
+double frmLXM600::ConvertToLux(double counts, int rangeIndex) const {
+    return lxm::ConvertToLux(counts, RangeTable[std::size_t(rangeIndex < 0 ? RangeIndex : rangeIndex)],
+                             RangeScaleDivisor, FullScaleCounts);
 }
 
 // The ALS/IR trace of an ALS measurement is shown in lux.
@@ -106,30 +106,21 @@ bool frmLXM600::SamplePass() {
     cmdReadAd_Click();
     s_.TransferBusy = true;
     if (!s_.Collecting) return false;
-    const bool readOk = s_.ReadStatusByte == 3;
-    double raw;
-    if (TraceEnable1 == 255) {
-        raw = ProxCount600;
-        run_.SampleValues[std::size_t(run_.SampleCount)] = raw;
-        lastLow_ = std::uint8_t(ProxCount600);
-        lastHigh_ = 0;
-    } else {
-        raw = AlsIrCount600;
-        run_.SampleValues2[std::size_t(run_.SampleCount)] = raw;
-        lastLow_ = std::uint8_t(AlsIrCount600 & 0xFF);
-        lastHigh_ = std::uint8_t(AlsIrCount600 >> 8);
-    }
-    // An ALS/IR result needs one conversion after its settings (register 1) were written.
-    const bool early = TraceEnable2 == 255 && s_.clock.Micros() - s_.comm().LastWriteUs(1) < kAlsConversionUs;
-    run_.PassStatus = Classify(readOk, std::int64_t(raw), TraceEnable1 == 255 ? kProxBits : AdcBits, early);
-    if (run_.Displayed) unshown_ = PassCounts{std::int32_t(raw), ProxCount600, AlsIrCount600};
-    run_.LatestReading = raw;
-    if (AlsSample()) {
-        const double lux = ConvertToLux(raw);
-        run_.SampleValues2[std::size_t(run_.SampleCount)] = lux;
-        run_.LatestReading = lux;
-    }
-    FrmMeasureDetails->UpdateCount(run_, std::int32_t(raw), lastLow_, lastHigh_);
+    const bool proximity = TraceEnable1 == 255;
+    const Lxm600Reading r = TakeLxm600Reading(s_.ReadStatusByte == 3, std::uint8_t(ProxCount600),
+                                              std::uint8_t(AlsIrCount600 & 0xFF), std::uint8_t(AlsIrCount600 >> 8),
+                                              proximity, s_.clock.Micros() - s_.comm().LastWriteUs(1));
+    double value = r.raw;
+    // Auto Range converts at the range the chip is set to, which it changes.
+    if (AlsSample()) value = ConvertToLux(r.raw, autoRange_->ConvertingRange(r.status, RangeIndex));
+    auto& trace = proximity ? run_.SampleValues : run_.SampleValues2;
+    trace[std::size_t(run_.SampleCount)] = value;
+    lastLow_ = std::uint8_t(r.raw & 0xFF);
+    lastHigh_ = std::uint8_t(r.raw >> 8);
+    run_.PassStatus = r.status;
+    if (run_.Displayed) unshown_ = PassCounts{r.raw, ProxCount600, AlsIrCount600};
+    run_.LatestReading = value;
+    FrmMeasureDetails->UpdateCount(run_, r.raw, lastLow_, lastHigh_);
     // A sample of the interrupt line asked for during the run is taken here, between reads.
     interruptSampler().Pass(false);
     return true;

@@ -14,6 +14,7 @@
 #include "acquisition/PictureBox.h"
 #include "core/Shape.h"
 #include "device/BoardMenu.h"
+#include "device/parts/CharacteriseDialog.h"
 #include "device/parts/FormMenus.h"
 #include "device/FormFit.h"
 #include "device/frmLXM600.h"
@@ -53,6 +54,7 @@ void frmLXM600::BuildLayout() {
     menuBar = new QMenuBar(this);
     QMenu* tools = MenuNamed(*menuBar, QStringLiteral("Tools"));
     mnuGPIO = tools->addAction(QStringLiteral("GPIO Control"));
+    characterise = new CharacteriseMenu(s_, *menuBar, *this, [this] { return SweepParts(); });
     SetupMenu* setup = AddSetupMenu(*menuBar, *this, s_.messages, s_.files);
     AddOpenRunMenu(*menuBar, *this, s_.messages, s_.files);
     // The ID and the readings (0, 8, 9, 10) are read-only; the configuration goes last, once
@@ -124,10 +126,18 @@ void frmLXM600::BuildLayout() {
     MakeOptionArray(mmode, OptMMode, {{0, "ALS"}, {1, "IR"}}, 2);
     auto* range = new QGroupBox(QStringLiteral("Range"), frmALS);
     MakeOptionArray(range, OptALSRange, {{0, "2000 Lux"}, {1, "125 Lux"}}, 2);
+    autoRange_ = std::make_unique<AutoRangeBox>(
+        AutoRangeBox::Form{RangeTable, &OptALSRange, [this](int i) { OptALSRange_Click(i); },
+                           [this]() -> std::optional<AutoRangeBox::Reading> {
+                               if (!AlsSample()) return std::nullopt;
+                               return AutoRangeBox::Reading{AlsIrCount600, kLxm600FullScale, run_.PassStatus};
+                           }});
+    chkAutoRange = autoRange_->chkAutoRange;
     chkALSEnable = Check(frmALS, QStringLiteral("ALS / IR Enable"));
     ag->addWidget(mmode, 0, 0);
     ag->addWidget(range, 0, 1);
-    ag->addWidget(chkALSEnable, 1, 0, 1, 2);
+    ag->addWidget(chkALSEnable, 1, 0);
+    ag->addWidget(chkAutoRange, 1, 1);
     cols.column(2)->addWidget(frmALS);
 
     frmProx = new QGroupBox(QStringLiteral("Proximity"), this);

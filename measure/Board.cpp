@@ -3,7 +3,9 @@
 #include <cmath>
 #include <limits>
 
+#include "acquisition/AutoRange.h"
 #include "acquisition/Conversion.h"
+#include "acquisition/Readings.h"
 #include "acquisition/SensorFields.h"
 #include "acquisition/Thresholds.h"
 
@@ -14,8 +16,7 @@ namespace {
 constexpr int kRegisters = 256;
 constexpr std::uint8_t kFamilyData = 2;
 constexpr std::uint8_t kFamilyThresholds = 4;
-constexpr std::uint8_t kLxm600Prox = 8;
-constexpr std::uint8_t kLxm600AlsIr = 9;
+constexpr std::uint8_t kLxm600Data = 8;
 // The host asks for a fixed reply length per kind of read: status + 5 after a one-register
 // read, 3 after the two-byte data read, 5 after three- and four-byte reads.
 int ReplyLength(int count) {
@@ -31,20 +32,31 @@ constexpr MeasureChoice kMeasures[] = {
     {"power-down", 0, false, false, true}, {"als", 1, true, false, false},
     {"ir", 2, false, false, false},        {"prox", 3, false, true, false},
     {"als-cont", 5, true, false, true},    {"ir-cont", 6, false, false, true},
-    {"prox-cont", 7, false, true, true},
+    {"prox-cont", 7, false, true, true},   {"prox-ir", 4, false, false, false},
 };
 
 const MeasureChoice& Choice(std::string_view name) {
     for (const auto& m : kMeasures)
         if (name == m.name) return m;
     throw Error(Error::Kind::BadValue,
-                QStringLiteral("Unknown measurement \"%1\": use power-down, als, ir, prox, als-cont, ir-cont "
-                               "or prox-cont")
+                QStringLiteral("Unknown measurement \"%1\": use power-down, als, ir, prox, als-cont, ir-cont, "
+                               "prox-cont or prox-ir")
                     .arg(QString::fromUtf8(name.data(), int(name.size()))));
 }
 
 QString Hex2(int v) {
     return QStringLiteral("%1").arg(v, 2, 16, QLatin1Char('0')).toUpper();
+}
+
+// A failed reading's bytes are no count; the status as a flag.
+Reading Finished(Reading r) {
+    if (r.status == SampleStatus::Failed) {
+        r.raw = 0;
+        r.value = std::numeric_limits<double>::quiet_NaN();
+    }
+    static constexpr unsigned kFlags[] = {0, kFailed, kSaturated, kEarly};
+    r.flags = kFlags[std::size_t(r.status)];
+    return r;
 }
 
 [[noreturn]] void BadValue(const QString& what) {
@@ -246,6 +258,17 @@ int Board::rangeLux() const {
     return IsFamily() ? kFamilyRangesLux[std::size_t(rangeIndex_)] : kLxm600RangesLux[std::size_t(rangeIndex_)];
 }
 
+int Board::LuxRangeAt(int index) const {
+    // The multi-function form converts at its first range whichever is set, unless Auto Range
+    // steps it.
+    if (!IsFamily()) return kLxm600RangesLux[std::size_t(autoRange_ ? index : 0)];
+    return kFamilyRangesLux[std::size_t(index)];
+}
+
+int Board::luxRangeLux() const {
+    return LuxRangeAt(rangeIndex_);
+}
+
 int Board::resolutionBits() const {
     return IsFamily() ? kFamilyResolutions[std::size_t(resolutionIndex_)].bits : 12;
 }
@@ -264,6 +287,8 @@ int Board::DefaultIntervalMs() const {
 
 void Board::SetRange(int lux) {
     std::lock_guard lock(mutex_);
+    // The conversion under way is dropped; the last one that ended stays in the data registers.
+    if (clock_.Micros() - conversionStartUs_ >= ConversionUs()) convertedRangeIndex_ = rangeIndex_;
     if (IsFamily()) {
         const auto i = IndexOf(kFamilyRangesLux, lux);
         if (!i) BadValue(QStringLiteral("Range %1 lux is not one of %2").arg(lux).arg(Choices(kFamilyRangesLux)));
@@ -295,11 +320,19 @@ void Board::SetResolution(int bits) {
 void Board::SetMeasure(std::string_view name) {
     const MeasureChoice& m = Choice(name);
     std::lock_guard lock(mutex_);
+    if (!IsFamily() && m.familyIndex == 4)
+        BadValue(QStringLiteral("The proximity-minus-IR dual mode is for the family sensors (LXM410 to LXM470)"));
     measure_ = m.name;
     measureIndex_ = m.familyIndex;
     if (IsFamily()) {
-        // The proximity scheme bit goes with the measurement: cleared by every choice.
-        image_[0] = std::uint8_t(FamilyCommand(image_[0], m.familyIndex) & ~0x01);
+        // A proximity measurement reads the chip's two's-complement scheme, which subtracts the
+        // ambient IR, as the device form chooses it; every other one the plain scheme. Power down
+        // leaves register 1 as it is.
+        if (m.familyIndex != 0) {
+            proxScheme_ = m.prox ? 1 : 0;
+            kFamilyScheme.Apply(image_.data(), 0, m.prox);
+        }
+        image_[0] = std::uint8_t(FamilyCommand(image_[0], m.familyIndex) | (m.prox ? 0x01 : 0x00));
         WriteImage({1, 0});
     } else {
         const bool als = m.familyIndex != 0 && !m.prox;
@@ -352,39 +385,58 @@ void Board::SetThresholds(std::int32_t low, std::int32_t high) {
     WriteLocked(kFamilyThresholds, {lo.low, lo.high, hi.low, hi.high});
 }
 
+std::int64_t Board::ConversionUs() const {
+    return IsFamily() ? ConversionMicros(resolutionBits()) : kLxm600ConversionUs;
+}
+
 Reading Board::Convert(const Reply& reply, std::int64_t readUs) {
     Reading r;
     r.lux = luxMeasure();
-    std::int64_t count = 0;  // unsigned, before any sign is taken
-    std::int32_t fullScale = kLxm600FullScale;
-    int bits = 12;
-    std::int64_t conversionUs = kLxm600ConversionUs;
+    const bool prox = Choice(measure_).prox;
+    const Resolution& res = kFamilyResolutions[std::size_t(resolutionIndex_)];
     if (IsFamily()) {
-        const Resolution& res = kFamilyResolutions[std::size_t(resolutionIndex_)];
-        r.raw = InterpretData(reply.bytes[1], reply.bytes[2], Choice(measure_).prox, 0, res.bits, res.countMax).value;
-        count = std::int64_t(r.raw) & TopCount(res.bits);
-        fullScale = res.fullScale;
-        bits = res.bits;
-        conversionUs = ConversionMicros(bits);
-    } else if (Choice(measure_).prox) {
-        r.raw = reply.bytes[1];
-        count = r.raw;
-        fullScale = 255;
-        bits = 8;
+        r.raw = InterpretData(reply.bytes[1], reply.bytes[2], prox, proxScheme_, res.bits, res.countMax).value;
+        const bool early = readUs - conversionStartUs_ < ConversionUs();
+        r.status = FamilyCountStatus(reply.ok, r.raw, prox && proxScheme_ == 1, res.bits, early);
     } else {
-        r.raw = reply.bytes[1] | (reply.bytes[2] << 8);
-        count = r.raw;
+        const Lxm600Reading m =
+            TakeLxm600Reading(reply.ok, reply.bytes[1], reply.bytes[2], reply.bytes[3], prox, readUs - conversionStartUs_);
+        r.raw = m.raw;
+        r.status = m.status;
     }
-    r.status = Classify(reply.ok, count, bits, readUs - conversionStartUs_ < conversionUs);
-    if (r.status == SampleStatus::Failed) {
-        r.raw = 0;
-        r.value = std::numeric_limits<double>::quiet_NaN();
-    } else {
-        r.value = r.lux ? ConvertToLux(r.raw, rangeLux(), 500000, fullScale) : double(r.raw);
-    }
-    static constexpr unsigned kFlags[] = {0, kFailed, kSaturated, kEarly};
-    r.flags = kFlags[std::size_t(r.status)];
-    return r;
+    // An early reading is the result of a conversion made before the latest range change.
+    if (r.status == SampleStatus::Ok || r.status == SampleStatus::Saturated) convertedRangeIndex_ = rangeIndex_;
+    const std::int32_t fullScale = IsFamily() ? res.fullScale : kLxm600FullScale;
+    r.value = r.lux ? ConvertToLux(r.raw, LuxRangeAt(convertedRangeIndex_), 500000, fullScale) : double(r.raw);
+    return Finished(r);
+}
+
+Reading Board::TakeDualReading() {
+    const Resolution& res = kFamilyResolutions[std::size_t(resolutionIndex_)];
+    DualModeReading previous;
+    previous.irBefore = irBefore_;
+    previous.irAfter = irAfter_;
+    DualModeBus bus;
+    bus.writeCommand = [this](std::uint8_t command) { WriteLocked(0, {command}); };
+    bus.pause = [this](double ms) { WaitMicros(std::int64_t(ms * 1000)); };
+    bus.readData = [this] {
+        const Reply reply = ReadLocked(kFamilyData, 2, false);
+        return DataBytes{reply.bytes[1], reply.bytes[2], reply.ok};
+    };
+    bus.micros = [this] { return clock_.Micros(); };
+    const double delayMs = oneShotDelayMs_ ? *oneShotDelayMs_ : double(ConversionMicros(res.bits)) / 1000.0;
+    const DualModeReading d =
+        TakeDualModeReading(image_[0], 0, AmbientIrMode::Before, delayMs, res.bits, res.fullScale, previous, bus);
+    irBefore_ = d.irBefore;
+    irAfter_ = d.irAfter;
+    Reading r;
+    r.status = d.status();
+    r.ir = d.ambientIr;
+    r.prox = d.proxCount;
+    r.raw = d.difference.proxMinusIr;
+    // A saturated part leaves no difference: the -9999 of the form's "NA" is no number.
+    r.value = d.difference.available() ? double(r.raw) : std::numeric_limits<double>::quiet_NaN();
+    return Finished(r);
 }
 
 Reading Board::TakeReading() {
@@ -392,43 +444,67 @@ Reading Board::TakeReading() {
     if (gone_) Fail(kUsbNoDevice, 0);
     if (measureIndex_ == 0 && IsFamily())
         BadValue(QStringLiteral("The sensor is powered down: choose a measurement first"));
+    if (dualMeasure()) return TakeDualReading();
     if (IsFamily() && !continuous()) {
         // One conversion per reading, waited for as long as the resolution takes.
         WriteImage({0});
-        clock_.SleepMicros(oneShotDelayMs_ ? std::int64_t(*oneShotDelayMs_ * 1000) : ConversionMicros(resolutionBits()));
+        WaitMicros(oneShotDelayMs_ ? std::int64_t(*oneShotDelayMs_ * 1000) : ConversionMicros(resolutionBits()));
     }
-    const Reply reply = IsFamily() ? ReadLocked(kFamilyData, 2, false)
-                        : Choice(measure_).prox ? ReadLocked(kLxm600Prox, 1, false)
-                                                : ReadLocked(kLxm600AlsIr, 2, false);
+    // The multi-function chip's three data registers in one read, as its form reads them.
+    const Reply reply = IsFamily() ? ReadLocked(kFamilyData, 2, false) : ReadLocked(kLxm600Data, 3, false);
     // Early as the forms take it: by the time since the conversion began, the read's own
     // transfers included.
     return Convert(reply, clock_.Micros());
+}
+
+void Board::WaitMicros(std::int64_t us) {
+    constexpr std::int64_t kSliceUs = 100'000;
+    const std::int64_t until = clock_.Micros() + us;
+    for (std::int64_t left; !waitCut_ && (left = until - clock_.Micros()) > 0;) {
+        clock_.SleepMicros(std::min(left, kSliceUs));
+        if (keepWaiting_ && left > kSliceUs && !keepWaiting_()) waitCut_ = true;
+    }
 }
 
 void Board::Collect(std::int64_t n, int intervalMs, const std::function<bool(const Sample&)>& sink,
                     const std::function<bool()>& keepWaiting) {
     if (intervalMs < 0 || intervalMs > 3'600'000)
         BadValue(QStringLiteral("Interval %1 ms is outside 0 to 3600000").arg(intervalMs));
+    // A reading's own waits (a one-shot's conversion, the dual mode's) listen to keepWaiting too;
+    // a reading whose wait was cut short is not taken.
+    keepWaiting_ = keepWaiting;
+    waitCut_ = false;
+    struct Done {
+        Board& b;
+        ~Done() {
+            b.keepWaiting_ = nullptr;
+            b.waitCut_ = false;
+        }
+    } done{*this};
     const std::int64_t startUs = clock_.Micros();
     std::int64_t deadlineUs = startUs + std::int64_t(intervalMs) * 1000;
     const bool paced = continuous();
+    AutoRange decide(IsFamily() ? std::span<const std::int32_t>(kFamilyRangesLux)
+                                : std::span<const std::int32_t>(kLxm600RangesLux));
     for (std::int64_t i = 0; n <= 0 || i < n; ++i) {
         if (paced)
-            if (const auto until = PaceSleepUntil(clock_.Micros(), deadlineUs)) {
-                constexpr std::int64_t kSliceUs = 100'000;
-                for (std::int64_t left; (left = *until - clock_.Micros()) > 0;) {
-                    clock_.SleepMicros(std::min(left, kSliceUs));
-                    if (keepWaiting && left > kSliceUs && !keepWaiting()) return;
-                }
-            }
+            if (const auto until = PaceSleepUntil(clock_.Micros(), deadlineUs)) WaitMicros(*until - clock_.Micros());
+        if (waitCut_) return;
         Sample s;
         s.index = i + 1;
         s.reading = TakeReading();
+        if (waitCut_) return;
         const std::int64_t now = clock_.Micros();
         s.seconds = double(now - startUs) / 1e6;
         deadlineUs = now + std::int64_t(intervalMs) * 1000;
         if (!sink(s)) break;
+        if (autoRange_ && luxMeasure()) StepRange(s.reading, decide);
     }
+}
+
+void Board::StepRange(const Reading& r, AutoRange& decide) {
+    const std::int64_t top = IsFamily() ? TopCount(resolutionBits()) : kLxm600FullScale;
+    if (const auto to = decide.Next(r.raw, top, r.status, rangeIndex_)) SetRange(decide.lux(*to));
 }
 
 }  // namespace lxm::measure

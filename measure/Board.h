@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "acquisition/AutoRange.h"
 #include "acquisition/SampleStatus.h"
 #include "core/Seams.h"
 #include "transport/BoardPlace.h"
@@ -46,6 +47,8 @@ struct Reading {
     SampleStatus status = SampleStatus::Ok;
     unsigned flags = 0;  // the status as a ReadingFlag, 0 for ok
     bool lux = false;
+    // The dual mode's parts: the ambient IR and the proximity count it was subtracted from.
+    std::optional<std::int32_t> ir, prox;
     // "ok", "failed", "saturated" or "early", as the per-sample log writes it.
     const char* Status() const { return StatusWord(status); }
 };
@@ -87,7 +90,8 @@ public:
     // Operating fields. Each writes the register it lives in (family: register 1 and then 0).
     void SetRange(int lux);
     void SetResolution(int bits);
-    // "power-down", "als", "ir", "prox", "als-cont", "ir-cont", "prox-cont".
+    // "power-down", "als", "ir", "prox", "als-cont", "ir-cont", "prox-cont", and on the family
+    // sensors "prox-ir" (proximity minus IR, the IR taken before the proximity conversion).
     void SetMeasure(std::string_view name);
     void SetDrive(double milliamps);
     void SetPersistence(int readings);
@@ -98,6 +102,10 @@ public:
     const std::string& measure() const { return measure_; }
     bool continuous() const;
     bool luxMeasure() const;
+    bool dualMeasure() const { return IsFamily() && measureIndex_ == 4; }
+    // The range lux are converted at. The multi-function chip's are converted at its first range
+    // whichever is set, unless auto-range steps it, as its device form shows them.
+    int luxRangeLux() const;
     // The collection interval the resolution suggests, in milliseconds.
     int DefaultIntervalMs() const;
     const std::array<std::uint8_t, 256>& image() const { return image_; }
@@ -111,6 +119,11 @@ public:
     // says no.
     void Collect(std::int64_t n, int intervalMs, const std::function<bool(const Sample&)>& sink,
                  const std::function<bool()>& keepWaiting = {});
+    // With auto-range on, a collection of ALS readings steps the range after a sample when the
+    // reading nears the top of the scale or has stayed low (see AutoRange); the sample after a
+    // step is the first under the new range, and rangeLux() says which.
+    void SetAutoRange(bool on) { autoRange_ = on; }
+    bool autoRange() const { return autoRange_; }
 
     // Takes the board again after it went away (the driver offers it anew) and writes its
     // operating registers back. Throws Error(NoBoard) when it is not back.
@@ -139,6 +152,14 @@ private:
     void CheckRegister(int reg, int count) const;
     [[noreturn]] void Fail(std::uint32_t status, std::uint8_t reg) const;
     Reading Convert(const Reply& reply, std::int64_t readUs);
+    Reading TakeDualReading();
+    // A wait inside a collection or a reading: cut into slices during a collection, whose
+    // keepWaiting can end it.
+    void WaitMicros(std::int64_t us);
+    std::int64_t ConversionUs() const;
+    void StepRange(const Reading& r, AutoRange& decide);
+    // The full scale lux are converted at when the chip converted at range `index`.
+    int LuxRangeAt(int index) const;
     bool IsFamily() const { return sensor_ != "LXM600"; }
 
     UsbDriver& driver_;
@@ -157,7 +178,14 @@ private:
     std::string measure_ = "power-down";
     int measureIndex_ = 0;
     int rangeIndex_ = 0;
+    // The range of the latest conversion that ended: an early reading holds its result.
+    int convertedRangeIndex_ = 0;
+    bool autoRange_ = false;
     int resolutionIndex_ = 1;
+    int proxScheme_ = 0;  // family: 1 reads proximity as two's complement
+    std::int32_t irBefore_ = 0, irAfter_ = 0;  // the dual mode's last IR readings
+    std::function<bool()> keepWaiting_;  // the running collection's
+    bool waitCut_ = false;
     // When the running conversion began: a reading before its end is early.
     std::int64_t conversionStartUs_ = 0;
     std::optional<double> oneShotDelayMs_;

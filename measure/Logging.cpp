@@ -1,5 +1,8 @@
 #include "measure/Logging.h"
 
+#include <cmath>
+
+#include "acquisition/Readings.h"
 #include "acquisition/SensorFields.h"
 
 namespace lxm::measure {
@@ -17,16 +20,22 @@ SampleLogHeader LogHeader(const Board& board, int intervalMs) {
     h.reg0 = board.image()[0];
     h.reg1 = board.image()[1];
     h.intervalMs = intervalMs;
-    h.rangeLux = board.rangeLux();
-    h.resolutionBits = family ? board.resolutionBits() : 0;  // the LXM600 has one
+    // The range the values are converted at, and the proximity part's own 8 bits on the LXM600,
+    // as the window's log records them.
+    h.rangeLux = board.luxRangeLux();
+    h.resolutionBits = family || !m.starts_with("prox") ? board.resolutionBits() : kLxm600ProxBits;
     h.lux = board.luxMeasure();
+    h.dual = board.dualMeasure();
     return h;
 }
 
 LoggedSample LogRow(const Sample& sample) {
     LoggedSample row;
-    row.raw = sample.reading.raw;
+    // A reading that is no number (a failed read, the dual mode's "NA") leaves its count empty.
+    if (!std::isnan(sample.reading.value)) row.raw = sample.reading.raw;
     row.value = sample.reading.value;
+    row.ir = sample.reading.ir;
+    row.prox = sample.reading.prox;
     row.status = sample.reading.status;
     return row;
 }

@@ -47,7 +47,8 @@ struct SceneKind {
 constexpr SceneKind kSceneKinds[] = {{"steady", sim::LightScene::Kind::Steady},
                                      {"sine", sim::LightScene::Kind::Sine},
                                      {"steps", sim::LightScene::Kind::Steps},
-                                     {"noise", sim::LightScene::Kind::Noise}};
+                                     {"noise", sim::LightScene::Kind::Noise},
+                                     {"ramp", sim::LightScene::Kind::Ramp}};
 
 // The simulated board's bench: the light at the sensor and the cable.
 class Bench {
@@ -140,6 +141,9 @@ py::dict ReadingDict(const measure::Reading& r) {
     d["failed"] = bool(r.flags & measure::kFailed);
     d["saturated"] = bool(r.flags & measure::kSaturated);
     d["early"] = bool(r.flags & measure::kEarly);
+    // The dual mode's parts: the ambient IR and the proximity count it was subtracted from.
+    if (r.ir) d["ir"] = *r.ir;
+    if (r.prox) d["prox"] = *r.prox;
     return d;
 }
 

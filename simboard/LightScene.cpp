@@ -54,6 +54,13 @@ double LightScene::Factor(std::int64_t micros) const {
             factor = 1.0 + depth * (2.0 * u - 1.0);
             break;
         }
+        case Kind::Ramp:
+            if (periodS > 0 && ambientLux > 0 && rampToLux > 0) {
+                double phase = std::fmod(t / periodS, 2.0);
+                if (phase < 0) phase += 2.0;
+                factor = std::pow(rampToLux / ambientLux, phase <= 1.0 ? phase : 2.0 - phase);
+            }
+            break;
     }
     return factor < 0 ? 0 : factor;
 }

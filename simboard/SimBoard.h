@@ -23,7 +23,9 @@ namespace lxm::sim {
 // with time so that a strip chart has something to follow. The default bench is an office:
 // white LED light at 50 Hz, no cover glass, 25 °C, the chip's noise on.
 struct LightScene {
-    enum class Kind { Steady, Sine, Steps, Noise };
+    // Ramp: from the set light up to rampToLux in one period, geometrically (as many seconds for
+    // each decade), and back down in the next, so that every range of a sensor gets its turn.
+    enum class Kind { Steady, Sine, Steps, Noise, Ramp };
     Kind kind = Kind::Steady;
     double ambientLux = 300.0;     // as a reference lux meter reads it (IR lamp: its IR units)
     double infrared = 120.0;       // ideal chip only: ambient infrared, in the same lux-like units
@@ -31,6 +33,7 @@ struct LightScene {
     double reflectance = 0.5;      // 0..1
     double periodS = 4.0;          // sine period / step dwell
     double depth = 0.6;            // relative swing of sine, steps and noise (0..1)
+    double rampToLux = 50000;      // the top of the ramp
     std::uint32_t seed = 1;
     Source source = Source::Led;
     int mainsHz = 50;            // 50 or 60; artificial light ripples at twice this

@@ -44,6 +44,12 @@ public:
     void SetInstantTimeouts(bool on) { instantTimeouts_ = on; }
     // Interface selection fails (the attach handler must refuse the device).
     void FailSetInterface(bool on) { failSetInterface_ = on; }
+    // Where the board sits on the simulated bus (1:2 unless told), so several can be told apart.
+    void SetPlace(int bus, int address) {
+        info_.busNumber = bus;
+        info_.deviceAddress = address;
+    }
+    const UsbDeviceInfo& info() const { return info_; }
     // Report a different interface number on attach.
     void SetInterfaceNumber(int n) { info_.interfaceNumber = n; }
 

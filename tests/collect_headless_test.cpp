@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "app/HeadlessCollect.h"
+#include "app/CoreCollect.h"
 #include "simboard/SimBoard.h"
 #include "simboard/SimDriver.h"
 #include "support/FakeClock.h"
@@ -33,7 +33,7 @@ struct HeadlessCollect : ::testing::Test {
         char* text = nullptr;
         std::size_t size = 0;
         std::FILE* stream = ::open_memstream(&text, &size);
-        const int rc = RunCollectHeadless(cl, driver, clock, stream, progress);
+        const int rc = RunCollectOnCore(cl, driver, clock, stream, progress);
         std::fclose(stream);
         err.assign(text, size);
         std::free(text);
@@ -63,7 +63,7 @@ struct HeadlessCollect : ::testing::Test {
     }
 };
 
-TEST_F(HeadlessCollect, RunsTheAskedSamplesThroughTheFormsOwnSetUp) {
+TEST_F(HeadlessCollect, RunsTheAskedSamplesWithTheAskedSettings) {
     ASSERT_EQ(Run({"--collect", "ir-cont", "--samples", "40", "--resolution", "12", "--interval", "3"}, true),
               0)
         << err;

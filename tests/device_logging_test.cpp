@@ -249,7 +249,7 @@ TEST_F(LoggingTest, ThePanelShowsCountMeanAndDeviationOfTheReadingsSinceStartOrC
     EXPECT_EQ(form->stats.Count(), 0u);
 }
 
-// A collection without a window runs the form unseen, which leaves its live boxes alone. The
+// A form nobody sees leaves its live boxes alone. The
 // extremes, the snapshot, the statistics and the log must come from the counts themselves,
 // not from boxes that were never filled.
 TEST_F(LoggingTest, AFormNobodySeesKeepsTheSameExtremesStatisticsAndLog) {

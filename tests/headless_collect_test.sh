@@ -111,6 +111,6 @@ case="a shorter interval is said once and its readings are marked early"
 run 0 --collect als --resolution 16 --interval 8 --samples 4 --output "$work/early.csv" --simulate
 [ "$(grep -c ",lux,early$cr\$" "$work/early.csv")" = 4 ] || fail "not 4 early rows"
 [ "$(grep -c '^lxmeval:' "$work/err")" = 1 ] || fail "not one message"
-has "$work/err" "shorter than the 98.3 ms a 16-bit conversion takes"
+has "$work/err" "shorter than the 100.0 ms a 16-bit conversion takes"
 
 exit $failed

@@ -125,7 +125,8 @@ TEST_F(BoardMenuFromStartup, TheDeviceFormOffersTheStartupStepsAndRunsThem) {
     QStringList items;
     for (QAction* a : form->boardMenu->mnuBoard->actions())
         if (!a->isSeparator()) items << a->text();
-    EXPECT_EQ(items, (QStringList{"Init Table", "Open USB", "Close USB", "Reconnect", "Choose Board"}));
+    EXPECT_EQ(items, (QStringList{"Init Table", "Open USB", "Close USB", "Reconnect", "Choose Board",
+                               "New Window on Another Board"}));
     EXPECT_EQ(form->boardMenu->mnuBoard->menuAction()->text(), "Board");
 
     // "Close USB" is the start-up window's: it brings "Init Table" out there.

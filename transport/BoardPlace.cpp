@@ -1,6 +1,7 @@
 #include "transport/BoardPlace.h"
 
 #include <charconv>
+#include <memory>
 
 namespace lxm {
 
@@ -21,10 +22,20 @@ std::optional<BoardPlace> ParseBoardPlace(std::string_view text) {
 }
 
 std::uint32_t OneBoardDriver::Init(DriverHandle* out, const UsbMatch& match, const UsbEvents& events) {
+    // The device this registration holds, 0 for none; shared by its two handlers.
+    auto held = std::make_shared<DeviceHandle>(0);
     UsbEvents only = events;
-    only.attach = [attach = events.attach, place = place_](DeviceHandle dev, const UsbDeviceInfo& info,
-                                                             void* user) {
-        return (!place || IsAt(info, *place)) && attach && attach(dev, info, user);
+    only.attach = [attach = events.attach, place = place_, held](DeviceHandle dev, const UsbDeviceInfo& info,
+                                                                   void* user) {
+        const bool wanted = place ? IsAt(info, *place) : (*held == 0 || *held == dev);
+        if (!wanted || !attach || !attach(dev, info, user)) return false;
+        *held = dev;
+        return true;
+    };
+    only.detach = [detach = events.detach, held](DeviceHandle dev, void* user) {
+        if (dev != *held) return;
+        *held = 0;
+        if (detach) detach(dev, user);
     };
     return inner_.Init(out, match, only);
 }

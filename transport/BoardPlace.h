@@ -24,7 +24,9 @@ inline bool IsAt(const UsbDeviceInfo& info, const BoardPlace& place) {
 
 // A driver that offers only the board at one place: with several boards attached, a program
 // (or one window of it) takes the board it was told to and leaves the others alone. Without a
-// place it offers every board. A new place acts from the next registration on.
+// place a registration takes the first board offered and no other while it holds that one, so
+// a second board plugged in never pulls a window off its own, nor does its unplugging reach
+// it. A new place acts from the next registration on.
 class OneBoardDriver final : public UsbDriver {
 public:
     explicit OneBoardDriver(UsbDriver& inner, std::optional<BoardPlace> place = {}) : inner_(inner), place_(place) {}

@@ -13,6 +13,7 @@
 #include "core/ServedWait.h"
 #include "core/VbText.h"
 #include "core/Yield.h"
+#include "device/parts/AutoRangeBox.h"
 #include "device/parts/MaxMinFrame.h"
 #include "device/parts/PaintPacer.h"
 #include "device/parts/ReadingFlag.h"
@@ -105,6 +106,9 @@ void PacedCollection::Start() {
 
     std::fill(plot_.TracePixels.begin(), plot_.TracePixels.begin() + kTraceNewest + 1, 1);
     std::fill(plot_.TracePixels2.begin(), plot_.TracePixels2.begin() + kTraceNewest + 1, 1);
+    plot_.TraceMarks.fill(0);
+    st_.RangeSteps = 0;
+    if (c_.autoRange) c_.autoRange->Start();
     ModWaveform_ALS::RestoreGraphBackground(*c_.graph, plot_);
     plot_.TraceStart = kTraceNewest;
     st_.SampleCount = 0;
@@ -230,6 +234,11 @@ void PacedCollection::Pass() {
             NoteSettings();
             log_.Append(hooks.logSample());
         }
+        // A step goes after the row of the reading that called for it: the log's next "#" lines
+        // are the new range's.
+        const bool stepped = c_.autoRange && c_.autoRange->Pass();
+        st_.RangeSteps += stepped;
+        plot_.TraceMarks[kTraceNewest] = stepped;
     }
 
     // A run stopped during this pass draws nothing more: "Clear Graph" may already have
@@ -258,13 +267,14 @@ void PacedCollection::Pass() {
 
 void PacedCollection::DrawStep() {
     loopCount_ = st_.SampleCount - 10;
+    // The range steps' marks go with one trace: the red one when it is drawn.
     if (drawTrace2) {
         plot_.TraceColour = QColor(0, 0, 255);
-        ModWaveform_ALS::ScrollTrace2(*c_.graph, plot_, plot_.TraceStart);
+        ModWaveform_ALS::ScrollTrace2(*c_.graph, plot_, plot_.TraceStart, !drawTrace1);
     }
     if (drawTrace1) {
         plot_.TraceColour = QColor(255, 0, 0);
-        ModWaveform_ALS::ScrollTrace(*c_.graph, plot_, plot_.TraceStart);
+        ModWaveform_ALS::ScrollTrace(*c_.graph, plot_, plot_.TraceStart, true);
     }
     if (plot_.TraceStart < 2) {
         // Once every column is redrawn per pass, the pass rests a millisecond, but only when

@@ -18,6 +18,7 @@ class QWidget;
 
 namespace lxm {
 
+class AutoRangeBox;
 class MaxMinFrame;
 class PictureBox;
 class ReadingFlag;
@@ -41,6 +42,7 @@ struct CollectionState {
     int MaxMinCounter = 0;
     MaxMinPanel maxMinPanel;  // CountMax, CountMin and MaxMinCounter mirror it
     RunningStats stats;       // of the readings since Start or "Clear"
+    int RangeSteps = 0;       // the auto-range's, since Start or "Clear"
     // What the reading of the pass under way is worth; the form's sample sets it.
     SampleStatus PassStatus = SampleStatus::Ok;
     // Pacing, in clock microseconds: the deadline of the next pass, the end of the previous
@@ -74,6 +76,7 @@ public:
         int panelRows;  // register rows the form can show; deferred reads beyond go bare
         MaxMinFrame* maxMin;  // none: the form shows no extremes
         ReadingFlag* flag = nullptr;  // the mark beside the live value
+        AutoRangeBox* autoRange = nullptr;  // none: the form has no auto-range
     };
     struct Hooks {
         std::function<void()> start;         // the form's own start steps, before the run begins

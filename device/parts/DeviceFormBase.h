@@ -72,6 +72,7 @@ public:
 
     // File, View and Help.
     FormMenus* formMenus = nullptr;
+    StatusStrip& statusStrip() const { return *strip_; }
 
     // Called once the form has closed (the program then ends).
     std::function<void()> onClosed;

@@ -102,7 +102,10 @@ void MaxMinFrame::ShowTexts(const CollectionState& st) {
     const auto stats = StatsTexts(st.stats);
     for (int i = 0; i < 3; ++i)
         if (txtStats.at(i)->text() != stats[std::size_t(i)]) txtStats.at(i)->setText(stats[std::size_t(i)]);
-    const QString flagged = FlaggedText(st.stats);
+    QString flagged = FlaggedText(st.stats);
+    if (st.RangeSteps > 0)
+        flagged += (flagged.isEmpty() ? QString() : QStringLiteral(" ")) + QString::number(st.RangeSteps) +
+                   (st.RangeSteps == 1 ? QStringLiteral(" range step") : QStringLiteral(" range steps"));
     if (lblFlagged->text() != flagged) lblFlagged->setText(flagged);
 }
 
@@ -111,6 +114,7 @@ void MaxMinFrame::Clear(CollectionState& st) {
     st.CountMax = st.maxMinPanel.countMax();
     st.CountMin = st.maxMinPanel.countMin();
     st.stats.Reset();
+    st.RangeSteps = 0;
     Empty();
 }
 

@@ -48,6 +48,17 @@ StatusStrip::StatusStrip(Session& session, QWidget* parent) : QWidget(parent), s
     row_->addSpacing(12);
 }
 
+void StatusStrip::ShowBoard(const QString& where) {
+    if (!board_) {
+        if (where.isEmpty()) return;
+        board_ = new QLabel(this);
+        board_->setToolTip(QStringLiteral("The board this window talks to (bus:address)"));
+        row_->insertWidget(row_->indexOf(label13_) + 1, board_);
+    }
+    board_->setText(where);
+    board_->setVisible(!where.isEmpty());
+}
+
 bool StatusStrip::eventFilter(QObject* watched, QEvent* event) {
     if (watched == label13_ && event->type() == QEvent::MouseButtonDblClick) {
         if (onLabel13DblClick) onLabel13DblClick();

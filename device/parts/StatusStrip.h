@@ -32,6 +32,11 @@ public:
     ColorLabel* LblCommTest() const { return commTest_; }
     QHBoxLayout* row() const { return row_; }
 
+    // Which board the form talks to ("board 1:5", "simulated 1:2"), beside "USB COMM"; empty
+    // hides it. Only worth the room when several boards could be mistaken for each other.
+    void ShowBoard(const QString& where);
+    QLabel* lblBoard() const { return board_; }
+
     // Double-click on "USB COMM".
     std::function<void()> onLabel13DblClick;
 
@@ -49,6 +54,7 @@ private:
     Session& s_;
     QHBoxLayout* row_ = nullptr;
     QLabel* label13_ = nullptr;
+    QLabel* board_ = nullptr;  // made when first shown
     Shape* attach_ = nullptr;
     Shape* transfer_ = nullptr;
     Shape* status_ = nullptr;

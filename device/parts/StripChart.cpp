@@ -116,6 +116,10 @@ void StripChart::PreparePlot() {
 
 void StripChart::Scale(bool showLux) {
     ApplyScale(ManualRescale(txtScale->text(), txtScaleMin->text(), txtScale2->text(), showLux), plot_);
+    Redraw();
+}
+
+void StripChart::Redraw() {
     DrawGraphLabels();
     ModWaveform_ALS::RestoreGraphBackground(*Picture1, plot_);
 }

@@ -45,6 +45,8 @@ public:
     void DrawGraphLabels();
     // "Manual Re-Scale"; showLux keeps the right-hand column apart from the left.
     void Scale(bool showLux);
+    // The scale and the graph drawn again from the plot state as it stands.
+    void Redraw();
     // "Automatic Re-Scale" over the form's samples; restart runs the form's collection again.
     void AutoScale(std::span<const double> samples, std::int32_t sampleCount, bool signedCase,
                    const std::function<void()>& restart);

@@ -121,3 +121,19 @@ def test_no_real_board_is_an_error_not_a_crash():
         pytest.skip("a real board is attached")
     with pytest.raises(lxmeval.NoBoard):
         lxmeval.open(board="250:250")
+
+
+def test_the_dual_mode_and_the_multi_function_chip():
+    with open_sim() as b:
+        b.configure(measure="prox-ir")
+        r = b.reading()
+        assert r["status"] == "ok" and r["count"] == r["prox"] - r["ir"]
+    with lxmeval.open(simulate=True, sensor="LXM600", latency_us=0) as b:
+        b.sim.light = 300
+        b.configure(measure="als-cont")
+        good = b.collect(n=5, interval_ms=30)
+        good = good[good["flags"] == 0]
+        # lux at 2000 lux full scale of 4096 counts, as the device form shows them
+        assert len(good) >= 3 and np.allclose(good["value"], 2000 * good["count"] / 4096)
+        with pytest.raises(lxmeval.BadValue, match="family"):
+            b.configure(measure="prox-ir")
