@@ -113,6 +113,13 @@ TEST_F(FamilySweep, ApplyBestLeavesTheFormInTheQuietestUnsaturatedSetting) {
     EXPECT_TRUE(ReadFile(dir.filePath("sweep.csv")).contains("16000"));
     EXPECT_TRUE(ReadFile(dir.filePath("sweep.md")).contains("the bench's lamp"));
     EXPECT_TRUE(messages.texts.isEmpty()) << messages.texts.join('|').toStdString();
+    // A file that cannot be written: one message naming it and the system's reason.
+    const QString lost = dir.filePath("gone/sweep.csv");
+    files.answers = {lost};
+    dlg.Save(CharacteriseDialog::Export::Csv);
+    ASSERT_EQ(messages.texts.size(), 1);
+    EXPECT_TRUE(messages.texts[0].contains(lost)) << messages.texts[0].toStdString();
+    messages.texts.clear();
 
     dlg.cmdApplyBest_Click();
     EXPECT_EQ(form->RangeTable[std::size_t(form->RangeIndex)], best.setting.rangeLux);
