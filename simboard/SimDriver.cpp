@@ -1,5 +1,6 @@
 #include "SimDriver.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <time.h>
 
@@ -121,11 +122,21 @@ std::uint32_t SimDriver::Transfer(DeviceHandle dev, std::uint32_t pipe, UsbDir d
         Unplug();
         return kUsbNoDevice;
     }
-    Wait(latencyUs_);
+    // This transfer's frame follows those the OUTs before it still owe. An OUT that will be
+    // answered owes its frame rather than sleeping it: the next transfer ends where the two
+    // would have ended, the board having taken the command as soon as it was sent.
     const std::int64_t timeoutUs = instantTimeouts_ ? 0 : std::int64_t(timeoutMs) * 1000;
+    if (latencyUs_ > 0 || owedUntilUs_ > 0) {
+        const std::int64_t frameEndUs = std::max(NowMicros(), owedUntilUs_) + latencyUs_;
+        owedUntilUs_ = 0;
+        if (dir == UsbDir::Out && timeoutNext_ == 0)
+            owedUntilUs_ = frameEndUs;
+        else
+            WaitUntil(frameEndUs);
+    }
     if (timeoutNext_ > 0) {
         --timeoutNext_;
-        Wait(timeoutUs);
+        if (timeoutUs > 0) WaitUntil(NowMicros() + timeoutUs);
         return kUsbTimeout;
     }
 
@@ -138,7 +149,7 @@ std::uint32_t SimDriver::Transfer(DeviceHandle dev, std::uint32_t pipe, UsbDir d
     std::size_t actual = 0;
     const std::uint32_t status = board.BulkIn(std::uint8_t(0x80 | (pipe - 128)), buf, size, &actual);
     if (done) *done = std::uint32_t(actual);
-    if (status == kUsbTimeout) Wait(timeoutUs);
+    if (status == kUsbTimeout && timeoutUs > 0) WaitUntil(NowMicros() + timeoutUs);
     return status;
 }
 
@@ -151,18 +162,19 @@ std::uint32_t SimDriver::ResetDevice(DeviceHandle dev, std::uint32_t) {
     return Valid(dev) ? kUsbOk : kUsbNoDevice;
 }
 
-void SimDriver::Wait(std::int64_t us) {
-    if (us <= 0) return;
+std::int64_t SimDriver::NowMicros() {
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t(now.tv_sec) * 1'000'000 + now.tv_nsec / 1000;
+}
+
+void SimDriver::WaitUntil(std::int64_t untilUs) {
     // Asleep to an absolute deadline, never spinning: the board stands in for a bus, and a
     // millisecond per transfer of busy waiting would cost the program a third of its processor
     // time. The wake-up comes up to the timer's slack (some tens of microseconds) late, which
     // a real bus's own jitter exceeds; both the loop and any reference it is held against pay
     // it alike.
-    timespec until{};
-    ::clock_gettime(CLOCK_MONOTONIC, &until);
-    const std::int64_t ns = std::int64_t(until.tv_nsec) + us * 1000;
-    until.tv_sec += time_t(ns / 1'000'000'000);
-    until.tv_nsec = long(ns % 1'000'000'000);
+    const timespec until{time_t(untilUs / 1'000'000), long(untilUs % 1'000'000) * 1000};
     while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
     }
 }

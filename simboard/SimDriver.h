@@ -36,7 +36,9 @@ public:
     // Unplug in the middle of the n-th transfer from now (1 = the next one).
     void UnplugAfterTransfers(int n) { unplugAfter_ = n; }
 
-    // Latency added to every transfer (0 by default; 1000 models a full-speed USB frame).
+    // Latency added to every transfer (0 by default; 1000 models a full-speed USB frame). An
+    // OUT is taken at once and its frame is owed: the transfer after it ends no earlier than
+    // the two frames would have, but the program waits once for the pair instead of twice.
     void SetLatencyMicros(std::int64_t us) { latencyUs_ = us; }
     // The next n transfers time out (after the caller's time-out, unless instant time-outs are on).
     void TimeOutNext(int n) { timeoutNext_ = n; }
@@ -72,7 +74,9 @@ private:
     void DeliverAttach(DriverHandle reg, DeviceHandle dev);
     void DeliverDetach(DriverHandle reg, DeviceHandle dev);
     bool Valid(DeviceHandle dev) const { return plugged_ && dev != 0 && dev == handle_; }
-    void Wait(std::int64_t us);
+    // Sleeps until the monotonic clock reads untilUs.
+    static void WaitUntil(std::int64_t untilUs);
+    static std::int64_t NowMicros();
 
     SimBoard& board_;
     bool plugged_;
@@ -82,6 +86,7 @@ private:
     std::map<DriverHandle, Registration> regs_;
     UsbDeviceInfo info_;
     std::int64_t latencyUs_ = 0;
+    std::int64_t owedUntilUs_ = 0;  // the end of the frame the last OUT owes (0: none)
     int timeoutNext_ = 0;
     int unplugAfter_ = 0;
     bool instantTimeouts_ = true;

@@ -415,5 +415,25 @@ TEST_F(DriverTest, InjectedTimeoutsAndUnplugMidTransfer) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(30));
 }
 
+// The OUT owes its frame instead of sleeping it, so that the program wakes once per command
+// and reply; the reply must still come no sooner than the frames of every transfer before it.
+TEST_F(DriverTest, EachTransferStillCostsItsFrameWhenTheOutOnlyOwesIt) {
+    Register();
+    driver.SetLatencyMicros(1000);
+    const DeviceHandle dev = driver.currentHandle();
+    std::uint8_t write[4] = {0, kWr, 8, 0x3C};
+    std::uint32_t done = 0;
+    for (const int writes : {1, 2, 0}) {
+        SCOPED_TRACE(writes);
+        const auto start = std::chrono::steady_clock::now();
+        for (int i = 0; i < writes; ++i)
+            ASSERT_EQ(driver.Transfer(dev, 2, UsbDir::Out, write, 4, &done, 1000), kUsbOk);
+        Bytes reply;
+        ASSERT_EQ(ReadReg8(dev, &reply), kUsbOk);
+        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::microseconds(1000 * (writes + 2)));
+        EXPECT_EQ(reply, (Bytes{1, 0x3C, 0, 0, 0, 0})) << "the writes were taken before the read";
+    }
+}
+
 }  // namespace
 }  // namespace lxm::sim
