@@ -248,7 +248,7 @@ TEST_F(CollectTest, MaxMinPanelShowsExtremesAndEvery26thPassSnapshot) {
     std::vector<QString> raw;
     std::vector<std::pair<std::uint8_t, std::uint8_t>> bytes;
     Collect([&](int n) {
-        // The count of the pass itself: its box is refreshed once a display frame.
+        // The count of the pass itself: its box is refreshed with the other live boxes.
         raw.push_back(QString::number(form->PassCount));
         bytes.emplace_back(form->LastLow, form->LastHigh);
         if (n == 25) {

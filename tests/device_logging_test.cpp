@@ -46,7 +46,8 @@ Log ReadLog(const QString& path) {
     return log;
 }
 
-// What a pass left on the form when its row was written.
+// What a pass left on the form when its row was written (the raw count as kept for its box,
+// which shows it ten times a second).
 struct Pass {
     double reading;
     QString raw;
@@ -64,7 +65,7 @@ struct LoggingTest : FormFixture {
     std::vector<Pass> CollectPasses(int n, const std::function<void(int)>& during = {}) {
         std::vector<Pass> passes;
         Collect([&](int i) {
-            passes.push_back({form->LatestReading, form->txtADCRaw->text(), form->txtProx_IR.at(5)->text(),
+            passes.push_back({form->LatestReading, QString::number(form->PassCount), form->txtProx_IR.at(5)->text(),
                               form->txtProx_IR.at(4)->text()});
             clock.AdvanceMs(37);  // rows a known time apart
             if (during) during(i);

@@ -15,7 +15,6 @@
 #include "core/Yield.h"
 #include "device/parts/AutoRangeBox.h"
 #include "device/parts/MaxMinFrame.h"
-#include "device/parts/PaintPacer.h"
 #include "device/parts/ReadingFlag.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
@@ -26,7 +25,7 @@ namespace lxm {
 namespace {
 
 constexpr std::int64_t kMs = 1000;
-constexpr std::int64_t kFrameUs = PaintPacer::kFrameMs * kMs;
+constexpr std::int64_t kReadoutUs = PacedCollection::kReadoutMs * kMs;
 
 void SetTextIfChanged(QLineEdit* box, const QString& text) {
     if (box->text() != text) box->setText(text);
@@ -128,7 +127,7 @@ void PacedCollection::Start() {
     showPending_ = false;
     restUntilUs_ = 0;
     // The first pass shows at once.
-    shownUs_ = s_.clock.Micros() - kFrameUs;
+    shownUs_ = s_.clock.Micros() - kReadoutUs;
     st_.PassStartUs = s_.clock.Micros();
     st_.DeadlineUs = st_.PassStartUs + std::int64_t(st_.IntervalMs) * kMs;
     if (!s_.SessionOpen) s_.usb().OpenDevice();
@@ -254,7 +253,7 @@ void PacedCollection::Pass() {
 
     if (st_.Displayed) {
         showPending_ = true;
-        if (s_.clock.Micros() - shownUs_ >= kFrameUs) ShowValues();
+        if (s_.clock.Micros() - shownUs_ >= kReadoutUs) ShowValues();
     }
     if (!(st_.PeakSample >= st_.LatestReading)) st_.PeakSample = st_.LatestReading;
 

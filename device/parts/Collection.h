@@ -68,6 +68,12 @@ struct CollectionState {
 // supplies what it measures and shows through the hooks.
 class PacedCollection {
 public:
+    // How often the live boxes follow the run: ten times a second, as a meter's display does.
+    // Digits that change faster cannot be read, and each new text costs its box a layout and a
+    // paint. The chart still moves every frame, and the values behind the boxes (statistics,
+    // extremes, log) take every pass.
+    static constexpr int kReadoutMs = 100;
+
     struct Controls {
         QLineEdit* txtInterval;
         QLineEdit* txtTime1;
@@ -87,8 +93,8 @@ public:
         // Takes the sample of the pass; false when the run ended inside it and the pass stops.
         std::function<bool()> sample;
         std::function<void()> plotRows;  // the newest point's rows, once per drawn pass
-        // The live values of the latest pass into their boxes: at most once a display frame,
-        // and once more when the run ends, so the boxes end on the last pass.
+        // The live values of the latest pass into their boxes: at most once a kReadoutMs, and
+        // once more when the run ends, so the boxes end on the last pass.
         std::function<void()> showReading;
         std::function<void()> end;          // the form's own end steps
         // "Log every sample": the file to log to (empty: no log), what its header records,
@@ -144,9 +150,9 @@ private:
     // interval box typed since.
     std::uint8_t loggedReg0_ = 0, loggedReg1_ = 0;
     bool settingsChanged_ = false;
-    // What the boxes are to show, kept every pass and shown once a display frame: a box set
-    // on every pass lays its text out again each time, although at interval 0 only one pass
-    // in several is ever painted.
+    // What the boxes are to show, kept every pass and shown once a kReadoutMs: a box set on
+    // every pass lays its text out again each time, although only one pass in several is ever
+    // painted.
     std::int64_t loopMs_ = -1;     // none yet this run
     std::int32_t loopCount_ = -1;  // none yet this run
     bool showPending_ = false;

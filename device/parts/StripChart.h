@@ -59,7 +59,7 @@ public:
     // The test staircase.
     void DrawTrace();
     // The swatch's red level, -1 for "below one count". A collection pass keeps it for
-    // ShowSwatch, which it calls at most once a display frame.
+    // ShowSwatch, which it calls with the live boxes.
     void SetSwatch(int red, bool showNow = true);
     void ShowSwatch();
 
