@@ -91,7 +91,8 @@ QString Result::unit() const {
     return measure == "als" ? QStringLiteral("lux") : QStringLiteral("lux-equivalent");
 }
 
-Result Run(SweepTarget& target, Clock& clock, const Options& options, const Progress& progress) {
+Result Run(SweepTarget& target, Clock& clock, const Options& options, const Progress& progress,
+           const RowDone& rowDone) {
     Result result;
     result.sensor = target.Sensor();
     result.measure = options.measure;
@@ -164,7 +165,10 @@ Result Run(SweepTarget& target, Clock& clock, const Options& options, const Prog
         row.sdLux = row.sdCount * row.luxPerCount;
         if (options.referenceLux && *options.referenceLux > 0 && options.measure == "als" && row.readings > 0)
             row.errorPercent = (row.meanLux - *options.referenceLux) / *options.referenceLux * 100.0;
-        if (row.readings + row.failed > 0) result.rows.push_back(row);
+        if (row.readings + row.failed > 0) {
+            result.rows.push_back(row);
+            if (rowDone) rowDone(result.rows.back());
+        }
     }
     const QString restoreError = guard.Finish();
     if (result.error.isEmpty()) result.error = restoreError;

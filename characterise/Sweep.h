@@ -95,9 +95,14 @@ struct Result {
 // left. Returning false cancels, within one reading.
 using Progress = std::function<bool(int done, int total, const Setting& under, double secondsLeft)>;
 
+// Each setting's row as soon as its readings are in, so that a window can show the sweep
+// filling in rather than at its end.
+using RowDone = std::function<void(const Row& row)>;
+
 // Measures every setting and restores the target's settings on every way out. A setting's
 // readings count only after one whole nominal conversion since it was written.
-Result Run(SweepTarget& target, Clock& clock, const Options& options, const Progress& progress = {});
+Result Run(SweepTarget& target, Clock& clock, const Options& options, const Progress& progress = {},
+           const RowDone& rowDone = {});
 
 // The nominal conversion time (ms) of a setting of a sensor for a measurement.
 double NominalConversionMs(std::string_view sensor, const Setting& s, std::string_view measure);

@@ -2,6 +2,7 @@
 // in the settings they had; "Apply Best" leaves the form in the marked setting.
 #include <QImage>
 #include <QSpinBox>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <tuple>
 
@@ -39,6 +40,8 @@ void SweepEndsAsItBegan(Fixture& fx, End end, const std::vector<int>& chipRegs, 
     std::optional<std::int64_t> cancelledUs;
     dlg.onProgress = [&](int done) {
         EXPECT_FALSE(fx.form->isEnabled());
+        // A setting's row is in the table as soon as its three readings are.
+        EXPECT_EQ(dlg.tblResults->rowCount(), (done - 1) / 3) << done;
         if (done < 2) return;
         if (end == End::Cancel)
             fx.clock.onSleep = [&] {

@@ -225,6 +225,7 @@ void CharacteriseDialog::cmdStart_Click() {
     sweeping_ = options.settings;
     result_.reset();
     tblResults->setRowCount(0);
+    ShowColumns(options.measure, options.referenceLux.has_value());
     lblStatus->clear();
     ShowRunning(true);
     form_->setEnabled(false);
@@ -238,10 +239,17 @@ void CharacteriseDialog::cmdStart_Click() {
         FormSweepTarget target(s_, parts);
         target.keepWaiting = keepGoing;
         ServedClock clock(s_, s_.clock, keepGoing);
-        result = characterise::Run(target, clock, options,
-                                   [this](int done, int total, const characterise::Setting& under, double left) {
-                                       return Progress(done, total, under, left);
-                                   });
+        result = characterise::Run(
+            target, clock, options,
+            [this](int done, int total, const characterise::Setting& under, double left) {
+                return Progress(done, total, under, left);
+            },
+            [this](const characterise::Row& row) {
+                const int i = tblResults->rowCount();
+                tblResults->setRowCount(i + 1);
+                ShowRow(i, row, false);
+                tblResults->scrollToItem(tblResults->item(i, 0));
+            });
     } catch (const std::exception& e) {
         result.error = QStringLiteral("The sweep stopped: %1. The form has its settings back; start again.")
                            .arg(QString::fromLocal8Bit(e.what()));
@@ -285,45 +293,50 @@ void CharacteriseDialog::ShowResult() {
     else if (r.cancelled)
         lblStatus->setText(QStringLiteral("Cancelled: the form has its settings back. Start again to sweep."));
     tblResults->setRowCount(int(r.rows.size()));
-    for (int i = 0; i < int(r.rows.size()); ++i) {
-        const characterise::Row& row = r.rows[std::size_t(i)];
-        // A saturated reading stands for at least the top of the scale: a mean over such
-        // readings, and its error, are lower bounds.
-        const QString atLeast = row.saturated > 0 ? QStringLiteral("\u2265 ") : QString();
-        const QStringList cells{QString::number(row.setting.rangeLux),
-                                row.setting.resolutionBits ? QStringLiteral("%1 bits").arg(row.setting.resolutionBits)
-                                                           : QStringLiteral("fixed"),
-                                Figure(row.nominalMs, 2),
-                                Figure(row.measuredMs, 2),
-                                Figure(row.fullScaleLux, 0),
-                                Fine(row.luxPerCount),
-                                atLeast + Figure(row.meanCount, 1),
-                                Figure(row.sdCount, 2),
-                                atLeast + Figure(row.meanLux, 2),
-                                Fine(row.sdLux),
-                                Figure(row.peakToPeak, 0),
-                                QString::number(row.saturated),
-                                QStringLiteral("%1 / %2").arg(row.failed).arg(row.early),
-                                row.errorPercent ? atLeast + Figure(*row.errorPercent, 2) : QString()};
-        const bool best = r.complete() && r.best == std::size_t(i);
-        for (int c = 0; c < cells.size(); ++c) {
-            auto* item = new QTableWidgetItem(c == 0 && best ? cells[c] + QStringLiteral("  (best)") : cells[c]);
-            item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-            if (best) {
-                QFont f = item->font();
-                f.setBold(true);
-                item->setFont(f);
-                item->setBackground(QColor(200, 240, 200));
-            }
-            if (row.saturated > 0 && (c == 6 || c == 8 || c == 11 || c == 13)) item->setForeground(Qt::red);
-            tblResults->setItem(i, c, item);
-        }
-    }
-    tblResults->setHorizontalHeaderLabels(Columns(r.measure == "als" ? QStringLiteral("lux") : QStringLiteral("lux eq.")));
-    tblResults->setColumnHidden(kColumnCount - 1, !r.referenceLux || r.measure != "als");
+    for (int i = 0; i < int(r.rows.size()); ++i) ShowRow(i, r.rows[std::size_t(i)], r.complete() && r.best == std::size_t(i));
+    ShowColumns(r.measure, r.referenceLux.has_value());
     if (!r.best && !r.rows.empty() && r.error.isEmpty() && !r.cancelled)
         lblStatus->setText(QStringLiteral("Every setting saturated or failed: no setting is marked best. Lower the "
                                           "light or sweep the higher ranges."));
+}
+
+// The error column only for light held against a reference.
+void CharacteriseDialog::ShowColumns(const std::string& measure, bool referenced) {
+    tblResults->setHorizontalHeaderLabels(Columns(measure == "als" ? QStringLiteral("lux") : QStringLiteral("lux eq.")));
+    tblResults->setColumnHidden(kColumnCount - 1, !referenced || measure != "als");
+}
+
+void CharacteriseDialog::ShowRow(int i, const characterise::Row& row, bool best) {
+    // A saturated reading stands for at least the top of the scale: a mean over such
+    // readings, and its error, are lower bounds.
+    const QString atLeast = row.saturated > 0 ? QStringLiteral("\u2265 ") : QString();
+    const QStringList cells{QString::number(row.setting.rangeLux),
+                            row.setting.resolutionBits ? QStringLiteral("%1 bits").arg(row.setting.resolutionBits)
+                                                       : QStringLiteral("fixed"),
+                            Figure(row.nominalMs, 2),
+                            Figure(row.measuredMs, 2),
+                            Figure(row.fullScaleLux, 0),
+                            Fine(row.luxPerCount),
+                            atLeast + Figure(row.meanCount, 1),
+                            Figure(row.sdCount, 2),
+                            atLeast + Figure(row.meanLux, 2),
+                            Fine(row.sdLux),
+                            Figure(row.peakToPeak, 0),
+                            QString::number(row.saturated),
+                            QStringLiteral("%1 / %2").arg(row.failed).arg(row.early),
+                            row.errorPercent ? atLeast + Figure(*row.errorPercent, 2) : QString()};
+    for (int c = 0; c < cells.size(); ++c) {
+        auto* item = new QTableWidgetItem(c == 0 && best ? cells[c] + QStringLiteral("  (best)") : cells[c]);
+        item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        if (best) {
+            QFont f = item->font();
+            f.setBold(true);
+            item->setFont(f);
+            item->setBackground(QColor(200, 240, 200));
+        }
+        if (row.saturated > 0 && (c == 6 || c == 8 || c == 11 || c == 13)) item->setForeground(Qt::red);
+        tblResults->setItem(i, c, item);
+    }
 }
 
 void CharacteriseDialog::cmdApplyBest_Click() {

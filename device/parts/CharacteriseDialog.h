@@ -95,6 +95,10 @@ private:
     void ShowRunning(bool running);
     bool Progress(int done, int total, const characterise::Setting& under, double secondsLeft);
     void ShowResult();
+    void ShowColumns(const std::string& measure, bool referenced);
+    // Row i of the table, as soon as its setting is measured; the best one marked once the
+    // sweep has ended whole.
+    void ShowRow(int i, const characterise::Row& row, bool best);
 
     Session& s_;
     std::function<SweepForm()> parts_;
