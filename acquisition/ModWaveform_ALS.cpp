@@ -146,7 +146,8 @@ void SaveGraphBackground(const PictureBox& picture, PlotState& state) {
     state.GraphBackground = picture.image().convertToFormat(QImage::Format_RGB32).copy();
 }
 
-void RestoreGraphBackground(PictureBox& picture, const PlotState& state) {
+void RestoreGraphBackground(PictureBox& picture, PlotState& state) {
+    state.Ink = {};
     QImage& image = picture.image();
     const QImage background = state.GraphBackground.convertToFormat(QImage::Format_RGB32);
     image.fill(picture.BackColor());
@@ -166,6 +167,57 @@ void ScrollTrace(PictureBox& picture, PlotState& state, int start, bool withMark
 void ScrollTrace2(PictureBox& picture, PlotState& state, int start, bool withMarks) {
     TraceStep(picture, state.GraphBackground, state.TracePixels2, state.TraceColour, start,
               withMarks ? state.TraceMarks.data() : nullptr);
+}
+
+void ShiftTrace(TraceRows& rows, PlotState& state, int start, bool withMarks) {
+    if (start >= 404) return;
+    std::uint8_t* marks = withMarks ? state.TraceMarks.data() : nullptr;
+    for (int k = std::max(start - 1, 0); k <= kTraceLastColumn; ++k) {
+        rows[k] = rows[k + 1] == 0 ? 1 : rows[k + 1];
+        if (marks) marks[k] = marks[k + 1];
+    }
+    state.Ink.newest = rows[kTraceNewest];
+    state.Ink.owed = true;
+}
+
+// After a step, column k shows the run from its row to the next point's and nothing else of
+// the trace (a step erases all the run it drew before), over the background or, in a marked
+// column, over grey: so the picture follows from the rows alone, whichever steps led there.
+void DrawTrace(PictureBox& picture, PlotState& state, const TraceRows& rows, int start, bool withMarks) {
+    PlotState::TraceInk& ink = state.Ink;
+    if (!ink.owed || start >= 404) return;
+    ink.owed = false;
+    const QRgb colour = state.TraceColour.rgb();
+    const QRgb markColour = qRgb(150, 150, 150);
+    PixelWriter pixels(picture, state.GraphBackground);
+    for (int k = std::max(start - 1, 0); k <= kTraceLastColumn; ++k) {
+        if (!pixels.HasColumn(k)) continue;
+        // The row the last step stored and the point it joined it to, as that step found it:
+        // the next column's row before it moved (which it keeps, 0 apart), for column 401 the
+        // newest reading, for 402 row 1.
+        const std::int32_t p = rows[std::size_t(k)];
+        const std::int32_t next = k < kTraceLastColumn - 1 ? rows[std::size_t(k + 1)]
+                                  : k == kTraceLastColumn - 1 ? ink.newest
+                                                              : rows[kTraceNewest + 1];
+        const std::int32_t from = std::min(p - 1, next), to = std::max(p + 1, next);
+        const bool marked = withMarks && state.TraceMarks[std::size_t(k)];
+        if (marked) {
+            pixels.Fill(k, 0, from - 1, markColour);
+            pixels.Fill(k, to + 1, INT_MAX / 2, markColour);
+        } else if (ink.drawn[std::size_t(k)] == PlotState::TraceInk::kMarkedRun) {
+            pixels.Restore(k, 0, from - 1);
+            pixels.Restore(k, to + 1, INT_MAX / 2);
+        } else if (ink.drawn[std::size_t(k)] == PlotState::TraceInk::kRun) {
+            const std::int32_t was = ink.from[std::size_t(k)], wasTo = ink.to[std::size_t(k)];
+            pixels.Restore(k, was, std::min(wasTo, from - 1));
+            pixels.Restore(k, std::max(was, to + 1), wasTo);
+        }
+        pixels.Fill(k, from, to, colour);
+        ink.drawn[std::size_t(k)] = marked ? PlotState::TraceInk::kMarkedRun : PlotState::TraceInk::kRun;
+        ink.from[std::size_t(k)] = from;
+        ink.to[std::size_t(k)] = to;
+    }
+    picture.Refresh();
 }
 
 void PlotDots(PictureBox& picture, const TraceRows& rows) {

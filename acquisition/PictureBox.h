@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QColor>
 #include <QImage>
 #include <QRect>
@@ -27,6 +29,13 @@ public:
 
     // Pixel pictures: one image pixel per unit, for block drawing; whoever writes through it
     // marks what changed. A resolution picture's image holds DisplayScale() pixels per unit.
+    // Drawing owed to the picture (a trace drawn once a frame); SettleDrawing does it, so that
+    // whatever copies or saves the picture has it whole.
+    std::function<void()> owedDrawing;
+    void SettleDrawing() {
+        if (owedDrawing) owedDrawing();
+    }
+
     QImage& image() { return image_; }
     const QImage& image() const { return image_; }
 

@@ -41,6 +41,18 @@ struct PlotState {
     // The empty (or saved) graph; restoring a pixel copies it back from here.
     QImage GraphBackground;
 
+    // A trace drawn once a frame rather than once a step: what it has put on the picture,
+    // column by column, and whether steps taken since are still to be drawn. Restoring the
+    // background wipes both.
+    struct TraceInk {
+        enum : std::uint8_t { kNone, kRun, kMarkedRun };
+        std::array<std::uint8_t, kTracePoints> drawn{};
+        std::array<std::int32_t, kTracePoints> from{}, to{};
+        std::int32_t newest = 1;  // the newest row as the last step found it
+        bool owed = false;
+    };
+    TraceInk Ink;
+
     static TraceRows FilledRows() {
         TraceRows rows;
         rows.fill(1);

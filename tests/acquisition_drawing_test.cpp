@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <random>
 #include <vector>
 
 #include "acquisition/FastDrawing.h"
@@ -190,6 +191,47 @@ TEST_F(TraceTest, RowsAtTheEdgesStayInsideThePicture) {
     EXPECT_EQ(RowsOfColour(image(), 400, kRed), Range(1, 304));
     EXPECT_EQ(state.TracePixels[401], 1);
     EXPECT_EQ(RowsOfColour(image(), 401, kRed), Range(0, 2));
+}
+
+// Steps drawn a frame at a time leave the picture a step on every pass leaves, from the first
+// column entering at the right to a full trace: random rows (off the picture and 0 included),
+// range marks, a "Save Screen" in the middle, frames from one step to twelve.
+TEST_F(TraceTest, StepsDrawnAFrameAtATimeLeaveTheSamePicture) {
+    std::unique_ptr<PictureBox> framed(MakeGraphPicture(nullptr));
+    DrawGrid(*framed);
+    PlotState byFrame = state;
+    std::mt19937 rng(7);
+    int start = kTraceNewest, lastStart = start, untilFrame = 1;
+    for (int pass = 0; pass < 900; ++pass) {
+        const int row = std::uniform_int_distribution<int>(-20, 330)(rng);
+        const bool mark = rng() % 23 == 0;
+        for (PlotState* p : {&state, &byFrame}) {
+            p->TracePixels[kTraceNewest] = pass % 97 == 5 ? 0 : row;
+            p->TraceMarks[kTraceNewest] = mark;
+        }
+        // Drawn after the next reading came in but before its step (a run's end, a window
+        // hidden): the picture is still that of the last step.
+        if (rng() % 9 == 0 && pass > 0) {
+            ModWaveform_ALS::DrawTrace(*framed, byFrame, byFrame.TracePixels, lastStart, true);
+            ASSERT_EQ(framed->image(), image()) << "before pass " << pass;
+        }
+        ModWaveform_ALS::ScrollTrace(*graph, state, start, true);
+        ModWaveform_ALS::ShiftTrace(byFrame.TracePixels, byFrame, start, true);
+        lastStart = start;
+        if (--untilFrame == 0 || pass == 899) {
+            ModWaveform_ALS::DrawTrace(*framed, byFrame, byFrame.TracePixels, start, true);
+            ASSERT_EQ(framed->image(), image()) << "pass " << pass;
+            untilFrame = 1 + int(rng() % 12);
+        }
+        if (pass == 450) {  // drawn up to date first, as "Save Screen" does
+            ModWaveform_ALS::DrawTrace(*framed, byFrame, byFrame.TracePixels, start, true);
+            ModWaveform_ALS::SaveGraphBackground(*graph, state);
+            ModWaveform_ALS::SaveGraphBackground(*framed, byFrame);
+        }
+        if (start > 1) --start;
+    }
+    EXPECT_EQ(byFrame.TracePixels, state.TracePixels);
+    EXPECT_EQ(byFrame.TraceMarks, state.TraceMarks);
 }
 
 TEST_F(TraceTest, SecondTraceHasItsOwnRowsAndColourAndLateStartsOnlyRepaint) {

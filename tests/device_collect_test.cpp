@@ -183,6 +183,22 @@ TEST_F(CollectTest, ClearGraphRestoresTheBackgroundAndSaveScreenKeepsTheTrace) {
     EXPECT_NE(form->chart().Picture1->image(), grid);
     EXPECT_FALSE(form->chart().cmdSaveScreen->isHidden());
     EXPECT_FALSE(form->chart().cmdRestoreScreen->isHidden());
+
+    // During a run, the trace is kept up to the pass just taken, though it is drawn a frame at
+    // a time.
+    // The last column is joined up to row 1 and ends under the newest point.
+    form->plot.GraphBackground = grid;
+    scene().kind = sim::LightScene::Kind::Sine;
+    scene().periodS = 0.1;
+    Collect([&](int n) {
+        if (n == 25) {
+            form->cmdSaveScreen_Click();
+            const int newest = form->plot.TracePixels[402];
+            EXPECT_EQ(form->plot.GraphBackground.pixel(402, newest + 1), kTraceRed.rgb());
+            EXPECT_NE(form->plot.GraphBackground.pixel(402, newest + 2), kTraceRed.rgb());
+        }
+        return n < 30;
+    });
 }
 
 TEST_F(CollectTest, ClearGraphDuringTheRunEndsItWithoutDrawingAgain) {

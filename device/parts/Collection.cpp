@@ -15,6 +15,7 @@
 #include "core/Yield.h"
 #include "device/parts/AutoRangeBox.h"
 #include "device/parts/MaxMinFrame.h"
+#include "device/parts/PaintPacer.h"
 #include "device/parts/ReadingFlag.h"
 #include "transport/Session.h"
 #include "transport/USB_Comm.h"
@@ -26,6 +27,8 @@ namespace {
 
 constexpr std::int64_t kMs = 1000;
 constexpr std::int64_t kReadoutUs = PacedCollection::kReadoutMs * kMs;
+constexpr std::int64_t kFrameUs = PaintPacer::kFrameMs * kMs;
+const QColor kTrace1Colour(255, 0, 0), kTrace2Colour(0, 0, 255);
 
 void SetTextIfChanged(QLineEdit* box, const QString& text) {
     if (box->text() != text) box->setText(text);
@@ -110,6 +113,10 @@ void PacedCollection::Start() {
     if (c_.autoRange) c_.autoRange->Start();
     ModWaveform_ALS::RestoreGraphBackground(*c_.graph, plot_);
     plot_.TraceStart = kTraceNewest;
+    traceByFrame_ = drawTrace1 != drawTrace2;
+    traceByFrameIsFirst_ = drawTrace1;
+    traceDrawnUs_ = 0;
+    c_.graph->owedDrawing = [this] { DrawOwedTrace(); };
     st_.SampleCount = 0;
     std::fill(st_.SampleValues.begin(), st_.SampleValues.end(), 1.0);
     std::fill(st_.SampleValues2.begin(), st_.SampleValues2.end(), 1.0);
@@ -266,14 +273,29 @@ void PacedCollection::Pass() {
 
 void PacedCollection::DrawStep() {
     loopCount_ = st_.SampleCount - 10;
-    // The range steps' marks go with one trace: the red one when it is drawn.
-    if (drawTrace2) {
-        plot_.TraceColour = QColor(0, 0, 255);
-        ModWaveform_ALS::ScrollTrace2(*c_.graph, plot_, plot_.TraceStart, !drawTrace1);
+    if (traceByFrame_ && (drawTrace1 == drawTrace2 || drawTrace1 != traceByFrameIsFirst_)) {
+        // The other trace from now on: what the first owes is drawn, and the rest of the run
+        // steps as it always did, the old trace staying on the picture where it was.
+        DrawOwedTrace();
+        traceByFrame_ = false;
     }
-    if (drawTrace1) {
-        plot_.TraceColour = QColor(255, 0, 0);
-        ModWaveform_ALS::ScrollTrace(*c_.graph, plot_, plot_.TraceStart, true);
+    if (traceByFrame_) {
+        // A step of the drawing costs a walk along the whole trace, and at 8 ms there are four
+        // or five of them to a frame.
+        ModWaveform_ALS::ShiftTrace(traceByFrameIsFirst_ ? plot_.TracePixels : plot_.TracePixels2, plot_,
+                                    plot_.TraceStart, true);
+        shiftedStart_ = plot_.TraceStart;
+        if (s_.clock.Micros() - traceDrawnUs_ >= kFrameUs) DrawOwedTrace();
+    } else {
+        // The range steps' marks go with one trace: the red one when it is drawn.
+        if (drawTrace2) {
+            plot_.TraceColour = kTrace2Colour;
+            ModWaveform_ALS::ScrollTrace2(*c_.graph, plot_, plot_.TraceStart, !drawTrace1);
+        }
+        if (drawTrace1) {
+            plot_.TraceColour = kTrace1Colour;
+            ModWaveform_ALS::ScrollTrace(*c_.graph, plot_, plot_.TraceStart, true);
+        }
     }
     if (plot_.TraceStart < 2) {
         // Once every column is redrawn per pass, the pass rests a millisecond, but only when
@@ -286,6 +308,14 @@ void PacedCollection::DrawStep() {
     } else {
         --plot_.TraceStart;
     }
+}
+
+void PacedCollection::DrawOwedTrace() {
+    if (!traceByFrame_ || !plot_.Ink.owed) return;
+    plot_.TraceColour = traceByFrameIsFirst_ ? kTrace1Colour : kTrace2Colour;
+    ModWaveform_ALS::DrawTrace(*c_.graph, plot_, traceByFrameIsFirst_ ? plot_.TracePixels : plot_.TracePixels2,
+                               shiftedStart_, true);
+    traceDrawnUs_ = s_.clock.Micros();
 }
 
 void PacedCollection::ShowValues() {
@@ -303,6 +333,9 @@ void PacedCollection::ShowValues() {
 
 void PacedCollection::End() {
     if (showPending_ && window_->isVisible()) ShowValues();
+    // The trace ends on the last step. "Clear Graph" during the run has wiped what was owed.
+    DrawOwedTrace();
+    c_.graph->owedDrawing = nullptr;
     s_.Collecting = false;
     // A run stopped at the start of a pass still holds the transport.
     s_.TransferBusy = false;

@@ -131,6 +131,7 @@ private:
     void Rest(std::int64_t untilUs);
     void RefreshRegisters();
     void DrawStep();
+    void DrawOwedTrace();
     void ShowValues();
     void End();
     void OpenLog();
@@ -159,6 +160,13 @@ private:
     std::int64_t shownUs_ = 0;
     // The clock until which the next pass rests before it starts (0: none owed).
     std::int64_t restUntilUs_ = 0;
+    // One trace on the chart, the same since the run began: its steps scroll the rows on every
+    // pass and are drawn once a frame (the first trace, or the second), from the start of the
+    // last step.
+    bool traceByFrame_ = false;
+    bool traceByFrameIsFirst_ = true;
+    int shiftedStart_ = kTraceNewest;
+    std::int64_t traceDrawnUs_ = 0;
     SampleLog log_;
 };
 

@@ -150,6 +150,7 @@ void StripChart::AutoScale(std::span<const double> samples, std::int32_t sampleC
 
 void StripChart::SaveScreen() {
     cmdSaveScreen->hide();
+    Picture1->SettleDrawing();
     ModWaveform_ALS::SaveGraphBackground(*Picture1, plot_);
     cmdSaveScreen->show();
 }
@@ -159,6 +160,7 @@ void StripChart::SavePicture() {
                                           DialogFilter(QStringLiteral("PNG Pictures (*.png)|*.png")));
     if (!chosen || chosen->isEmpty()) return;
     const QString path = WithDefaultExtension(*chosen, QStringLiteral("*.png"));
+    Picture1->SettleDrawing();
     const QString reason = SavePng(ChartPicture(*Picture2, *Picture1), path);
     if (!reason.isEmpty())
         s_.messages.MsgBox(QStringLiteral("Could not save the picture to \"") + path +
