@@ -89,8 +89,9 @@ double ThreadCpuUs() {
     return double(t.tv_sec) * 1e6 + double(t.tv_nsec) / 1e3;
 }
 
-// One pass with the board answering at once: yields, the read, the texts, the max/min panel,
-// a full-width trace step and the window painted once a frame. Interval 0, so no pacing wait.
+// One pass with the board answering at once: yields, the read, the max/min panel and the
+// full-width trace's rows moved on, with the texts refreshed ten times a second and the trace
+// drawn and the window painted once a frame. Interval 0, so no pacing wait.
 // Wall time per pass, and the thread's processor time as a counter.
 void BM_CollectionPass(benchmark::State& state) {
     Bench b(0, "0");
