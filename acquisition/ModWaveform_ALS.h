@@ -28,8 +28,9 @@ void ScrollTrace2(PictureBox& picture, PlotState& state, int start, bool withMar
 // The same step in two halves, for a picture repainted less often than the trace steps: the
 // rows (and, withMarks, TraceMarks) scroll on every step, and DrawTrace brings the picture up
 // to the rows once a frame. With one trace on the picture the result is the same, pixel for
-// pixel, as a ScrollTrace on every step, for a tenth of the drawing. The second trace's
-// erasing would show through another trace, so two traces step with ScrollTrace.
+// pixel, as a ScrollTrace on every step, for one walk along the trace a frame instead of one
+// a step. A second trace's erasing would show through the first in another order, so two
+// traces step with ScrollTrace.
 void ShiftTrace(TraceRows& rows, PlotState& state, int start, bool withMarks);
 // Draws what the shifts since the last DrawTrace changed; start as at the last shift.
 void DrawTrace(PictureBox& picture, PlotState& state, const TraceRows& rows, int start, bool withMarks);

@@ -27,8 +27,6 @@ public:
 
     explicit PictureBox(QSize size, QWidget* parent = nullptr, Scaling scaling = Scaling::Pixels);
 
-    // Pixel pictures: one image pixel per unit, for block drawing; whoever writes through it
-    // marks what changed. A resolution picture's image holds DisplayScale() pixels per unit.
     // Drawing owed to the picture (a trace drawn once a frame); SettleDrawing does it, so that
     // whatever copies or saves the picture has it whole.
     std::function<void()> owedDrawing;
@@ -36,6 +34,8 @@ public:
         if (owedDrawing) owedDrawing();
     }
 
+    // Pixel pictures: one image pixel per unit, for block drawing; whoever writes through it
+    // marks what changed. A resolution picture's image holds DisplayScale() pixels per unit.
     QImage& image() { return image_; }
     const QImage& image() const { return image_; }
 

@@ -298,7 +298,7 @@ void PacedCollection::DrawStep() {
         }
     }
     if (plot_.TraceStart < 2) {
-        // Once every column is redrawn per pass, the pass rests a millisecond, but only when
+        // Once the trace spans every column, the pass rests a millisecond, but only when
         // that millisecond is still free before the next deadline: with a deadline already due
         // it would only lower the sample rate. The rest is owed rather than slept here, so
         // that it falls within the pacing's wait where there is one: a sleep of its own would
